@@ -1,0 +1,206 @@
+#include "capture/files.h"
+
+#include "capture/extensions.h"
+#include "core/context.h"
+#include "report/base.h"
+#include "tree/archive.h"
+#include "tree/snapshot.h"
+
+namespace delvane {
+namespace {
+
+// Two empty strings and nine words; a directory has two counts more.
+constexpr std::size_t kSmallestFileRecord = 2 + 9 * 4;
+constexpr std::size_t kSmallestDirRecord = kSmallestFileRecord + 2 * 4;
+
+void StoreTime(CArchive& archive, const FILETIME& time) {
+    archive.WriteU32(time.dwHighDateTime);
+    archive.WriteU32(time.dwLowDateTime);
+}
+
+FILETIME LoadTime(CArchive& archive) {
+    const std::uint32_t high = archive.ReadU32();
+    return {archive.ReadU32(), high};
+}
+
+}  // namespace
+
+CDelvFileObj::CDelvFileObj(CDelvObj* parent, std::string_view name) : CDelvObj(parent, name, {}) {
+    m_bComposed = true;
+}
+
+CDelvFileObj::CDelvFileObj(CDelvObj* parent, std::string_view name, const CFileWords& words)
+    : CDelvObj(parent, name, {}), CFileWords(words) {
+    m_bComposed = true;
+    m_bCaptured = true;
+}
+
+void CDelvFileObj::Serialize(CArchive& archive) {
+    if (archive.IsStoring()) {
+        StoreNames(archive);
+        StoreWords(archive);
+    } else {
+        LoadNames(archive);
+        LoadWords(archive);
+    }
+}
+
+// Times are stored high word first, the reverse of their order in memory.
+void CDelvFileObj::StoreWords(CArchive& archive) const {
+    archive.WriteU32(m_dwAttributes);
+    StoreTime(archive, m_ftCreation);
+    StoreTime(archive, m_ftLastAccess);
+    StoreTime(archive, m_ftLastWrite);
+    archive.WriteU32(m_dwSizeHigh);
+    archive.WriteU32(m_dwSizeLow);
+}
+
+void CDelvFileObj::LoadWords(CArchive& archive) {
+    m_dwAttributes = archive.ReadU32();
+    m_ftCreation = LoadTime(archive);
+    m_ftLastAccess = LoadTime(archive);
+    m_ftLastWrite = LoadTime(archive);
+    m_dwSizeHigh = archive.ReadU32();
+    m_dwSizeLow = archive.ReadU32();
+    m_bCaptured = true;
+}
+
+bool CDelvFileObj::Compare(CDelvObj& other, CReportObj& report) {
+    if (!CDelvObj::Compare(other, report)) return false;
+    const CDelvFileObj& baseline = static_cast<const CDelvFileObj&>(other);
+    if (m_ftLastWrite != baseline.m_ftLastWrite || GetSize() != baseline.GetSize()) report.AddChanged(*this, other);
+    return true;
+}
+
+bool CDelvFileObj::Capture(CCaptureProgress* progress) {
+    if (!m_bCaptured) {
+        CFileWords& words = *this;
+        if (!theContext.GetMachine().FindPath(GetFullName(), words)) return false;
+        m_bCaptured = true;
+    }
+    Count(progress, &CCaptureProgress::m_nFiles, kCodeFiles);
+    return true;
+}
+
+CDelvDirObj* CDelvDirObj::NewSubdir(CArena& arena) {
+    return arena.New<CDelvDirObj>(this, arena);
+}
+
+void CDelvDirObj::Serialize(CArchive& archive) {
+    CDelvFileObj::Serialize(archive);
+    if (archive.IsStoring()) {
+        archive.WriteCount(m_files.size());
+        for (CDelvObj* file : m_files)
+            static_cast<CDelvFileObj*>(file)->CDelvFileObj::Serialize(archive);
+        archive.WriteCount(m_subdirs.size());
+        for (CDelvObj* subdir : m_subdirs)
+            subdir->Serialize(archive);
+        return;
+    }
+    archive.Enter();
+    CArena& arena = archive.GetArena();
+    const std::uint32_t fileCount = archive.ReadCount(kSmallestFileRecord);
+    m_files.reserve(fileCount);
+    for (std::uint32_t i = 0; i < fileCount; ++i) {
+        CDelvFileObj* const file = arena.New<CDelvFileObj>(this);
+        m_files.push_back(file);
+        file->CDelvFileObj::Serialize(archive);
+    }
+    const std::uint32_t subdirCount = archive.ReadCount(kSmallestDirRecord);
+    m_subdirs.reserve(subdirCount);
+    for (std::uint32_t i = 0; i < subdirCount; ++i) {
+        CDelvDirObj* const subdir = NewSubdir(arena);
+        m_subdirs.push_back(subdir);
+        subdir->Serialize(archive);
+    }
+    archive.Leave();
+}
+
+CDelvObj* CDelvDirObj::FindObject(std::string_view path) {
+    std::string_view rest = path;
+    if (CDelvObj::FindObject(SplitPath(rest, '\\')) == nullptr) return nullptr;
+    if (rest.empty()) return this;
+    if (rest.find('\\') == std::string_view::npos) {
+        for (CDelvObj* file : m_files) {
+            if (file->FindObject(rest) != nullptr) return file;
+        }
+    }
+    for (CDelvObj* subdir : m_subdirs) {
+        if (CDelvObj* const found = subdir->FindObject(rest)) return found;
+    }
+    return nullptr;
+}
+
+bool CDelvDirObj::Compare(CDelvObj& other, CReportObj& report) {
+    if (!CDelvFileObj::Compare(other, report)) return false;
+    const CDelvDirObj& baseline = static_cast<const CDelvDirObj&>(other);
+    CompareLists(m_files, baseline.m_files, report);
+    CompareLists(m_subdirs, baseline.m_subdirs, report);
+    return true;
+}
+
+void CDelvDirObj::ReportAdded(CReportObj& report) {
+    report.AddAdded(*this);
+    for (CDelvObj* file : m_files)
+        file->ReportAdded(report);
+    for (CDelvObj* subdir : m_subdirs)
+        subdir->ReportAdded(report);
+}
+
+void CDelvDirObj::ReportDeleted(CReportObj& report) {
+    report.AddDeleted(*this);
+    for (CDelvObj* file : m_files)
+        file->ReportDeleted(report);
+    for (CDelvObj* subdir : m_subdirs)
+        subdir->ReportDeleted(report);
+}
+
+// One search a directory. Its entries carry all that is recorded of a file, so a child costs no call of its own. A
+// directory that cannot be searched stays in the tree with empty lists; the search closes on every way out.
+bool CDelvDirObj::Capture(CCaptureProgress* progress) {
+    CMachine& machine = theContext.GetMachine();
+    const CString path = GetFullName();
+    if (!m_bCaptured) {
+        CFileWords& words = *this;
+        if (!machine.FindPath(path, words)) return false;
+        m_bCaptured = true;
+    }
+    if (IsExactly<CDelvDirObj>(*this)) Count(progress, &CCaptureProgress::m_nDirs, kCodeDirs);
+    const CString& programFiles = *theContext.GetFolder(CSIDL_PROGRAM_FILES);
+    const bool noteExtensions = !path.starts_with(programFiles);
+    const std::unique_ptr<CFileSearch> search = machine.OpenSearch(path);
+    if (search == nullptr) return true;
+    CFindData data;
+    while (search->Next(data)) {
+        ThrowIfCancelled(progress);
+        CaptureEntry(data, noteExtensions, progress);
+    }
+    return true;
+}
+
+void CDelvDirObj::CaptureEntry(const CFindData& data, bool noteExtensions, CCaptureProgress* progress) {
+    if ((data.m_dwAttributes & FILE_ATTRIBUTE_TEMPORARY) != 0 || !theContext.IsNameAllowed(data.m_name)) return;
+    CArena& arena = m_files.GetArena();
+    if ((data.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        CDelvDirObj candidate(this, arena, data.m_name, data);
+        if (!theContext.IsDirAllowed(candidate.GetFullName())) return;
+        CDelvDirObj* const subdir = arena.New<CDelvDirObj>(candidate);
+        subdir->m_name = arena.Copy(data.m_name);
+        subdir->InsertSorted(m_subdirs);
+        subdir->Capture(progress);
+        return;
+    }
+    CDelvFileObj* const file = arena.New<CDelvFileObj>(this, arena.Copy(data.m_name), data);
+    file->InsertSorted(m_files);
+    file->Capture(progress);
+    const bool hidden = (data.m_dwAttributes & FILE_ATTRIBUTE_HIDDEN) != 0;
+    if (noteExtensions && !hidden) NoteExtension(file->m_name, progress);
+}
+
+void CDelvDirObj::NoteExtension(std::string_view fileName, CCaptureProgress* progress) {
+    const std::string_view extension = ExtensionOf(fileName);
+    if (extension.empty()) return;
+    FindSnapshot(this)->m_pExtensions->AddFileExtension(MakeLower(extension), progress);
+}
+
+}  // namespace delvane

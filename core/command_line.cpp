@@ -1,0 +1,160 @@
+// The command line: its tokens and its switches.
+#include <array>
+
+#include "core/app.h"
+#include "core/context.h"
+#include "core/drive_names.h"
+
+namespace delvane {
+namespace {
+
+// The longest token there is; a longer one is refused whole.
+constexpr std::size_t kLongestToken = 259;
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool IsLetter(char c) {
+    return Lower(c) >= 'a' && Lower(c) <= 'z';
+}
+
+// Whether the token has the word (in lower case) at that place, in either case.
+bool HasWord(std::string_view token, std::size_t offset, std::string_view word) {
+    if (token.size() < offset + word.size()) return false;
+    for (std::size_t i = 0; i < word.size(); ++i) {
+        if (Lower(token[offset + i]) != word[i]) return false;
+    }
+    return true;
+}
+
+struct CSwitchWord {
+    std::string_view m_word;
+    bool CRunContext::*m_option;
+};
+
+constexpr std::array<CSwitchWord, 3> kHives = {
+    {{"hklm", &CRunContext::m_bHklm}, {"hkcu", &CRunContext::m_bHkcu}, {"hkcr", &CRunContext::m_bHkcr}}};
+
+constexpr std::array<CSwitchWord, 4> kDriveKinds = {{{"hd", &CRunContext::m_bHardDrives},
+                                                     {"nd", &CRunContext::m_bNetworkDrives},
+                                                     {"rd", &CRunContext::m_bRemovableDrives},
+                                                     {"cd", &CRunContext::m_bCompactDiscs}}};
+
+}  // namespace
+
+// Blanks and tabs part tokens. A quotation mark stays in its token: the first opens a stretch in which blanks count,
+// the second ends the token at once, whatever stands behind it. A held blank belongs to its token.
+CString CInstallApp::GetNextToken() {
+    if (m_pszCmdCursor == nullptr) m_pszCmdCursor = m_strCmdLine.c_str();
+    while (*m_pszCmdCursor == ' ' || *m_pszCmdCursor == '\t')
+        ++m_pszCmdCursor;
+    CString token;
+    bool quoted = false;
+    for (; *m_pszCmdCursor != '\0'; ++m_pszCmdCursor) {
+        const char c = *m_pszCmdCursor;
+        if (!quoted && (c == ' ' || c == '\t')) break;
+        token += c == kHeldBlank ? ' ' : c == kHeldTab ? '\t' : c;
+        if (c != '"') continue;
+        if (quoted) {
+            ++m_pszCmdCursor;
+            break;
+        }
+        quoted = true;
+    }
+    return token;
+}
+
+void CRunContext::ParseCommandLine() {
+    for (CString token = theApp.GetNextToken(); !token.empty(); token = theApp.GetNextToken())
+        ParseSwitch(token);
+}
+
+void CRunContext::BadSwitch(const CString& token) {
+    GetErrorLog() << FormatString1("Bad Cmdline Switch: %1\n", token) << std::flush;
+}
+
+// The tests run in this order and the first that fits decides.
+void CRunContext::ParseSwitch(const CString& token) {
+    if (token.size() > kLongestToken || (token.front() != '-' && token.front() != '/')) return BadSwitch(token);
+    if (token.size() == 7 && HasWord(token, 1, "nologo")) {
+        m_bNoLogo = true;
+    } else if (HasWord(token, 1, "s")) {
+        m_bSilent = true;
+    } else if (HasWord(token, 1, "b")) {
+        ParseName(token, m_strBaselineName, m_bCreateBaseline);
+    } else if (HasWord(token, 1, "c")) {
+        ParseName(token, m_strCurrentName, m_bCreateCurrent);
+    } else if (HasWord(token, 1, "res:")) {
+        m_strResultsDir = token.find('\\') == CString::npos ? CString() : token.substr(5);
+    } else if (HasWord(token, 1, "g")) {
+        ParseReportFlags(token);
+    } else if (HasWord(token, 1, "ext")) {
+        ParseOption(token, 4, m_bExtensions);
+    } else if (HasWord(token, 1, "r:")) {
+        for (const CSwitchWord& hive : kHives) {
+            if (HasWord(token, 3, hive.m_word)) return ParseOption(token, 3 + hive.m_word.size(), this->*hive.m_option);
+        }
+        BadSwitch(token);
+    } else if (HasWord(token, 1, "d:")) {
+        ParseDrive(token);
+    } else if (HasWord(token, 1, "dg:")) {
+        for (const CSwitchWord& kind : kDriveKinds) {
+            if (HasWord(token, 4, kind.m_word)) return ParseOption(token, 4 + kind.m_word.size(), this->*kind.m_option);
+        }
+        BadSwitch(token);
+    } else {
+        BadSwitch(token);
+    }
+}
+
+// /b:name, /bl:name, /bc:name. Forms without the colon are dropped without a word.
+void CRunContext::ParseName(const CString& token, CString& name, bool& create) {
+    if (token.size() < 3) return BadSwitch(token);
+    std::size_t value = 0;
+    if (token[2] == ':') {
+        value = 3;
+    } else if (token.size() > 3 && token[3] == ':' && (Lower(token[2]) == 'l' || Lower(token[2]) == 'c')) {
+        value = 4;
+    } else {
+        return;
+    }
+    const bool creates = Lower(token[2]) == 'c';
+    if (value < token.size() && token[value] == '"') ++value;
+    name = token.substr(value);
+    if (name.empty()) return BadSwitch(token);
+    if (name.back() == '"') name.pop_back();
+    if (creates) create = true;
+}
+
+void CRunContext::ParseReportFlags(const CString& token) {
+    m_bGenerateReport = true;
+    if (token.size() == 2) return;
+    const char first = Lower(token[2]);
+    if (first != 'u' && first != 'd') return BadSwitch(token);
+    const char second = token.size() > 3 ? Lower(token[3]) : '\0';
+    if (first == 'u' || second == 'u') m_bUseExistingReport = true;
+    if (first == 'd' || second == 'd') m_bDisplayReport = true;
+}
+
+void CRunContext::ParseDrive(const CString& token) {
+    if (token.size() < 4 || !IsLetter(token[3])) return BadSwitch(token);
+    const char upper = static_cast<char>(Lower(token[3]) - 'a' + 'A');
+    const std::uint32_t bit = DriveBit({&upper, 1});
+    if (token.size() == 4 || token[4] == '+') {
+        m_dwDrivesOn |= bit;
+    } else if (token[4] == '-') {
+        m_dwDrivesOff |= bit;
+    } else {
+        BadSwitch(token);
+    }
+}
+
+// The byte behind the word turns the option on or off; what stands behind that is ignored.
+void CRunContext::ParseOption(const CString& token, std::size_t wordLength, bool& option) {
+    const char sign = token.size() > wordLength ? token[wordLength] : '+';
+    if (sign != '+' && sign != '-') return BadSwitch(token);
+    option = sign == '+';
+}
+
+}  // namespace delvane

@@ -1,0 +1,141 @@
+// The one global object of a run: what the program knows of the machine, what it was told to do, and its two small
+// files, the configuration and the error log.
+#pragma once
+
+#include <cstdint>
+#include <list>
+#include <memory>
+#include <ostream>
+#include <set>
+#include <string_view>
+
+#include "platform/machine.h"
+#include "platform/text.h"
+
+namespace delvane {
+
+// The folders that GetFolder knows, by their published numbers.
+constexpr int CSIDL_PERSONAL = 5;
+constexpr int CSIDL_STARTMENU = 11;
+constexpr int CSIDL_COMMON_STARTMENU = 22;
+constexpr int CSIDL_APPDATA = 26;
+constexpr int CSIDL_LOCAL_APPDATA = 28;
+constexpr int CSIDL_COMMON_APPDATA = 35;
+constexpr int CSIDL_WINDOWS = 36;
+constexpr int CSIDL_SYSTEM = 37;
+constexpr int CSIDL_PROGRAM_FILES = 38;
+constexpr int CSIDL_COMMON_DOCUMENTS = 46;
+
+using CStringList = std::list<CString>;
+
+// Constructed (the defaults below), initialised (Initialize), configured (ParseCommandLine). After that a capture and
+// a comparison only read it, but for the caches of GetFolder and GetResultsDir.
+class CRunContext {
+public:
+    CRunContext() = default;
+    virtual ~CRunContext();
+    CRunContext(const CRunContext&) = delete;
+    CRunContext& operator=(const CRunContext&) = delete;
+
+    // The machine comes first: nothing else here works without one.
+    void SetMachine(std::unique_ptr<CMachine> machine) { m_pMachine = std::move(machine); }
+    CMachine& GetMachine() const { return *m_pMachine; }
+
+    // Reads the identity and the folders of the machine and the stored options, and deletes the error log of an
+    // earlier run. Fails nowhere.
+    void Initialize();
+    // Reads the switches of the command line into the fields. A bad switch goes to the error log, and the next is read.
+    void ParseCommandLine();
+
+    // Whether a capture reads the drive; a name begins with an upper-case letter and a colon.
+    bool IsDriveSelected(std::string_view name) const;
+    // False for a full path on m_lstSkipDirs and for a plain name on m_lstSkipNames.
+    bool IsDirAllowed(std::string_view path) const;
+    bool IsNameAllowed(std::string_view name) const;
+    // The folder of a CSIDL kind, empty where the machine has none; null for a number that is not above.
+    const CString* GetFolder(int kind);
+    // The directory of snapshots and reports, made when it is missing. May end in a backslash.
+    const CString& GetResultsDir();
+    std::uint64_t GetSystemFileTime() const { return m_pMachine->GetSystemTime(); }
+
+    // The configuration file. False where it cannot be opened or is shorter than its ten values; then no field changes.
+    bool ReadConfig();
+    bool WriteConfig() const;
+    // The error log, created (or emptied) at the first call. A log that cannot be created takes entries and loses them.
+    std::ostream& GetErrorLog();
+    // Writes a plain sentence to standard error, once: the same sentence a second time is not said again.
+    void Say(const CString& sentence);
+
+    bool m_bWin98 = false;
+    bool m_bWinNT4 = false;
+    bool m_bWin2000 = false;  // and every later one
+
+    std::uint32_t m_dwLogicalDrives = 0;  // bit 0 is drive A:, in this mask and in the next two
+    std::uint32_t m_dwDrivesOn = 0;       // captured whatever their kind
+    std::uint32_t m_dwDrivesOff = 0;      // not captured
+    bool m_bRemovableDrives = false;
+    bool m_bCompactDiscs = false;
+    bool m_bNetworkDrives = false;
+    bool m_bHardDrives = true;  // also the gate for the other kinds
+    bool m_bHklm = true;
+    bool m_bHkcr = true;
+    bool m_bHkcu = true;
+    bool m_bExtensions = true;
+
+    CFolderFunction m_pfnGetFolderPath;  // empty where the machine has no folder library; owns the library
+
+    CString m_strUserName;
+    CString m_strComputerName;
+    CString m_strOsName;
+    CString m_strProgramDir;  // no backslash at the end, as in all that follow but m_strResultsDir
+    CString m_strResultsDir;
+    CStringList m_lstSkipDirs;
+    CStringList m_lstSkipNames;
+    CString m_strWindowsDir;
+    CString m_strSystemDir;
+    CString m_strSystemDrive;
+
+    CString m_strProgramFiles;  // from here on the caches of GetFolder
+    CString m_strAppData;
+    CString m_strCommonAppData;
+    CString m_strLocalAppData;
+    CString m_strPersonal;
+    CString m_strCommonDocuments;
+    CString m_strStartMenu;
+    CString m_strCommonStartMenu;
+
+    CString m_strBaselineName;
+    CString m_strCurrentName;
+    bool m_bCreateBaseline = false;
+    bool m_bCreateCurrent = false;
+    bool m_bGenerateReport = false;
+    bool m_bUseExistingReport = false;
+    bool m_bDisplayReport = false;
+    bool m_bSilent = false;
+    bool m_bNoLogo = false;
+
+    std::unique_ptr<std::ostream> m_pErrorLog;
+
+private:
+    void ReadSystemVersion();
+    void FillSkipLists();
+    CString* GetFolderCache(int kind);
+    CString GetFallbackFolder(int kind) const;
+    CString GetConfigPath() const { return m_strProgramDir + "\\delvane.cfg"; }
+    CString GetErrorLogPath() const { return m_strProgramDir + "\\delvane.err"; }
+
+    // The command line, in command_line.cpp.
+    void ParseSwitch(const CString& token);
+    void ParseName(const CString& token, CString& name, bool& create);
+    void ParseReportFlags(const CString& token);
+    void ParseDrive(const CString& token);
+    void ParseOption(const CString& token, std::size_t wordLength, bool& option);
+    void BadSwitch(const CString& token);
+
+    std::unique_ptr<CMachine> m_pMachine;
+    std::set<CString> m_said;
+};
+
+extern CRunContext theContext;
+
+}  // namespace delvane

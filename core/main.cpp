@@ -1,0 +1,29 @@
+// The program's entry: the one place that chooses a concrete machine.
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <string_view>
+
+#include "core/app.h"
+#include "core/context.h"
+#include "core/usage.h"
+
+int main(int argumentCount, char** arguments) {
+    using namespace delvane;
+    if (argumentCount == 2) {
+        const std::string_view only = arguments[1];
+        if (only == "--version" || only == "--help") {
+            std::cout << (only == "--version" ? GetVersionText() : GetUsageText()) << std::flush;
+            return std::cout.good() ? 0 : 1;
+        }
+    }
+    try {
+        theContext.SetMachine(MakeMachine());
+        theApp.SetCommandLine(MakeCommandLine(argumentCount - 1, arguments + 1));
+        theApp.InitInstance();
+        return theApp.ExitInstance();
+    } catch (const std::exception& error) {
+        std::cerr << "delvane: " << error.what() << '\n';
+        return kExitNoWindow << 1;
+    }
+}

@@ -1,0 +1,54 @@
+#include "core/usage.h"
+
+namespace delvane {
+
+CString GetVersionText() {
+    return "Install Delvane " DELVANE_VERSION "\n";
+}
+
+CString GetUsageText() {
+    return "Install Delvane " DELVANE_VERSION R"(: what did this installation do to the machine?
+
+Usage:  delvane /s [switches]        an unattended run
+        delvane --help | --version   alone on the command line
+
+A switch begins with / or -; upper and lower case are alike.
+
+Snapshots
+  /bc:NAME   create the baseline snapshot and save it as NAME.dvs
+  /b:NAME    load the baseline snapshot NAME.dvs (/bl:NAME is the same)
+  /cc:NAME   create the current snapshot and save it as NAME.dvs
+  /c:NAME    load the current snapshot NAME.dvs (/cl:NAME is the same)
+Report
+  /g         compare the two and write "CURRENT - BASELINE.htm"
+  /gu        the same, but keep a report that already exists
+  /gd        the same as /g, and open the report; /gud does both
+  /res:DIR   the folder of snapshots and reports
+             (default: Results beside the program)
+What a capture reads
+  /d:X  /d:X-        drive X in, whatever its kind; drive X out
+  /dg:KIND /dg:KIND- a kind of drive on or off: HD hard drives (on; off turns
+                     all kinds off), ND network, RD removable, CD compact discs
+  /r:HIVE /r:HIVE-   a registry hive on or off: hklm, hkcu, hkcr
+  /ext /ext-         file extensions on or off
+The run
+  /s         unattended: no window, the exit code tells the result
+  /nologo    no splash window
+
+The machine (Linux)
+  DELVANE_MACHINE    folder of a Wine prefix; else WINEPREFIX; else ~/.wine
+  DELVANE_USER       the account whose folders count (default: the prefix's)
+  DELVANE_HOME       folder of delvane.cfg, delvane.err and Results
+  Run "wineserver -w" before each snapshot of a Wine prefix: Wine writes its
+  registry files late.
+
+Exit code (bits, added up)
+   0  nothing to report        4  a snapshot could not be created
+   1  information or warnings  8  a snapshot could not be loaded
+   2  errors                  16  no report
+  32  a visible run was asked for, and this build has no window
+  64  the program itself could not start
+)";
+}
+
+}  // namespace delvane

@@ -1,0 +1,25 @@
+// An output stream into a file of the program's own.
+#pragma once
+
+#include <memory>
+#include <ostream>
+
+#include "platform/machine.h"
+
+namespace delvane {
+
+// Text goes through a large buffer into the file writer. What the writer throws comes out of the operation that filled
+// the buffer. Nothing stands in the file's place before Commit.
+class CFileStream : public std::ostream {
+public:
+    explicit CFileStream(std::unique_ptr<CFileWriter> file);
+    ~CFileStream() override;
+
+    void Commit();
+
+private:
+    class CBuffer;
+    std::unique_ptr<CBuffer> m_pBuffer;
+};
+
+}  // namespace delvane

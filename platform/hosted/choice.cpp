@@ -1,0 +1,88 @@
+#include "platform/hosted/choice.h"
+
+#include <array>
+#include <cstdlib>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/hosted/host_file.h"
+
+namespace delvane {
+namespace {
+
+std::string HomeFolder() {
+    std::string home = GetVariable("HOME");
+    if (home.empty()) {
+        const passwd* const account = getpwuid(getuid());
+        if (account != nullptr && account->pw_dir != nullptr) home = account->pw_dir;
+    }
+    return home;
+}
+
+bool HoldsRegistry(const std::string& folder) {
+    struct stat status {};
+    return stat((folder + "/system.reg").c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+std::string ExecutableFolder() {
+    const std::string executable = RealHostPath("/proc/self/exe");
+    return executable.substr(0, executable.rfind('/'));
+}
+
+}  // namespace
+
+std::string GetVariable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+std::string WholeHostPath(const std::string& path) {
+    if (path.starts_with('/')) return path;
+    std::array<char, 4096> here{};
+    if (getcwd(here.data(), here.size()) == nullptr) return path;
+    return std::string(here.data()) + "/" + path;
+}
+
+CMachineChoice ChooseMachine() {
+    CMachineChoice choice;
+    for (const char* variable : {"DELVANE_MACHINE", "WINEPREFIX"}) {
+        const std::string folder = GetVariable(variable);
+        if (folder.empty()) continue;
+        if (HoldsRegistry(folder)) {
+            choice.m_folder = RealHostPath(folder);
+        } else {
+            choice.m_bVariable = true;
+            choice.m_strProblem =
+                CString(variable) + " names no machine: " + folder +
+                (IsHostDirectory(folder) ? " holds no system.reg, as a Wine prefix does" : " is no directory");
+        }
+        return choice;
+    }
+    const std::string standard = HomeFolder() + "/.wine";
+    if (HoldsRegistry(standard)) {
+        choice.m_folder = RealHostPath(standard);
+    } else {
+        choice.m_strProblem = "no machine to examine: " + standard +
+                              " is no Wine prefix (a folder that holds system.reg); DELVANE_MACHINE or WINEPREFIX "
+                              "names another";
+    }
+    return choice;
+}
+
+std::string ChooseProgramFolder() {
+    std::string folder = GetVariable("DELVANE_HOME");
+    if (folder.empty()) {
+        folder = ExecutableFolder();
+        if (access(folder.c_str(), W_OK) == 0) return folder;
+        const std::string data = GetVariable("XDG_DATA_HOME");
+        // The variable counts only as an absolute path.
+        folder = (data.starts_with('/') ? data : HomeFolder() + "/.local/share") + "/delvane";
+    }
+    folder = WholeHostPath(folder);
+    MakeHostDirectories(folder);
+    const std::string real = RealHostPath(folder);
+    return real.empty() ? folder : real;
+}
+
+}  // namespace delvane

@@ -1,0 +1,28 @@
+// Which folder of the host is the machine to examine.
+#pragma once
+
+#include <string>
+
+#include "platform/text.h"
+
+namespace delvane {
+
+// A Wine prefix, chosen by DELVANE_MACHINE, else WINEPREFIX, else ~/.wine.
+struct CMachineChoice {
+    std::string m_folder;      // in full; empty where there is no machine
+    CString m_strProblem;      // then: what was looked for, and which variable names it, in one sentence
+    bool m_bVariable = false;  // a variable was set, and it names no machine
+};
+
+CMachineChoice ChooseMachine();
+
+// The folder of the program's own files: DELVANE_HOME, else where the executable stands if that can be written to,
+// else the user's data folder. Made when needed.
+std::string ChooseProgramFolder();
+
+// An environment variable; empty if it is not set.
+std::string GetVariable(const char* name);
+// The path made whole with the working directory.
+std::string WholeHostPath(const std::string& path);
+
+}  // namespace delvane

@@ -1,0 +1,287 @@
+// A directory is read by name first, and the names are sorted; each entry's one metadata call comes when the entry is
+// asked for. So a walk holds, for each level that it has open, one descriptor and the names, and the words of an entry
+// go straight to whoever asked.
+#include "platform/hosted/file_search.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "platform/hosted/host_file.h"
+#include "platform/hosted/own_file.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::size_t kDirectoryBuffer = 1 << 16;
+
+// As the kernel hands directory entries out.
+struct CKernelEntry {
+    std::uint64_t m_nInode;
+    std::int64_t m_nOffset;
+    std::uint16_t m_nLength;
+    std::uint8_t m_nType;
+
+    // The name follows the kind, without padding.
+    const char* GetName() const { return reinterpret_cast<const char*>(&m_nType) + 1; }
+};
+
+// One name of a directory. The first eight bytes of the name stand here too, in an order that an integer comparison
+// keeps, so that sorting seldom has to follow the offset.
+struct CNameEntry {
+    std::uint64_t m_nHead;
+    std::uint32_t m_nOffset;
+    std::uint16_t m_nLength;
+    std::uint8_t m_nType;
+};
+
+std::uint64_t HeadOf(const char* name, std::size_t length) {
+    std::uint64_t head = 0;
+    std::memcpy(&head, name, std::min(length, sizeof head));
+    return __builtin_bswap64(head);
+}
+
+std::uint64_t TicksOf(const statx_timestamp& time) {
+    return static_cast<std::uint64_t>(time.tv_sec) * kTicksPerSecond + kUnixEpochTicks + time.tv_nsec / 100;
+}
+
+std::uint64_t DeviceOf(const struct statx& status) {
+    return makedev(status.stx_dev_major, status.stx_dev_minor);
+}
+
+// getxattrat came with Linux 6.13, and the C library of this system does not know it yet.
+#ifndef SYS_getxattrat
+#define SYS_getxattrat 464
+#endif
+
+struct CXattrArguments {
+    std::uint64_t m_value;
+    std::uint32_t m_nSize;
+    std::uint32_t m_nFlags;
+};
+
+// The extended attribute of an entry, links followed; its length, or -1 with errno. Older kernels reach the entry
+// through the descriptor's name in /proc.
+ssize_t GetEntryXattr(int directory, const char* name, const char* attribute, char* value, std::size_t size) {
+    static bool kernelHasCall = true;
+    if (kernelHasCall) {
+        CXattrArguments arguments{reinterpret_cast<std::uint64_t>(value), static_cast<std::uint32_t>(size), 0};
+        const long length = syscall(SYS_getxattrat, directory, name, 0, attribute, &arguments, sizeof arguments);
+        if (length >= 0 || errno != ENOSYS) return length;
+        kernelHasCall = false;
+    }
+    const std::string path = "/proc/self/fd/" + std::to_string(directory) + "/" + name;
+    return getxattr(path.c_str(), attribute, value, size);
+}
+
+// A walk holds one descriptor a level, and the usual soft limit would end it before kMaxTreeDepth does.
+void RaiseDescriptorLimit() {
+    struct rlimit limit {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    const rlim_t wanted = kMaxTreeDepth + 256;
+    if (limit.rlim_cur >= wanted) return;
+    limit.rlim_cur = limit.rlim_max < wanted ? limit.rlim_max : wanted;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+}  // namespace
+
+// An open search: its directory, the sorted names, and the entry that was delivered last.
+struct CSearchSet::CLevel {
+    std::string m_path;  // as a machine path
+    CDescriptor m_directory;
+    CIdentity m_identity;
+    std::vector<char> m_names;  // each with its NUL
+    std::vector<CNameEntry> m_entries;
+    std::size_t m_nNext = 0;
+    std::string_view m_current;  // the name delivered last
+    CIdentity m_currentIdentity;
+
+    void ReadNames(std::vector<char>& buffer);
+};
+
+void CSearchSet::CLevel::ReadNames(std::vector<char>& buffer) {
+    m_names.clear();
+    m_entries.clear();
+    m_nNext = 0;
+    m_current = {};
+    buffer.resize(kDirectoryBuffer);
+    for (;;) {
+        const long got = syscall(SYS_getdents64, m_directory.Get(), buffer.data(), buffer.size());
+        if (got <= 0) break;  // the end, or a failure part way: the list ends where it stands
+        for (long at = 0; at < got;) {
+            const auto* const entry = reinterpret_cast<const CKernelEntry*>(buffer.data() + at);
+            at += entry->m_nLength;
+            const std::string_view name = entry->GetName();
+            if (name == "." || name == "..") continue;
+            m_entries.push_back({HeadOf(name.data(), name.size()), static_cast<std::uint32_t>(m_names.size()),
+                                 static_cast<std::uint16_t>(name.size()), entry->m_nType});
+            m_names.insert(m_names.end(), name.data(), name.data() + name.size() + 1);
+        }
+    }
+    std::sort(m_entries.begin(), m_entries.end(), [this](const CNameEntry& a, const CNameEntry& b) {
+        if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
+        return std::strcmp(m_names.data() + a.m_nOffset, m_names.data() + b.m_nOffset) < 0;
+    });
+}
+
+class CHostedSearch : public CFileSearch {
+public:
+    CHostedSearch(CSearchSet& set, CSearchSet::CLevel& level) : m_set(set), m_level(level) {}
+    ~CHostedSearch() override { m_set.Close(m_level); }
+
+    bool Next(CFindData& data) override {
+        while (m_level.m_nNext < m_level.m_entries.size()) {
+            ThrowIfInterrupted();
+            const CNameEntry& next = m_level.m_entries[m_level.m_nNext++];
+            const char* const name = m_level.m_names.data() + next.m_nOffset;
+            const bool mayBeLink = next.m_nType == DT_LNK || next.m_nType == DT_UNKNOWN;
+            CSearchSet::CEntry entry;
+            if (!m_set.ReadEntry(m_level.m_directory.Get(), name, mayBeLink, m_level.m_identity.m_nDevice, entry)) {
+                continue;
+            }
+            static_cast<CFileWords&>(data) = entry.m_words;
+            data.m_name = {name, next.m_nLength};
+            m_level.m_current = data.m_name;
+            m_level.m_currentIdentity = entry.m_identity;
+            return true;
+        }
+        m_level.m_current = {};
+        return false;
+    }
+
+private:
+    CSearchSet& m_set;
+    CSearchSet::CLevel& m_level;
+};
+
+CSearchSet::CSearchSet(const CPathMap& paths, bool showDotFiles) : m_paths(paths), m_bShowDotFiles(showDotFiles) {
+    RaiseDescriptorLimit();
+}
+
+CSearchSet::~CSearchSet() = default;
+
+void CSearchSet::AddUnlisted(const std::string& hostPath) {
+    struct stat status {};
+    if (stat(hostPath.c_str(), &status) == 0) m_unlisted.push_back({status.st_dev, status.st_ino});
+}
+
+// One statx an entry, through links, as Wine sees it. False for what is not listed: a link that leads nowhere or round
+// in a circle, and the unlisted directories.
+bool CSearchSet::ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice,
+                           CEntry& entry) {
+    struct statx status {};
+    if (statx(directory, name, AT_NO_AUTOMOUNT, STATX_BASIC_STATS, &status) != 0) return false;
+    entry.m_identity = {DeviceOf(status), status.stx_ino};
+    const bool isDirectory = S_ISDIR(status.stx_mode);
+    CFileWords& words = entry.m_words;
+    words.m_dwAttributes = isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+    if ((status.stx_mode & 0222) == 0) words.m_dwAttributes |= FILE_ATTRIBUTE_READONLY;
+    if (name[0] == '.' && !m_bShowDotFiles) words.m_dwAttributes |= FILE_ATTRIBUTE_HIDDEN;
+    words.m_dwAttributes |= ReadDosAttributes(directory, name, entry.m_identity.m_nDevice);
+    if (isDirectory) {
+        if (std::find(m_unlisted.begin(), m_unlisted.end(), entry.m_identity) != m_unlisted.end()) return false;
+        bool isLink = false;
+        if (mayBeLink) {
+            struct stat own {};
+            isLink = fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(own.st_mode);
+        }
+        if (isLink || entry.m_identity.m_nDevice != directoryDevice) {
+            words.m_dwAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+        }
+    }
+    // The creation time is the last write's: Wine knows no other.
+    words.m_ftLastWrite = FILETIME::FromTicks(TicksOf(status.stx_mtime));
+    words.m_ftCreation = words.m_ftLastWrite;
+    words.m_ftLastAccess = FILETIME::FromTicks(TicksOf(status.stx_atime));
+    words.SetSize(S_ISREG(status.stx_mode) ? status.stx_size : 0);
+    return true;
+}
+
+// Hidden and system, as Samba and Wine keep them: "0x" and hexadecimal digits. A file system without such attributes
+// is asked once.
+std::uint32_t CSearchSet::ReadDosAttributes(int directory, const char* name, std::uint64_t device) {
+    if (m_bPlainDeviceKnown && m_nPlainDevice == device) return 0;
+    std::array<char, 65> text{};
+    const ssize_t length = GetEntryXattr(directory, name, "user.DOSATTRIB", text.data(), text.size() - 1);
+    if (length < 0 && errno == EOPNOTSUPP) {
+        m_nPlainDevice = device;
+        m_bPlainDeviceKnown = true;
+    }
+    if (length <= 2 || text[0] != '0' || text[1] != 'x') return 0;
+    constexpr std::uint32_t kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    return static_cast<std::uint32_t>(std::strtoul(text.data(), nullptr, 16)) & kKept;
+}
+
+// The directory that the innermost search has just delivered is opened from there; any other through its path.
+int CSearchSet::OpenDirectory(std::string_view path, CIdentity& identity) {
+    constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
+    if (!m_open.empty()) {
+        const CLevel& parent = *m_open.back();
+        if (!parent.m_current.empty() && path.size() == parent.m_path.size() + 1 + parent.m_current.size() &&
+            path.starts_with(parent.m_path) && path[parent.m_path.size()] == '\\' && path.ends_with(parent.m_current)) {
+            identity = parent.m_currentIdentity;
+            return openat(parent.m_directory.Get(), parent.m_current.data(), kFlags);
+        }
+    }
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    if (!hostPath) return -1;
+    const int fd = open(hostPath->c_str(), kFlags);
+    struct stat status {};
+    if (fd >= 0 && fstat(fd, &status) == 0) identity = {status.st_dev, status.st_ino};
+    return fd;
+}
+
+std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
+    ThrowIfInterrupted();
+    CIdentity identity;
+    CDescriptor directory(OpenDirectory(path, identity));
+    if (!directory || m_open.size() >= kMaxTreeDepth) return nullptr;
+    for (const CLevel* level : m_open) {
+        if (level->m_identity == identity) return nullptr;  // its own ancestor, through a link
+    }
+    if (m_spare.empty()) m_spare.push_back(std::make_unique<CLevel>());
+    m_open.reserve(m_open.size() + 1);
+    m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
+    CLevel* const level = m_spare.back().get();
+    level->m_path = path;
+    level->m_directory = std::move(directory);
+    level->m_identity = identity;
+    level->ReadNames(m_buffer);
+    m_open.push_back(m_spare.back().release());
+    m_spare.pop_back();
+    return std::make_unique<CHostedSearch>(*this, *level);
+}
+
+void CSearchSet::Close(CLevel& level) {
+    std::erase(m_open, &level);
+    level.m_directory.Reset();
+    m_spare.emplace_back(&level);
+}
+
+bool CSearchSet::FindPath(std::string_view path, CFileWords& words) {
+    ThrowIfInterrupted();
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    if (!hostPath) return false;
+    const std::size_t nameStart = hostPath->rfind('/') + 1;
+    const std::string directoryPath = hostPath->substr(0, nameStart);
+    const CDescriptor directory(open(directoryPath.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (!directory || fstat(directory.Get(), &status) != 0) return false;
+    CEntry entry;
+    if (!ReadEntry(directory.Get(), hostPath->c_str() + nameStart, true, status.st_dev, entry)) return false;
+    words = entry.m_words;
+    return true;
+}
+
+}  // namespace delvane

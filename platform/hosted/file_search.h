@@ -1,0 +1,59 @@
+// The search over directories of a hosted machine, as Wine shows them to a program.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/hosted/path_map.h"
+#include "platform/machine.h"
+
+namespace delvane {
+
+// Opens searches and knows the ones that are open, so that the directory that a search has just delivered is opened
+// from its parent's descriptor and checked against the directories above it.
+class CSearchSet {
+public:
+    // `showDotFiles` leaves the hidden attribute off names that begin with a period.
+    CSearchSet(const CPathMap& paths, bool showDotFiles);
+    ~CSearchSet();
+
+    // Never listed: directories of the host that no program of the machine may wander into.
+    void AddUnlisted(const std::string& hostPath);
+
+    std::unique_ptr<CFileSearch> Open(std::string_view path);
+    bool FindPath(std::string_view path, CFileWords& words);
+
+private:
+    friend class CHostedSearch;
+    struct CLevel;
+
+    struct CIdentity {
+        std::uint64_t m_nDevice = 0;
+        std::uint64_t m_nInode = 0;
+        bool operator==(const CIdentity&) const = default;
+    };
+    // What the host knows of one entry.
+    struct CEntry {
+        CFileWords m_words;
+        CIdentity m_identity;
+    };
+
+    int OpenDirectory(std::string_view path, CIdentity& identity);
+    bool ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
+    std::uint32_t ReadDosAttributes(int directory, const char* name, std::uint64_t device);
+    void Close(CLevel& level);
+
+    const CPathMap& m_paths;
+    bool m_bShowDotFiles;
+    std::vector<CIdentity> m_unlisted;
+    std::vector<char> m_buffer;                    // what the kernel hands a directory out in
+    std::vector<CLevel*> m_open;                   // in the order of opening
+    std::vector<std::unique_ptr<CLevel>> m_spare;  // closed, kept for their buffers
+    std::uint64_t m_nPlainDevice = 0;              // the last device seen that keeps no such attributes
+    bool m_bPlainDeviceKnown = false;
+};
+
+}  // namespace delvane

@@ -1,0 +1,68 @@
+// Files of the host: small owners and calls shared by the rooms of this folder.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/image.h"
+
+namespace delvane {
+
+// The Win32 error number for an errno.
+std::uint32_t Win32Error(int error);
+
+// A file descriptor and its close.
+class CDescriptor {
+public:
+    CDescriptor() = default;
+    explicit CDescriptor(int fd) : m_fd(fd) {}
+    CDescriptor(CDescriptor&& other) noexcept : m_fd(other.Release()) {}
+    CDescriptor& operator=(CDescriptor&& other) noexcept {
+        if (this != &other) Reset(other.Release());
+        return *this;
+    }
+    ~CDescriptor() { Reset(); }
+
+    int Get() const { return m_fd; }
+    explicit operator bool() const { return m_fd >= 0; }
+    void Reset(int fd = -1);
+    int Release() {
+        const int fd = m_fd;
+        m_fd = -1;
+        return fd;
+    }
+
+private:
+    int m_fd = -1;
+};
+
+// A regular file open for reading. Nothing else is ever opened: not a device, a socket or a pipe.
+class CHostFile : public CByteSource {
+public:
+    // No file where there is none, where it is no regular file, or where it cannot be opened; errno tells.
+    static std::optional<CHostFile> Open(const std::string& path);
+
+    std::uint64_t GetSize() const override { return m_nSize; }
+    std::size_t Read(std::uint64_t offset, void* into, std::size_t size) const override;
+    int GetDescriptor() const { return m_fd.Get(); }
+
+private:
+    CDescriptor m_fd;
+    std::uint64_t m_nSize = 0;
+};
+
+// The bytes of a regular file; nothing where it cannot be opened or read, or is larger than the limit.
+std::optional<std::string> ReadHostFile(const std::string& path, std::uint64_t limit);
+
+bool IsHostDirectory(const std::string& path);
+
+// Makes the directory and what is missing above it.
+bool MakeHostDirectories(const std::string& path);
+
+// The path in full, links resolved; empty where it leads nowhere.
+std::string RealHostPath(const std::string& path);
+
+}  // namespace delvane

@@ -1,0 +1,186 @@
+#include "platform/hosted/hosted_machine.h"
+
+#include <algorithm>
+#include <csignal>
+#include <ctime>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/hosted/host_file.h"
+#include "platform/hosted/own_file.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::uint32_t kAllDrives = (std::uint32_t{1} << 26) - 1;
+
+bool IsFile(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+std::unique_ptr<CPrefixIdentity> ReadIdentity(const std::string& folder) {
+    return folder.empty() ? nullptr : std::make_unique<CPrefixIdentity>(folder);
+}
+
+}  // namespace
+
+CHostedMachine::CHostedMachine(CMachineChoice choice, std::string programFolder)
+    : m_choice(std::move(choice)),
+      m_programFolder(std::move(programFolder)),
+      m_pIdentity(ReadIdentity(m_choice.m_folder)),
+      m_searches(m_paths, m_pIdentity != nullptr && m_pIdentity->ShowsDotFiles()) {
+    if (m_pIdentity == nullptr) return;
+    m_paths.SetDrives(m_pIdentity->GetDrives());
+    for (const std::string& folder :
+         {m_choice.m_folder, std::string("/dev"), std::string("/proc"), std::string("/sys")}) {
+        m_searches.AddUnlisted(folder);
+    }
+}
+
+std::vector<CString> CHostedMachine::GetNotices() const {
+    if (m_pIdentity != nullptr) return m_pIdentity->GetNotices();
+    if (m_choice.m_bVariable) return {m_choice.m_strProblem};
+    return {};
+}
+
+CVersionRecord CHostedMachine::GetVersion() {
+    if (m_pIdentity != nullptr) return m_pIdentity->GetVersion();
+    return {VER_PLATFORM_WIN32_NT, 5, 0, 0, {}};
+}
+
+bool CHostedMachine::GetUserName(CString& name) {
+    if (m_pIdentity != nullptr) name = m_pIdentity->GetUserName();
+    return m_pIdentity != nullptr;
+}
+
+bool CHostedMachine::GetComputerName(CString& name) {
+    if (m_pIdentity != nullptr) name = m_pIdentity->GetComputerName();
+    return m_pIdentity != nullptr;
+}
+
+CString CHostedMachine::GetSystemDirectory() {
+    return m_pIdentity != nullptr ? m_pIdentity->GetWindowsDirectory() + "\\system32" : CString();
+}
+
+CString CHostedMachine::GetWindowsDirectory() {
+    return m_pIdentity != nullptr ? m_pIdentity->GetWindowsDirectory() : CString();
+}
+
+CString CHostedMachine::GetTempPath() {
+    return m_pIdentity != nullptr ? m_pIdentity->GetTempPath() : CString();
+}
+
+CString CHostedMachine::GetModuleFileName() {
+    return m_paths.ToMachine(m_programFolder) + "\\delvane";
+}
+
+// In whole milliseconds, as Windows tells the time of day.
+std::uint64_t CHostedMachine::GetSystemTime() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const auto milliseconds =
+        static_cast<std::uint64_t>(now.tv_sec) * 1000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
+    return milliseconds * (kTicksPerSecond / 1000) + kUnixEpochTicks;
+}
+
+CFolderFunction CHostedMachine::LoadFolderLibrary() {
+    if (m_pIdentity == nullptr) return {};
+    return [this](int kind, CString& path) {
+        const std::optional<CString> folder = m_pIdentity->GetFolder(kind);
+        if (folder) path = *folder;
+        return folder.has_value();
+    };
+}
+
+// Without a machine any drive that two snapshots hold may be compared.
+std::uint32_t CHostedMachine::GetLogicalDrives() {
+    if (m_pIdentity == nullptr) return kAllDrives;
+    std::uint32_t mask = 0;
+    for (const CHostedDrive& drive : m_paths.GetDrives())
+        mask |= std::uint32_t{1} << (drive.m_letter - 'A');
+    return mask;
+}
+
+std::uint32_t CHostedMachine::GetDriveType(std::string_view root) {
+    if (m_pIdentity == nullptr) return DRIVE_FIXED;
+    const CHostedDrive* const drive = root.empty() ? nullptr : m_paths.FindDrive(root.front());
+    return drive == nullptr ? DRIVE_NO_ROOT_DIR : drive->m_nType;
+}
+
+// Wine keeps the label in a file of its own at the drive's root: the first line, without blanks at its end.
+std::uint32_t CHostedMachine::GetVolumeLabel(std::string_view root, CString& label) {
+    const CHostedDrive* const drive = root.empty() ? nullptr : m_paths.FindDrive(root.front());
+    if (drive == nullptr) return ERROR_PATH_NOT_FOUND;
+    constexpr std::uint64_t kLargestLabelFile = 64 * 1024;
+    label = ReadHostFile(drive->m_root + "/.windows-label", kLargestLabelFile).value_or("");
+    label.resize(std::min(label.find('\n'), label.size()));
+    while (!label.empty() && (label.back() == ' ' || label.back() == '\r'))
+        label.pop_back();
+    return ERROR_SUCCESS;
+}
+
+std::uint32_t CHostedMachine::GetConnection(std::string_view, CString&) {
+    return ERROR_NOT_CONNECTED;
+}
+
+bool CHostedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {
+    image = {};
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    if (!hostPath) return false;
+    const std::optional<CHostFile> file = CHostFile::Open(*hostPath);
+    return file && MapImage(*file, image);
+}
+
+std::optional<CVersionBlock> CHostedMachine::GetFileVersionInfo(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    if (!hostPath) return std::nullopt;
+    const std::optional<CHostFile> file = CHostFile::Open(*hostPath);
+    return file ? CVersionBlock::Read(*file) : std::nullopt;
+}
+
+bool CHostedMachine::FileExists(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    return hostPath && IsFile(*hostPath);
+}
+
+bool CHostedMachine::DirectoryExists(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    return hostPath && IsHostDirectory(*hostPath);
+}
+
+bool CHostedMachine::CreateDirectory(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
+    return hostPath && mkdir(hostPath->c_str(), 0777) == 0;
+}
+
+bool CHostedMachine::DeleteFile(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    return hostPath && unlink(hostPath->c_str()) == 0;
+}
+
+std::optional<CFileBytes> CHostedMachine::ReadFile(std::string_view path, std::uint64_t limit) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    return hostPath ? ReadWholeHostFile(*hostPath, GetDisplayPath(path), limit) : std::nullopt;
+}
+
+std::unique_ptr<CFileWriter> CHostedMachine::CreateFile(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
+    return hostPath ? CreateHostFile(*hostPath, GetDisplayPath(path)) : nullptr;
+}
+
+std::unique_ptr<std::ostream> CHostedMachine::CreateTextFile(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
+    return hostPath ? CreateHostTextFile(*hostPath) : nullptr;
+}
+
+void CHostedMachine::OpenDocument(std::string_view path) {
+    if (const std::optional<std::string> hostPath = m_paths.Find(path)) OpenHostDocument(*hostPath);
+}
+
+std::unique_ptr<CMachine> MakeMachine() {
+    std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is a failed write, not the program's end
+    return std::make_unique<CHostedMachine>(ChooseMachine(), ChooseProgramFolder());
+}
+
+}  // namespace delvane

@@ -1,0 +1,64 @@
+// A machine whose disks and registry lie in a folder of the host: a Wine prefix.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/hosted/choice.h"
+#include "platform/hosted/file_search.h"
+#include "platform/hosted/identity.h"
+#include "platform/hosted/path_map.h"
+#include "platform/machine.h"
+
+namespace delvane {
+
+class CHostedMachine : public CMachine {
+public:
+    // `programFolder` is the folder of the program's own files, on the host.
+    CHostedMachine(CMachineChoice choice, std::string programFolder);
+
+    bool IsPresent() const override { return m_pIdentity != nullptr; }
+    CString GetProblem() const override { return m_choice.m_strProblem; }
+    std::vector<CString> GetNotices() const override;
+
+    CVersionRecord GetVersion() override;
+    bool GetUserName(CString& name) override;
+    bool GetComputerName(CString& name) override;
+    CString GetSystemDirectory() override;
+    CString GetWindowsDirectory() override;
+    CString GetTempPath() override;
+    CString GetModuleFileName() override;
+    std::uint64_t GetSystemTime() override;
+    CFolderFunction LoadFolderLibrary() override;
+
+    std::uint32_t GetLogicalDrives() override;
+    std::uint32_t GetDriveType(std::string_view root) override;
+    std::uint32_t GetVolumeLabel(std::string_view root, CString& label) override;
+    std::uint32_t GetConnection(std::string_view name, CString& share) override;
+
+    std::unique_ptr<CFileSearch> OpenSearch(std::string_view path) override { return m_searches.Open(path); }
+    bool FindPath(std::string_view path, CFileWords& words) override { return m_searches.FindPath(path, words); }
+
+    bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
+    std::optional<CVersionBlock> GetFileVersionInfo(std::string_view path) override;
+
+    bool FileExists(std::string_view path) override;
+    bool DirectoryExists(std::string_view path) override;
+    bool CreateDirectory(std::string_view path) override;
+    bool DeleteFile(std::string_view path) override;
+    std::optional<CFileBytes> ReadFile(std::string_view path, std::uint64_t limit) override;
+    std::unique_ptr<CFileWriter> CreateFile(std::string_view path) override;
+    std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) override;
+    CString GetDisplayPath(std::string_view path) const override { return m_paths.ToDisplay(path); }
+    void OpenDocument(std::string_view path) override;
+
+private:
+    CMachineChoice m_choice;
+    std::string m_programFolder;
+    std::unique_ptr<CPrefixIdentity> m_pIdentity;  // null without a machine
+    CPathMap m_paths;
+    CSearchSet m_searches;
+};
+
+}  // namespace delvane

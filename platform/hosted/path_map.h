@@ -1,0 +1,58 @@
+// From machine paths to paths of the host and back.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace delvane {
+
+// A drive of the hosted machine.
+struct CHostedDrive {
+    char m_letter = 'C';         // upper case
+    std::string m_root;          // the path by which the host reaches it
+    std::string m_realRoot;      // the same with links resolved; empty where the link leads nowhere
+    std::uint32_t m_nType = 0;   // as GetDriveType gives it
+    bool m_bIsHostRoot = false;  // the host's own root: no disk of the machine
+};
+
+class CPathMap {
+public:
+    void SetDrives(std::vector<CHostedDrive> drives) { m_drives = std::move(drives); }
+    const std::vector<CHostedDrive>& GetDrives() const { return m_drives; }
+    const CHostedDrive* FindDrive(char letter) const;
+
+    // The path of the host as the machine path spells it. "." and ".." are worked out in the text and never lead above
+    // the drive's root. Nothing for a path of neither form and for a drive that is not there.
+    std::optional<std::string> Spell(std::string_view path) const;
+    // The path of the host for something that exists: as it is spelled, else the first match (by byte) in each
+    // directory without regard to case. A path in host form is taken as it is spelled alone. Nothing where there is
+    // no such thing.
+    std::optional<std::string> Find(std::string_view path) const;
+    // The path of the host for something to be made: its directory by Find, and in it the name as it stands there, or
+    // as it is spelled.
+    std::optional<std::string> FindForCreation(std::string_view path) const;
+
+    // The path as a person would write it: one in host form with the host's separators.
+    std::string ToDisplay(std::string_view path) const;
+
+    // A host path as a machine path: a drive path where it lies on a disk of the machine, else the host form.
+    std::string ToMachine(const std::string& hostPath) const;
+
+private:
+    struct CParts {
+        std::string m_base;  // "/" or the root of a drive
+        std::vector<std::string> m_names;
+        bool m_bIsDrive = false;
+    };
+    std::optional<CParts> Split(std::string_view path) const;
+
+    std::vector<CHostedDrive> m_drives;
+};
+
+// \home\u\x of /home/u/x, and back.
+std::string ToHostForm(std::string_view hostPath);
+
+}  // namespace delvane

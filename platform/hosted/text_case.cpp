@@ -1,0 +1,89 @@
+// Case folding off Windows, by Unicode's simple folding.
+#include <array>
+#include <utf8proc.h>
+
+#include "platform/text.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::array<unsigned char, 128> kAsciiFold = [] {
+    std::array<unsigned char, 128> table{};
+    for (unsigned i = 0; i < table.size(); ++i) {
+        table[i] = static_cast<unsigned char>(i >= 'A' && i <= 'Z' ? i + ('a' - 'A') : i);
+    }
+    return table;
+}();
+
+// The folded character. Folding by upper and then lower case joins all forms of a letter (both small sigmas, the
+// Kelvin sign and k); only the two Turkish letters would change their meaning and stay as they are.
+utf8proc_int32_t Fold(utf8proc_int32_t c) {
+    constexpr utf8proc_int32_t kDottedCapitalI = 0x130;
+    constexpr utf8proc_int32_t kDotlessSmallI = 0x131;
+    constexpr utf8proc_int32_t kSharpS = 0xDF;
+    if (c == kDottedCapitalI || c == kDotlessSmallI || c == kSharpS) return c;
+    return utf8proc_tolower(utf8proc_toupper(c));
+}
+
+// Takes one character off the text. A byte that begins no valid character stands for itself, above all characters.
+utf8proc_int32_t TakeCharacter(std::string_view& text) {
+    constexpr utf8proc_int32_t kBeyondUnicode = 0x110000;
+    utf8proc_int32_t c = 0;
+    const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                                         static_cast<utf8proc_ssize_t>(text.size()), &c);
+    if (length <= 0) {
+        c = kBeyondUnicode + static_cast<unsigned char>(text.front());
+        text.remove_prefix(1);
+    } else {
+        text.remove_prefix(static_cast<std::size_t>(length));
+    }
+    return c;
+}
+
+}  // namespace
+
+int mbsicmp(std::string_view a, std::string_view b) {
+    std::size_t i = 0;
+    const std::size_t shorter = a.size() < b.size() ? a.size() : b.size();
+    while (i < shorter) {
+        const auto x = static_cast<unsigned char>(a[i]);
+        const auto y = static_cast<unsigned char>(b[i]);
+        if ((x | y) >= 0x80) break;
+        if (kAsciiFold[x] != kAsciiFold[y]) return kAsciiFold[x] < kAsciiFold[y] ? -1 : 1;
+        ++i;
+    }
+    a.remove_prefix(i);
+    b.remove_prefix(i);
+    while (!a.empty() && !b.empty()) {
+        const utf8proc_int32_t x = Fold(TakeCharacter(a));
+        const utf8proc_int32_t y = Fold(TakeCharacter(b));
+        if (x != y) return x < y ? -1 : 1;
+    }
+    return a.empty() ? (b.empty() ? 0 : -1) : 1;
+}
+
+CString MakeLower(std::string_view text) {
+    CString result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const auto first = static_cast<unsigned char>(text.front());
+        if (first < 0x80) {
+            result += static_cast<char>(kAsciiFold[first]);
+            text.remove_prefix(1);
+            continue;
+        }
+        const std::string_view before = text;
+        const utf8proc_int32_t c = TakeCharacter(text);
+        const utf8proc_int32_t lower = utf8proc_tolower(c);
+        if (lower == c) {
+            result += before.substr(0, before.size() - text.size());
+        } else {
+            std::array<utf8proc_uint8_t, 4> bytes{};
+            const auto length = utf8proc_encode_char(lower, bytes.data());
+            result.append(reinterpret_cast<const char*>(bytes.data()), static_cast<std::size_t>(length));
+        }
+    }
+    return result;
+}
+
+}  // namespace delvane

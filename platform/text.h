@@ -1,0 +1,50 @@
+// Text: strings in the machine's code page, their comparisons, and the few conversions that the program needs.
+//
+// Text is bytes in the machine's ANSI code page and is never converted to another one. Off Windows that code page is
+// UTF-8; bytes that are no valid UTF-8 (a file name may hold any) compare as the bytes that they are.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace delvane {
+
+using CString = std::string;
+
+// _mbscmp: by character code, respecting case. Below 0, 0 or above 0. In UTF-8 that is byte order.
+inline int mbscmp(std::string_view a, std::string_view b) {
+    return a.compare(b);
+}
+
+// _mbsicmp: the same without regard to case (Unicode simple folding, so that É equals é).
+int mbsicmp(std::string_view a, std::string_view b);
+
+// True if `text` begins with `prefix` without regard to case; false for an empty prefix. As many bytes of the text
+// are compared as the prefix has (_mbsnbicmp), so it knows nothing of path separators.
+bool IsPrefixNoCase(std::string_view prefix, std::string_view text);
+
+// CharLowerBuff: the text in lower case.
+CString MakeLower(std::string_view text);
+
+// The text with %1 and %2 replaced, as AfxFormatString1 and AfxFormatString2 do it: in one pass over `text`, so
+// that a placeholder inside an argument stays as it is. %2 is dropped when there is no second argument.
+CString FormatString1(std::string_view text, std::string_view first);
+CString FormatString2(std::string_view text, std::string_view first, std::string_view second);
+
+// A number in decimal, and one with a comma between each group of three digits.
+CString DecimalText(std::int64_t number);
+CString GroupedDecimalText(std::int64_t number);
+
+// _splitpath: the extension of a file name, its period included, at most 255 bytes; empty if there is none.
+std::string_view ExtensionOf(std::string_view fileName);
+
+// 100-nanosecond ticks since 1 January 1601, UTC.
+constexpr std::uint64_t kTicksPerSecond = 10'000'000;
+constexpr std::uint64_t kUnixEpochTicks = 116'444'736'000'000'000;
+
+// A time in local calendar form by a strftime format, in the C locale's words. The zone is the process's (TZ is
+// honoured). Empty for ticks of 2^63 and above, which calendar conversion does not take.
+CString LocalTimeText(std::uint64_t ticks, const char* format);
+
+}  // namespace delvane

@@ -1,0 +1,326 @@
+// How a version block is found and read
+//
+// PE: the section table says where in the file a virtual address lies. The resource directory is a tree of three
+// levels, type, name and language, and its leaf is a data entry with the address and size of the block. NE: the
+// resource table is a flat list of types with their resources, in units of an alignment that the table states.
+//
+// The block itself is a tree of entries. Each begins with its length, the length of its value and, in the 32-bit form,
+// the type of the value (1 text, 0 binary); the key follows, then the value, then the children, each on a multiple
+// of four bytes. An entry's length is 16 bits wide, which bounds a block to 64 KB.
+//
+// Nothing here is trusted: a range is compared with what the file holds before it is read, the levels are counted by
+// the code and never by the data, and every step through a list goes forward.
+#include "platform/version_block.h"
+
+#include <algorithm>
+#include <cassert>
+#include <initializer_list>
+#include <utility>
+
+namespace delvane {
+
+namespace {
+
+constexpr std::uint64_t kMaxResourceSize = 1 << 20;  // a larger version resource is taken for damage
+constexpr std::size_t kMaxSections = 1024;           // linkers write some ten; loaders up to Vista refused 96
+constexpr std::size_t kMaxDirectoryEntries = 4096;   // in one resource directory on the way
+constexpr std::size_t kMaxNeTableSize = 0x10000;     // tables of an NE image are found by 16-bit offsets
+
+constexpr std::uint32_t kTypeVersion = 16;
+constexpr std::uint32_t kNameVersionInfo = 1;  // the only one that the version API asks for
+constexpr std::uint32_t kLanguageNeutral = 0;
+constexpr std::uint32_t kLanguageEnglishUs = 0x409;
+
+// The numbers in the files are little-endian. The caller has checked that they are there.
+std::uint16_t GetU16(std::string_view bytes, std::size_t offset) {
+    assert(offset + 2 <= bytes.size());
+    const auto low = static_cast<unsigned char>(bytes[offset]);
+    const auto high = static_cast<unsigned char>(bytes[offset + 1]);
+    return static_cast<std::uint16_t>(low | high << 8);
+}
+
+std::uint32_t GetU32(std::string_view bytes, std::size_t offset) {
+    return GetU16(bytes, offset) | static_cast<std::uint32_t>(GetU16(bytes, offset + 2)) << 16;
+}
+
+std::size_t AlignTo4(std::size_t offset) {
+    return (offset + 3) & ~std::size_t{3};
+}
+
+// The bytes of a range of the file, or nothing where the file does not hold all of it.
+std::optional<std::string> ReadRange(const CByteSource& file, std::uint64_t offset, std::uint64_t size) {
+    const std::uint64_t fileSize = file.GetSize();
+    if (size > kMaxResourceSize || offset > fileSize || size > fileSize - offset) return std::nullopt;
+    std::string bytes(static_cast<std::size_t>(size), '\0');
+    if (file.Read(offset, bytes.data(), bytes.size()) != bytes.size()) return std::nullopt;
+    return bytes;
+}
+
+// The address space of a PE image, as far as bytes of the file stand behind it.
+class CPeSections {
+public:
+    CPeSections(const CByteSource& file, std::string table) : m_file(file), m_table(std::move(table)) {}
+
+    std::optional<std::string> ReadAddress(std::uint64_t address, std::uint64_t size) const {
+        for (std::size_t section = 0; section + kSectionSize <= m_table.size(); section += kSectionSize) {
+            const std::uint64_t begin = GetU32(m_table, section + 12);
+            const std::uint64_t rawSize = GetU32(m_table, section + 16);
+            if (address < begin || address - begin > rawSize || size > rawSize - (address - begin)) continue;
+            return ReadRange(m_file, GetU32(m_table, section + 20) + (address - begin), size);
+        }
+        return std::nullopt;
+    }
+
+    static constexpr std::size_t kSectionSize = 40;
+
+private:
+    const CByteSource& m_file;
+    std::string m_table;
+};
+
+// Where a resource directory leads: from the entry of the first wanted number that it has, else from its first entry if
+// that will do. The top bit of the answer is set where a directory is there.
+std::optional<std::uint32_t> FindResourceEntry(const CPeSections& sections, std::uint64_t directory,
+                                               std::initializer_list<std::uint32_t> wanted, bool orFirst) {
+    const std::optional<std::string> header = sections.ReadAddress(directory, 16);
+    if (!header) return std::nullopt;
+    const std::size_t count = std::size_t{GetU16(*header, 12)} + GetU16(*header, 14);
+    if (count == 0 || count > kMaxDirectoryEntries) return std::nullopt;
+    const std::optional<std::string> entries = sections.ReadAddress(directory + 16, count * 8);
+    if (!entries) return std::nullopt;
+    for (const std::uint32_t number : wanted) {
+        for (std::size_t entry = 0; entry < entries->size(); entry += 8) {
+            if (GetU32(*entries, entry) == number) return GetU32(*entries, entry + 4);
+        }
+    }
+    if (!orFirst) return std::nullopt;
+    return GetU32(*entries, 4);
+}
+
+std::optional<std::string> ReadPeResource(const CByteSource& file, std::uint64_t header) {
+    const std::optional<std::string> coff = ReadRange(file, header, 24);
+    if (!coff) return std::nullopt;
+    const std::size_t sectionCount = GetU16(*coff, 6);
+    const std::size_t optionalSize = GetU16(*coff, 20);
+    if (optionalSize < 2 || sectionCount > kMaxSections) return std::nullopt;
+    const std::optional<std::string> optional = ReadRange(file, header + 24, optionalSize);
+    if (!optional) return std::nullopt;
+
+    // The 64-bit form is the longer one; behind its fields stand the number of data directories and the directories.
+    const std::uint16_t magic = GetU16(*optional, 0);
+    if (magic != 0x10b && magic != 0x20b) return std::nullopt;
+    const std::size_t directories = magic == 0x20b ? 112 : 96;
+    constexpr std::size_t kResources = 2;
+    if (optionalSize < directories + (kResources + 1) * 8) return std::nullopt;
+    if (GetU32(*optional, directories - 4) <= kResources) return std::nullopt;
+    const std::uint64_t root = GetU32(*optional, directories + kResources * 8);
+    if (root == 0) return std::nullopt;
+
+    std::optional<std::string> table =
+        ReadRange(file, header + 24 + optionalSize, sectionCount * CPeSections::kSectionSize);
+    if (!table) return std::nullopt;
+    const CPeSections sections(file, *std::move(table));
+
+    constexpr std::uint32_t kIsDirectory = 0x80000000;
+    const auto type = FindResourceEntry(sections, root, {kTypeVersion}, false);
+    if (!type || !(*type & kIsDirectory)) return std::nullopt;
+    const auto name = FindResourceEntry(sections, root + (*type & ~kIsDirectory), {kNameVersionInfo}, false);
+    if (!name || !(*name & kIsDirectory)) return std::nullopt;
+    // The order in which an English Windows looks for a resource when no language is asked for.
+    const auto language =
+        FindResourceEntry(sections, root + (*name & ~kIsDirectory), {kLanguageNeutral, kLanguageEnglishUs}, true);
+    if (!language || (*language & kIsDirectory)) return std::nullopt;
+    const std::optional<std::string> data = sections.ReadAddress(root + *language, 16);
+    if (!data) return std::nullopt;
+    return sections.ReadAddress(GetU32(*data, 0), GetU32(*data, 4));
+}
+
+std::optional<std::string> ReadNeResource(const CByteSource& file, std::uint64_t header) {
+    const std::optional<std::string> fields = ReadRange(file, header, 0x40);
+    if (!fields) return std::nullopt;
+    const std::size_t tableOffset = GetU16(*fields, 0x24);
+    const std::size_t nextTable = GetU16(*fields, 0x26);
+    if (tableOffset == nextTable) return std::nullopt;  // there are no resources
+
+    const std::uint64_t fileSize = file.GetSize();
+    const std::uint64_t tableBegin = std::min(header + tableOffset, fileSize);
+    const std::optional<std::string> table =
+        ReadRange(file, tableBegin, std::min<std::uint64_t>(kMaxNeTableSize, fileSize - tableBegin));
+    if (!table || table->size() < 2) return std::nullopt;
+    const unsigned shift = GetU16(*table, 0);
+    if (shift > 16) return std::nullopt;
+
+    constexpr std::uint32_t kIsNumber = 0x8000;
+    std::size_t type = 2;
+    while (type + 8 <= table->size()) {
+        const std::uint32_t number = GetU16(*table, type);
+        const std::size_t count = GetU16(*table, type + 2);
+        if (number == 0) break;  // the end of the list
+        const std::size_t resources = type + 8;
+        type = resources + count * 12;
+        if (number != (kIsNumber | kTypeVersion)) continue;
+        for (std::size_t resource = resources; resource < type && resource + 12 <= table->size(); resource += 12) {
+            if (GetU16(*table, resource + 6) != (kIsNumber | kNameVersionInfo)) continue;
+            const std::uint64_t offset = std::uint64_t{GetU16(*table, resource)} << shift;
+            const std::uint64_t size = std::uint64_t{GetU16(*table, resource + 2)} << shift;
+            if (offset > fileSize) return std::nullopt;
+            // The size is rounded up to whole units, and the last unit of a file need not be whole.
+            return ReadRange(file, offset, std::min(size, fileSize - offset));
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> ReadVersionResource(const CByteSource& file) {
+    const std::optional<std::string> dosHeader = ReadRange(file, 0, 0x40);
+    if (!dosHeader || !dosHeader->starts_with("MZ")) return std::nullopt;
+    const std::uint64_t header = GetU32(*dosHeader, 0x3c);
+    const std::optional<std::string> signature = ReadRange(file, header, 4);
+    if (!signature) return std::nullopt;
+    if (*signature == std::string_view("PE\0\0", 4)) return ReadPeResource(file, header);
+    if (signature->starts_with("NE")) return ReadNeResource(file, header);
+    return std::nullopt;
+}
+
+void AppendUtf8(std::string& text, std::uint32_t codePoint) {
+    const auto append = [&text](std::uint32_t byte) { text.push_back(static_cast<char>(byte)); };
+    const auto appendTail = [&](int shift) { append(0x80 | (codePoint >> shift & 0x3f)); };
+    if (codePoint < 0x80) {
+        append(codePoint);
+    } else if (codePoint < 0x800) {
+        append(0xc0 | codePoint >> 6);
+        appendTail(0);
+    } else if (codePoint < 0x10000) {
+        append(0xe0 | codePoint >> 12);
+        appendTail(6);
+        appendTail(0);
+    } else {
+        append(0xf0 | codePoint >> 18);
+        appendTail(12);
+        appendTail(6);
+        appendTail(0);
+    }
+}
+
+// Code page 1252 is Latin-1 but for these 32 characters. The five that it leaves open stay control characters, as
+// Windows has it.
+constexpr char16_t kCodePage1252[32] = {0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
+                                        0x02c6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008d, 0x017d, 0x008f,
+                                        0x0090, 0x2018, 0x2019, 0x201c, 0x201d, 0x2022, 0x2013, 0x2014,
+                                        0x02dc, 0x2122, 0x0161, 0x203a, 0x0153, 0x009d, 0x017e, 0x0178};
+
+// The text at the start of the bytes, up to its first NUL or their end.
+std::string DecodeText(std::string_view bytes, bool wide) {
+    std::string text;
+    if (!wide) {
+        for (const char c : bytes.substr(0, bytes.find('\0'))) {
+            const auto byte = static_cast<unsigned char>(c);
+            AppendUtf8(text, byte >= 0x80 && byte < 0xa0 ? kCodePage1252[byte - 0x80] : byte);
+        }
+        return text;
+    }
+    for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) {
+        std::uint32_t unit = GetU16(bytes, at);
+        if (unit == 0) break;
+        if (unit >= 0xd800 && unit < 0xdc00 && at + 4 <= bytes.size()) {
+            const std::uint32_t next = GetU16(bytes, at + 2);
+            if (next >= 0xdc00 && next < 0xe000) {
+                unit = 0x10000 + ((unit - 0xd800) << 10) + (next - 0xdc00);
+                at += 2;
+            }
+        }
+        AppendUtf8(text, unit);
+    }
+    return text;
+}
+
+bool IsSameKey(std::string_view left, std::string_view right) {
+    const auto fold = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; };
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [&](char a, char b) { return fold(a) == fold(b); });
+}
+
+// One entry of a block; the fields are offsets into the block.
+struct CEntry {
+    std::size_t m_nKey = 0;
+    std::size_t m_nKeyEnd = 0;    // the key's terminator
+    std::size_t m_nValue = 0;     // never past m_nValueEnd
+    std::size_t m_nValueEnd = 0;  // never past m_nEnd
+    std::size_t m_nChildren = 0;  // may lie past m_nEnd: there are none
+    std::size_t m_nEnd = 0;       // never past the end of the block
+};
+
+// Some tools give a parent a length a little too short for its last child, so an entry must end within the block, and
+// need not end within its parent.
+std::optional<CEntry> ReadEntry(std::string_view block, std::size_t begin, bool wide) {
+    const std::size_t headerSize = wide ? 6 : 4;
+    if (begin > block.size() || block.size() - begin < headerSize) return std::nullopt;
+    const std::size_t length = GetU16(block, begin);
+    if (length < headerSize || length > block.size() - begin) return std::nullopt;
+
+    CEntry entry;
+    entry.m_nEnd = begin + length;
+    entry.m_nKey = begin + headerSize;
+    const std::size_t unitSize = wide ? 2 : 1;
+    std::size_t at = entry.m_nKey;
+    while (at + unitSize <= entry.m_nEnd && (wide ? GetU16(block, at) != 0 : block[at] != '\0')) {
+        at += unitSize;
+    }
+    if (at + unitSize > entry.m_nEnd) return std::nullopt;
+    entry.m_nKeyEnd = at;
+
+    // The length of a text counts UTF-16 units in the 32-bit form, but some tools count its bytes. Where the claim is
+    // twice too large the entry's own end cuts it, and the text ends at its NUL in any case.
+    std::size_t valueSize = GetU16(block, begin + 2);
+    if (wide && GetU16(block, begin + 4) != 0) valueSize *= 2;
+    const std::size_t value = AlignTo4(entry.m_nKeyEnd + unitSize);
+    entry.m_nChildren = AlignTo4(value + valueSize);
+    entry.m_nValue = std::min(value, entry.m_nEnd);
+    entry.m_nValueEnd = std::min(value + valueSize, entry.m_nEnd);
+    return entry;
+}
+
+std::optional<CEntry> FindChild(std::string_view block, const CEntry& parent, std::string_view key, bool wide) {
+    for (std::size_t begin = parent.m_nChildren; begin < parent.m_nEnd;) {
+        const std::optional<CEntry> child = ReadEntry(block, begin, wide);
+        if (!child) return std::nullopt;
+        const std::string_view name = block.substr(child->m_nKey, child->m_nKeyEnd - child->m_nKey);
+        if (IsSameKey(DecodeText(name, wide), key)) return child;
+        begin = AlignTo4(child->m_nEnd);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<CVersionBlock> CVersionBlock::Read(const CByteSource& file) {
+    std::optional<std::string> bytes = ReadVersionResource(file);
+    constexpr std::size_t kSmallest = 6;
+    if (!bytes || bytes->size() < kSmallest) return std::nullopt;
+    const std::size_t length = GetU16(*bytes, 0);
+    if (length < kSmallest || length > bytes->size()) return std::nullopt;
+    bytes->resize(length);
+
+    // The block tells its own form: behind the two lengths stands a type of 0 or 1, or the first letter of the key.
+    CVersionBlock block;
+    block.m_bWide = static_cast<unsigned char>((*bytes)[4]) < ' ';
+    block.m_bytes = *std::move(bytes);
+    return block;
+}
+
+std::optional<std::string> CVersionBlock::Query(std::string_view path) const {
+    if (path.starts_with('\\')) path.remove_prefix(1);
+    if (path.empty()) return std::nullopt;  // the block's own value is no text
+    std::optional<CEntry> entry = ReadEntry(m_bytes, 0, m_bWide);
+    while (entry) {
+        const std::size_t separator = path.find('\\');
+        entry = FindChild(m_bytes, *entry, path.substr(0, separator), m_bWide);
+        if (separator == std::string_view::npos) break;
+        path.remove_prefix(separator + 1);
+    }
+    if (!entry) return std::nullopt;
+    const std::string_view block = m_bytes;
+    return DecodeText(block.substr(entry->m_nValue, entry->m_nValueEnd - entry->m_nValue), m_bWide);
+}
+
+}  // namespace delvane

@@ -1,0 +1,154 @@
+#include "report/base.h"
+
+#include <typeindex>
+
+#include "capture/drives.h"
+#include "capture/executable.h"
+#include "capture/extensions.h"
+#include "capture/registry.h"
+#include "report/master.h"
+#include "tree/snapshot.h"
+
+namespace delvane {
+namespace {
+
+// Follows the heading of the entries written so far.
+class CHeading {
+public:
+    // True when the object's parent is another than that of the entry before.
+    bool Moves(const CDelvObj& object) {
+        if (object.m_pParent == m_pParent) return false;  // no parent, or the same: no need to put its path together
+        m_pParent = object.m_pParent;
+        CString name = m_pParent == nullptr ? CString() : m_pParent->GetFullName();
+        if (name == m_strName) return false;
+        m_bOpen = !m_strName.empty();
+        m_strName = std::move(name);
+        return true;
+    }
+    bool WasOpen() const { return m_bOpen; }  // before the last move
+    bool IsOpen() const { return !m_strName.empty(); }
+    const CString& GetName() const { return m_strName; }
+
+private:
+    const CDelvObj* m_pParent = nullptr;
+    CString m_strName;
+    bool m_bOpen = false;
+};
+
+constexpr std::string_view kObjectGroupEnd = "</TABLE>\n</DD>\n</DL>\n";
+constexpr std::string_view kNameGroupEnd = "</DL>\n";
+
+}  // namespace
+
+void CReportObj::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
+    m_pMaster->AddInfo(section, object, textId);
+}
+
+void CReportObj::AddObjInfo(int section, CDelvObj& object, std::string_view text) {
+    m_pMaster->AddObjInfo(section, object, text);
+}
+
+void CReportObj::AddWarning(int section, CDelvObj& object, std::uint32_t textId) {
+    m_pMaster->AddWarning(section, object, textId);
+}
+
+void CReportObj::AddObjWarning(int section, CDelvObj& object, std::string_view text) {
+    m_pMaster->AddObjWarning(section, object, text);
+}
+
+void CReportObj::AddError(int section, CDelvObj& object, std::uint32_t textId) {
+    m_pMaster->AddError(section, object, textId);
+}
+
+void CReportObj::AddObjError(int section, CDelvObj& object, std::string_view text) {
+    m_pMaster->AddObjError(section, object, text);
+}
+
+void CReportObj::WriteSummary(std::ostream&) {}
+void CReportObj::WriteDetails(std::ostream&) {}
+void CReportObj::WriteRawData(std::ostream&) {}
+
+void CReportObj::AddChanged(CDelvObj& object, CDelvObj& baseline) {
+    m_changed.push_back(std::make_unique<CDelvDiffObj>(object, baseline));
+}
+
+void CReportObj::AddDeleted(CDelvObj& object) {
+    m_deleted.push_back(&object);
+}
+
+void CReportObj::AddAdded(CDelvObj& object) {
+    m_added.push_back(&object);
+}
+
+void CReportObj::WriteObjectList(std::ostream& stream, const CObjectList& list) {
+    CHeading heading;
+    for (CDelvObj* object : list) {
+        if (heading.Moves(*object)) {
+            if (heading.WasOpen()) stream << kObjectGroupEnd;
+            stream << "<DL>\n<DT>" << heading.GetName() << "\\</DT>\n<DD><TABLE>";
+        }
+        WriteChange(stream, *object);
+    }
+    if (heading.IsOpen()) stream << kObjectGroupEnd;
+}
+
+void CReportObj::WriteNameList(std::ostream& stream, const CDiffList& list) {
+    CHeading heading;
+    for (const auto& change : list) {
+        if (heading.Moves(*change->m_pObject)) {
+            if (heading.WasOpen()) stream << kNameGroupEnd;
+            stream << "<DL>\n<DT>" << heading.GetName() << "\\</DT>\n";
+        }
+        WriteChange(stream, *change);
+    }
+    if (heading.IsOpen()) stream << kNameGroupEnd;
+}
+
+void CReportObj::WriteChange(std::ostream& stream, CDelvObj& item) {
+    if (IsExactly<CDelvDiffObj>(item)) {
+        const auto& change = static_cast<const CDelvDiffObj&>(item);
+        stream << "<DD><TABLE><TR>" << change.m_pObject->m_name << "</TR>\n</TABLE>\n</DD>\n";
+    } else {
+        stream << "<TR><TD>" << item.m_name << "</TD></TR>\n";
+    }
+}
+
+CString DescribeObject(const CDelvObj& object) {
+    struct CWord {
+        std::type_index m_class;
+        const char* m_word;
+        bool m_bNamed;
+    };
+    static const CWord kWords[] = {
+        {typeid(CDelvDriveObj), "Drive", true},
+        {typeid(CDelvDirObj), "Directory", true},
+        {typeid(CDelvFileObj), "File", true},
+        {typeid(CDelvExeObj), "Executable", true},
+        {typeid(CDelvAllDrives), "Files/Directories", false},
+        {typeid(CDelvRegValObj), "Registry Value", true},
+        {typeid(CDelvRegKeyObj), "Registry Key", true},
+        {typeid(CDelvRegHiveObj), "Registry Hive", true},
+        {typeid(CDelvAllReg), "Registry", false},
+        {typeid(CDelvExtObj), "Extension", true},
+        {typeid(CDelvAllExts), "Extensions", false},
+        {typeid(CSnapshot), "Snapshot", false},
+    };
+    CString word;
+    for (const CWord& entry : kWords) {
+        if (entry.m_class != std::type_index(typeid(object))) continue;
+        if (!entry.m_bNamed) return entry.m_word;
+        word = entry.m_word;
+    }
+    return word + "(" + object.GetFullName() + ")";
+}
+
+CString MakeLink(std::string_view text, std::size_t condition, std::string_view anchor) {
+    if (condition == 0) return CString(text);
+    return "<A HREF=\"#" + CString(anchor) + "\">" + CString(text) + "</A>";
+}
+
+CString MakeAnchor(std::string_view text, std::string_view anchor) {
+    return "<A NAME=\"" + CString(anchor) + "\">" + CString(text) + "</A>";
+}
+
+}  // namespace delvane

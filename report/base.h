@@ -1,0 +1,67 @@
+// The base of all reports: what a comparison tells, and how lists of it are written.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <ostream>
+#include <string_view>
+#include <vector>
+
+#include "tree/node.h"
+
+namespace delvane {
+
+class CMasterReport;
+
+using CObjectList = std::vector<CDelvObj*>;                    // not owned
+using CDiffList = std::vector<std::unique_ptr<CDelvDiffObj>>;  // owned
+
+// Lives for one comparison. The nodes it is told of belong to the two snapshots, which outlive it. Entries keep the
+// order of the calls, which is the order of the walk over the trees.
+//
+// A finding carries a section (0 for the general one, 1 to 7 for the numbered requirements), the object that it is
+// about, and a text or the id of one.
+class CReportObj : public CObject {
+public:
+    CReportObj() = default;
+    CReportObj(const CReportObj&) = delete;
+    CReportObj& operator=(const CReportObj&) = delete;
+
+    // Findings. The base hands them on to the master report.
+    virtual void AddInfo(int section, CDelvObj& object, std::uint32_t textId);
+    virtual void AddObjInfo(int section, CDelvObj& object, std::string_view text);
+    virtual void AddWarning(int section, CDelvObj& object, std::uint32_t textId);
+    virtual void AddObjWarning(int section, CDelvObj& object, std::string_view text);
+    virtual void AddError(int section, CDelvObj& object, std::uint32_t textId);
+    virtual void AddObjError(int section, CDelvObj& object, std::string_view text);
+
+    // The three passes over the page. The base writes nothing.
+    virtual void WriteSummary(std::ostream& stream);
+    virtual void WriteDetails(std::ostream& stream);
+    virtual void WriteRawData(std::ostream& stream);
+
+    // What differs. Overrides call the base, which keeps the three lists.
+    virtual void AddChanged(CDelvObj& object, CDelvObj& baseline);
+    virtual void AddDeleted(CDelvObj& object);
+    virtual void AddAdded(CDelvObj& object);
+
+    // Lists of objects and of changes, grouped under the full name of the parent; neighbours share a heading.
+    virtual void WriteObjectList(std::ostream& stream, const CObjectList& list);
+    virtual void WriteNameList(std::ostream& stream, const CDiffList& list);
+    // One entry: a change (CDelvDiffObj) or a node.
+    virtual void WriteChange(std::ostream& stream, CDelvObj& item);
+
+    CDiffList m_changed;
+    CObjectList m_deleted;
+    CObjectList m_added;
+    CMasterReport* m_pMaster = nullptr;  // set by the master's constructor; null in the master itself
+};
+
+// The words that stand for an object in a finding: its kind, and for most kinds its full name in brackets.
+CString DescribeObject(const CDelvObj& object);
+
+// A link to an anchor of the page if the condition holds, else the bare text; and an anchor.
+CString MakeLink(std::string_view text, std::size_t condition, std::string_view anchor);
+CString MakeAnchor(std::string_view text, std::string_view anchor);
+
+}  // namespace delvane

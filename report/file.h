@@ -1,0 +1,83 @@
+// The file section of the page: what was added, deleted and changed in the file system, sorted by where it lies and by
+// what kind of file it is.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "report/base.h"
+
+namespace delvane {
+
+class CDelvExeObj;
+
+// The folders that sort the files are those of the machine and the user that compare, not of the snapshots.
+class CFileReport : public CReportObj {
+public:
+    CFileReport();
+    ~CFileReport() override;
+
+    void AddChanged(CDelvObj& object, CDelvObj& baseline) override;
+    void AddDeleted(CDelvObj& object) override;
+    void AddAdded(CDelvObj& object) override;
+
+    void WriteSummary(std::ostream& stream) override;
+    void WriteDetails(std::ostream& stream) override;
+    void WriteRawData(std::ostream& stream) override;
+    void WriteChange(std::ostream& stream, CDelvObj& item) override;
+
+    std::uint32_t m_nFilesAdded = 0;  // a file is whatever is no directory
+    std::uint32_t m_nDirsAdded = 0;
+    std::uint32_t m_nFilesChanged = 0;
+    std::uint32_t m_nFilesDeleted = 0;
+    std::uint32_t m_nDirsDeleted = 0;
+    bool m_bStartMenuNoted = false;  // the finding has been filed
+    bool m_bSystemExeNoted = false;
+
+    // One object may stand in several of the lists. Those of executables hold copies that m_exeCopies owns.
+    CDiffList m_startChanged;
+    CObjectList m_startAdded;
+    CObjectList m_startDeleted;
+    CDiffList m_appDataChanged;
+    CObjectList m_appDataAdded;
+    CObjectList m_appDataDeleted;
+    CDiffList m_docsChanged;
+    CObjectList m_docsAdded;
+    CObjectList m_docsDeleted;
+    CObjectList m_otherAdded;        // outside every known area
+    CObjectList m_exesProgramFiles;  // added
+    CObjectList m_exesSystemAdded;   // under the Windows directory
+    CObjectList m_exesSystemChanged;
+    CObjectList m_exesOtherAdded;
+    CObjectList m_exesReplaced;  // every changed executable
+    CObjectList m_exes16Bit;     // added or changed, as is the next
+    CObjectList m_exesKernelMode;
+    std::vector<std::unique_ptr<CDelvExeObj>> m_exeCopies;
+
+private:
+    // If the folder of that kind is a prefix of the object's full name, appends the object to the list. The folder
+    // itself counts, and so does a sibling whose name merely begins with the folder's.
+    static bool AddIfInFolder(int kind, CObjectList& list, CDelvObj& object, const CString& fullName);
+    static bool AddIfInFolder(int kind, CDiffList& list, CDelvObj& object, const CString& fullName, CDelvObj& baseline);
+    template <class List, class... Baseline>
+    void SortByFolder(List& start, List& appData, List& docs, bool note, CDelvObj& object, const CString& fullName,
+                      Baseline&... baseline);
+
+    static bool IsSystemFile(const CDelvObj& object, const CString& fullName);
+    void NoteSystemFile(CDelvObj& object, const CString& fullName);
+    // A copy of the file if it is an executable image of any kind on the live disk, else null.
+    CDelvExeObj* CopyIfExecutable(CDelvObj& object, const CString& fullName);
+    void NoteSystemExe(CDelvObj& object);
+    void NoteOtherExe(CDelvExeObj& copy);
+    void Note16BitExe(CDelvExeObj& copy);
+    void NoteKernelExe(CDelvExeObj& copy);
+    void NoteKind(CDelvExeObj& copy);
+
+    static CString DisplayName(const CDelvObj& object);
+    void WriteSide(std::ostream& stream, std::string_view label, const CDelvObj& object) const;
+
+    friend struct CFileReportTables;  // file_write.cpp
+};
+
+}  // namespace delvane

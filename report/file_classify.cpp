@@ -1,0 +1,158 @@
+// What the file section collects: the order of the tests here is the program's whole judgement of what an installation
+// did to the file system.
+#include <algorithm>
+#include <array>
+
+#include "capture/drives.h"
+#include "capture/executable.h"
+#include "core/context.h"
+#include "report/file.h"
+#include "resources/strings.h"
+#include "tree/snapshot.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::array kStartMenus = {CSIDL_STARTMENU, CSIDL_COMMON_STARTMENU};
+constexpr std::array kAppData = {CSIDL_APPDATA, CSIDL_COMMON_APPDATA, CSIDL_LOCAL_APPDATA};
+constexpr std::array kDocuments = {CSIDL_PERSONAL, CSIDL_COMMON_DOCUMENTS};
+constexpr std::array kKnownAreas = {CSIDL_STARTMENU,        CSIDL_COMMON_STARTMENU, CSIDL_APPDATA,
+                                    CSIDL_COMMON_APPDATA,   CSIDL_LOCAL_APPDATA,    CSIDL_PERSONAL,
+                                    CSIDL_COMMON_DOCUMENTS, CSIDL_PROGRAM_FILES,    CSIDL_WINDOWS};
+
+bool IsInFolder(int kind, const CString& fullName) {
+    return IsPrefixNoCase(*theContext.GetFolder(kind), fullName);
+}
+
+CDelvObj& DriveSetOf(CDelvObj& object) {
+    return *FindSnapshot(&object)->m_pDrives;
+}
+
+// Appends to a list and files its finding with the first entry.
+void Note(CFileReport& report, CObjectList& list, CDelvObj& object, int section, std::uint32_t textId) {
+    if (list.empty()) report.AddWarning(section, DriveSetOf(object), textId);
+    list.push_back(&object);
+}
+
+}  // namespace
+
+CFileReport::CFileReport() = default;
+CFileReport::~CFileReport() = default;
+
+bool CFileReport::AddIfInFolder(int kind, CObjectList& list, CDelvObj& object, const CString& fullName) {
+    if (!IsInFolder(kind, fullName)) return false;
+    list.push_back(&object);
+    return true;
+}
+
+bool CFileReport::AddIfInFolder(int kind, CDiffList& list, CDelvObj& object, const CString& fullName,
+                                CDelvObj& baseline) {
+    if (!IsInFolder(kind, fullName)) return false;
+    list.push_back(std::make_unique<CDelvDiffObj>(object, baseline));
+    return true;
+}
+
+// The three groups do not exclude each other; within a group the first folder that fits takes the object.
+template <class List, class... Baseline>
+void CFileReport::SortByFolder(List& start, List& appData, List& docs, bool note, CDelvObj& object,
+                               const CString& fullName, Baseline&... baseline) {
+    const auto addTo = [&](List& list, const auto& kinds) {
+        return std::any_of(kinds.begin(), kinds.end(),
+                           [&](int kind) { return AddIfInFolder(kind, list, object, fullName, baseline...); });
+    };
+    if (addTo(start, kStartMenus) && note && !m_bStartMenuNoted) {
+        m_bStartMenuNoted = true;
+        AddInfo(6, DriveSetOf(object), IDS_START_MENU_ADDITIONS);
+    }
+    addTo(appData, kAppData);
+    addTo(docs, kDocuments);
+}
+
+void CFileReport::AddAdded(CDelvObj& object) {
+    ++(IsKindOf<CDelvDirObj>(object) ? m_nDirsAdded : m_nFilesAdded);
+    CReportObj::AddAdded(object);
+    const CString fullName = object.GetFullName();
+    SortByFolder(m_startAdded, m_appDataAdded, m_docsAdded, true, object, fullName);
+    if (IsExactly<CDelvFileObj>(object)) {
+        NoteSystemFile(object, fullName);
+        if (CDelvExeObj* const copy = CopyIfExecutable(object, fullName)) {
+            if (AddIfInFolder(CSIDL_PROGRAM_FILES, m_exesProgramFiles, *copy, fullName)) {
+                // where executables belong
+            } else if (AddIfInFolder(CSIDL_WINDOWS, m_exesSystemAdded, *copy, fullName)) {
+                NoteSystemExe(object);
+            } else {
+                NoteOtherExe(*copy);
+            }
+            NoteKind(*copy);
+        }
+    }
+    if (std::none_of(kKnownAreas.begin(), kKnownAreas.end(), [&](int kind) { return IsInFolder(kind, fullName); })) {
+        Note(*this, m_otherAdded, object, 5, IDS_FILES_OUTSIDE);
+    }
+}
+
+void CFileReport::AddChanged(CDelvObj& object, CDelvObj& baseline) {
+    if (!IsKindOf<CDelvDirObj>(object)) ++m_nFilesChanged;
+    CReportObj::AddChanged(object, baseline);
+    const CString fullName = object.GetFullName();
+    SortByFolder(m_startChanged, m_appDataChanged, m_docsChanged, true, object, fullName, baseline);
+    if (!IsExactly<CDelvFileObj>(object)) return;
+    NoteSystemFile(object, fullName);
+    if (CDelvExeObj* const copy = CopyIfExecutable(object, fullName)) {
+        if (AddIfInFolder(CSIDL_WINDOWS, m_exesSystemChanged, *copy, fullName)) NoteSystemExe(object);
+        m_exesReplaced.push_back(copy);
+        NoteKind(*copy);
+    }
+}
+
+// A deleted object files no finding, and there is no file left to examine.
+void CFileReport::AddDeleted(CDelvObj& object) {
+    ++(IsKindOf<CDelvDirObj>(object) ? m_nDirsDeleted : m_nFilesDeleted);
+    CReportObj::AddDeleted(object);
+    SortByFolder(m_startDeleted, m_appDataDeleted, m_docsDeleted, false, object, object.GetFullName());
+}
+
+// Autoexec.bat and config.sys count on drive C: alone, whatever the system drive is; the two ini files only directly in
+// the Windows directory.
+bool CFileReport::IsSystemFile(const CDelvObj& object, const CString& fullName) {
+    if (mbsicmp(fullName, "c:\\autoexec.bat") == 0 || mbsicmp(fullName, "c:\\config.sys") == 0) return true;
+    if (mbsicmp(object.m_name, "win.ini") != 0 && mbsicmp(object.m_name, "system.ini") != 0) return false;
+    return mbsicmp(fullName, *theContext.GetFolder(CSIDL_WINDOWS) + "\\" + CString(object.m_name)) == 0;
+}
+
+void CFileReport::NoteSystemFile(CDelvObj& object, const CString& fullName) {
+    if (!IsSystemFile(object, fullName)) return;
+    AddObjWarning(3, object, FormatString1(LoadResString(IDS_SYSTEM_FILE), object.m_name));
+}
+
+CDelvExeObj* CFileReport::CopyIfExecutable(CDelvObj& object, const CString& fullName) {
+    if (!IsExecutableFile(fullName)) return nullptr;
+    m_exeCopies.push_back(std::make_unique<CDelvExeObj>(static_cast<CDelvFileObj&>(object)));
+    m_exeCopies.back()->Analyze();
+    return m_exeCopies.back().get();
+}
+
+void CFileReport::NoteSystemExe(CDelvObj& object) {
+    if (m_bSystemExeNoted) return;
+    m_bSystemExeNoted = true;
+    AddWarning(1, DriveSetOf(object), IDS_SYSTEM_EXES);
+}
+
+void CFileReport::NoteKind(CDelvExeObj& copy) {
+    if (copy.m_image.fDOSImage) Note16BitExe(copy);
+    if (copy.m_image.fSystemImage) NoteKernelExe(copy);
+}
+
+void CFileReport::NoteOtherExe(CDelvExeObj& copy) {
+    Note(*this, m_exesOtherAdded, copy, 1, IDS_EXES_ADDED_OUTSIDE);
+}
+
+void CFileReport::Note16BitExe(CDelvExeObj& copy) {
+    Note(*this, m_exes16Bit, copy, 2, IDS_16BIT_EXES);
+}
+
+void CFileReport::NoteKernelExe(CDelvExeObj& copy) {
+    Note(*this, m_exesKernelMode, copy, 7, IDS_KERNEL_DRIVERS);
+}
+
+}  // namespace delvane

@@ -1,0 +1,130 @@
+#include "report/master.h"
+
+#include "core/app.h"
+#include "core/context.h"
+#include "platform/file_stream.h"
+#include "resources/strings.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::string_view kRule = "<HR SIZE=5 NOSHADE>\n";
+constexpr std::string_view kThinRule = "<HR SIZE=4 WIDTH=100%>\n";
+
+// Snapshot names come out of files: one that holds a separator must not lead out of the results directory.
+CString FileNameOf(CString name) {
+    for (char& c : name) {
+        if (c == '\\' || c == '/' || c == '\0') c = '_';
+    }
+    return name;
+}
+
+CString FindingLine(std::string_view prefix, const CDelvObj& object, std::string_view text) {
+    return FormatString1(prefix, DescribeObject(object)) + CString(text);
+}
+
+CString LinkTo(std::string_view address) {
+    return "<A HREF=\"" + CString(address) + "\">" + CString(address) + "</A>";
+}
+
+}  // namespace
+
+CMasterReport::CMasterReport(CSnapshot& current, CSnapshot& baseline)
+    : m_pCurrent(&current),
+      m_pBaseline(&baseline),
+      m_strReportName(CString(current.m_name) + " - " + CString(baseline.m_name)),
+      m_strReportPath(theContext.GetResultsDir() + "\\" + FileNameOf(m_strReportName) + ".htm") {
+    for (CReportObj* section : std::initializer_list<CReportObj*>{&m_fileReport, &m_registryReport, &m_extReport}) {
+        section->m_pMaster = this;
+    }
+}
+
+void CMasterReport::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
+    AddObjInfo(section, object, LoadResString(textId));
+}
+
+void CMasterReport::AddObjInfo(int section, CDelvObj& object, std::string_view text) {
+    m_lstInfo[static_cast<std::size_t>(section)].push_back(FindingLine("INFO - %1: ", object, text));
+    theApp.m_nExitCode |= kExitFindings;
+}
+
+void CMasterReport::AddWarning(int section, CDelvObj& object, std::uint32_t textId) {
+    AddObjWarning(section, object, LoadResString(textId));
+}
+
+void CMasterReport::AddObjWarning(int section, CDelvObj& object, std::string_view text) {
+    m_lstWarnings[static_cast<std::size_t>(section)].push_back(FindingLine("WARNING - %1: ", object, text));
+    theApp.m_nExitCode |= kExitFindings;
+}
+
+void CMasterReport::AddError(int section, CDelvObj& object, std::uint32_t textId) {
+    AddObjError(section, object, LoadResString(textId));
+}
+
+void CMasterReport::AddObjError(int section, CDelvObj& object, std::string_view text) {
+    m_lstErrors[static_cast<std::size_t>(section)].push_back(FindingLine("ERROR - %1: ", object, text));
+    theApp.m_nExitCode |= kExitErrors;
+}
+
+bool CMasterReport::GenerateReport() {
+    if (!m_pCurrent->Compare(*m_pBaseline, *this)) return false;
+    std::unique_ptr<CFileWriter> file = theContext.GetMachine().CreateFile(m_strReportPath);
+    if (file == nullptr) {
+        theContext.Say("the report " + theContext.GetMachine().GetDisplayPath(m_strReportPath) + " cannot be created");
+        std::ostream nowhere(nullptr);
+        WritePage(nowhere);
+        return true;
+    }
+    CFileStream stream(std::move(file));
+    WritePage(stream);
+    stream.Commit();
+    return true;
+}
+
+void CMasterReport::WritePage(std::ostream& stream) {
+    WriteHead(stream);
+    // The one finding that is filed after the comparison, since only now it is known that nothing was added.
+    if (m_registryReport.m_uninstallAdded.empty()) AddWarning(1, *m_pCurrent, IDS_NO_UNINSTALL_ADDITIONS);
+    for (std::size_t section = 0; section < kSectionCount; ++section)
+        WriteSection(stream, section);
+    stream << "</FONT>\n<BR>\n" << kThinRule << "</FONT></TD></TR></TBODY></TABLE>" << kRule;
+    const std::initializer_list<CReportObj*> sections = {&m_fileReport, &m_registryReport, &m_extReport};
+    for (CReportObj* section : sections)
+        section->WriteSummary(stream);
+    for (CReportObj* section : sections) {
+        stream << kRule;
+        section->WriteDetails(stream);
+    }
+    for (CReportObj* section : sections) {
+        stream << kRule;
+        section->WriteRawData(stream);
+    }
+    stream << "</BODY>\n</HTML>";
+}
+
+void CMasterReport::WriteHead(std::ostream& stream) const {
+    stream << "<HTML>\n<HEAD>\n<TITLE>" << FormatString1(kPageTitle, kVersionText) << "</TITLE>\n</HEAD><BODY>";
+    stream << "<TABLE border=0>\n<TBODY>\n<TR>\n<TD vAlign=top><FONT face=Arial>";
+    stream << "<H1 align=center>" << FormatString1(kPageBanner, kVersionText) << "</H1>\n";
+    stream << "<BR>\n<BR>\n<H2>" << FormatString2(kPageSubject, m_pCurrent->GetLabel(), m_pBaseline->GetLabel())
+           << "</H2>\n"
+           << kThinRule;
+    stream << "<H1>" << kSummaryTitle << "</H1>\n";
+    stream << "<P><FONT SIZE=2>\n"
+           << kIntroduction1 << LinkTo(kTestPlanAddress) << kIntroduction2 << LinkTo(kCertificationAddress)
+           << kIntroduction3 << "</FONT>\n<P>" << kThinRule;
+}
+
+void CMasterReport::WriteSection(std::ostream& stream, std::size_t section) const {
+    stream << kSectionHeadings[section];
+    bool found = false;
+    for (const CFindings* findings : {&m_lstErrors, &m_lstWarnings, &m_lstInfo}) {
+        for (const CString& line : (*findings)[section]) {
+            stream << "<P>" << line << "</P>\n";
+            found = true;
+        }
+    }
+    if (!found) stream << "<P>" << kNoIssues << "</P>\n";
+}
+
+}  // namespace delvane

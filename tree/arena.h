@@ -1,0 +1,58 @@
+// The memory of one tree: nodes, their lists and their texts come from here and die together.
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/memory.h"
+
+namespace delvane {
+
+// Gives memory and takes none of it back before its end, but for arrays of lists that grew out of them. Nothing that
+// lives in an arena is ever destroyed, so what lives there must own nothing outside it.
+class CArena {
+public:
+    CArena() = default;
+    CArena(const CArena&) = delete;
+    CArena& operator=(const CArena&) = delete;
+
+    void* Take(std::size_t size, std::size_t alignment) {
+        const std::size_t start = (m_nUsed + alignment - 1) & ~(alignment - 1);
+        if (start > m_nBlock || m_nBlock - start < size) return TakeFromNewBlock(size);
+        m_nUsed = start + size;
+        return m_pBlock + start;
+    }
+
+    template <class T, class... Arguments>
+    T* New(Arguments&&... arguments) {
+        return ::new (Take(sizeof(T), alignof(T))) T(std::forward<Arguments>(arguments)...);
+    }
+
+    std::string_view Copy(std::string_view text) {
+        if (text.empty()) return {"", 0};
+        char* const copy = static_cast<char*>(Take(text.size(), 1));
+        std::memcpy(copy, text.data(), text.size());
+        return {copy, text.size()};
+    }
+
+    // Arrays of 2^power pointers. One that was given back serves the next list that asks for its size.
+    void** TakeArray(unsigned power);
+    void ReturnArray(void** array, unsigned power);
+
+private:
+    void* TakeFromNewBlock(std::size_t size);
+
+    char* m_pBlock = nullptr;
+    std::size_t m_nUsed = 0;
+    std::size_t m_nBlock = 0;
+    std::vector<CPageBuffer> m_blocks;
+    void** m_freeArrays[32] = {};  // by power; the first word of each leads to the next
+};
+
+}  // namespace delvane

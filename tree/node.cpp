@@ -1,0 +1,155 @@
+#include "tree/node.h"
+
+#include <algorithm>
+
+#include "report/base.h"
+#include "tree/archive.h"
+#include "tree/snapshot.h"
+
+namespace delvane {
+
+void CDelvObj::Serialize(CArchive& archive) {
+    if (archive.IsStoring()) {
+        StoreNames(archive);
+    } else {
+        LoadNames(archive);
+    }
+}
+
+void CDelvObj::StoreNames(CArchive& archive) const {
+    archive.WriteString(m_name);
+    if (m_bComposed) {
+        archive.WritePath(*m_pParent, m_name);
+    } else {
+        archive.WriteString(m_fullName);
+    }
+}
+
+void CDelvObj::LoadNames(CArchive& archive) {
+    m_name = archive.ReadString();
+    m_fullName = archive.ReadString();
+    m_bComposed = false;
+}
+
+CDelvObj* CDelvObj::FindObject(std::string_view name) {
+    return mbsicmp(m_name, name) == 0 ? this : nullptr;
+}
+
+// Two captured trees are compared from the leaf upward, a captured one against a loaded one from the end of the loaded
+// text; only where bytes differ are the paths put together and compared without regard to case.
+bool CDelvObj::HasSameFullName(const CDelvObj& other) const {
+    const CDelvObj* a = this;
+    const CDelvObj* b = &other;
+    while (a->m_bComposed && b->m_bComposed && a->m_name == b->m_name) {
+        a = a->m_pParent;
+        b = b->m_pParent;
+    }
+    if (a->m_bComposed != b->m_bComposed
+            ? (a->m_bComposed ? a->IsComposedOf(b->m_fullName) : b->IsComposedOf(a->m_fullName))
+            : (!a->m_bComposed && a->m_fullName == b->m_fullName)) {
+        return true;
+    }
+    return mbsicmp(GetStoredFullName(), other.GetStoredFullName()) == 0;
+}
+
+bool CDelvObj::IsComposedOf(std::string_view path) const {
+    const CDelvObj* node = this;
+    for (; node->m_bComposed; node = node->m_pParent) {
+        if (!path.ends_with(node->m_name)) return false;
+        path.remove_suffix(node->m_name.size());
+        if (!path.ends_with('\\')) return false;
+        path.remove_suffix(1);
+    }
+    return path == node->m_fullName;
+}
+
+bool CDelvObj::Compare(CDelvObj& baseline, CReportObj&) {
+    return typeid(*this) == typeid(baseline) && HasSameFullName(baseline);
+}
+
+void CDelvObj::ReportAdded(CReportObj& report) {
+    report.AddAdded(*this);
+}
+
+void CDelvObj::ReportDeleted(CReportObj& report) {
+    report.AddDeleted(*this);
+}
+
+bool CDelvObj::Capture(CCaptureProgress*) {
+    return true;
+}
+
+CString CDelvObj::GetStoredFullName() const {
+    std::size_t length = 0;
+    const CDelvObj* top = this;
+    while (top->m_bComposed) {
+        length += top->m_name.size() + 1;
+        top = top->m_pParent;
+    }
+    length += top->m_fullName.size();
+    CString path(length, '\\');
+    char* end = path.data() + length;
+    for (const CDelvObj* node = this; node != top; node = node->m_pParent) {
+        end = std::copy_backward(node->m_name.begin(), node->m_name.end(), end) - 1;
+    }
+    std::copy(top->m_fullName.begin(), top->m_fullName.end(), path.data());
+    return path;
+}
+
+CString CDelvObj::GetFullName() const {
+    return GetStoredFullName();
+}
+
+void CDelvObj::InsertSorted(CNodeList& list) {
+    if (list.empty() || mbscmp(m_name, list.back()->m_name) >= 0) {
+        list.push_back(this);
+        return;
+    }
+    const auto sortsBefore = [](const CDelvObj* node, const CDelvObj* member) {
+        return mbscmp(node->m_name, member->m_name) < 0;
+    };
+    list.insert(std::upper_bound(list.begin(), list.end(), this, sortsBefore), this);
+}
+
+void CDelvObj::RemoveFrom(CNodeList& list) {
+    CDelvObj** const position = std::find(list.begin(), list.end(), this);
+    if (position != list.end()) list.erase(position);
+}
+
+CDelvDiffObj::CDelvDiffObj(CDelvObj& object, CDelvObj& baseline)
+    : m_pObject(&object), m_pBaseline(&baseline), m_strFullName(object.GetFullName()) {
+    m_name = object.m_name;
+    m_fullName = m_strFullName;
+}
+
+bool CompareLists(const CNodeList& current, const CNodeList& baseline, CReportObj& report) {
+    CDelvObj** a = current.begin();
+    CDelvObj** b = baseline.begin();
+    while (a != current.end() || b != baseline.end()) {
+        const int order = a == current.end() ? -1 : b == baseline.end() ? 1 : mbscmp((*b)->m_name, (*a)->m_name);
+        if (order == 0) {
+            (*a++)->Compare(**b++, report);
+        } else if (order < 0) {
+            (*b++)->ReportDeleted(report);
+        } else {
+            (*a++)->ReportAdded(report);
+        }
+    }
+    return true;
+}
+
+CSnapshot* FindSnapshot(CDelvObj* node) {
+    for (; node != nullptr; node = node->m_pParent) {
+        if (IsExactly<CSnapshot>(*node)) return static_cast<CSnapshot*>(node);
+    }
+    return nullptr;
+}
+
+CString SplitPath(std::string_view& path, char separator) {
+    const std::size_t end = path.find(separator);
+    const CString first(path.substr(0, end));
+    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
+    return first;
+}
+
+}  // namespace delvane

@@ -1,0 +1,189 @@
+#include "tree/snapshot.h"
+
+#include <new>
+
+#include "capture/drives.h"
+#include "capture/extensions.h"
+#include "capture/registry.h"
+#include "core/context.h"
+#include "report/master.h"
+#include "resources/strings.h"
+#include "tree/archive.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::uint32_t kMagic = 0x44454C56;  // "VLED"
+constexpr std::uint32_t kVersion = 0x00020001;
+constexpr std::uint32_t kVersion11 = 0x00010001;
+constexpr std::uint32_t kVersion13 = 0x00010003;
+constexpr std::string_view kExtension = ".dvs";
+
+// Far above any machine's snapshot (a million files and as many values take 300 MB), far below what would take a
+// machine's memory away.
+constexpr std::uint64_t kLargestFile = std::uint64_t{4} << 30;
+
+bool EndsWithNoCase(std::string_view text, std::string_view end) {
+    return text.size() >= end.size() && mbsicmp(text.substr(text.size() - end.size()), end) == 0;
+}
+
+}  // namespace
+
+CSnapshot::CSnapshot() : m_strVersion(kVersionText) {
+    m_pRegistry = m_arena.New<CDelvAllReg>(*this);
+    m_pDrives = m_arena.New<CDelvAllDrives>(*this);
+    m_pExtensions = m_arena.New<CDelvAllExts>(*this);
+    m_fullName = m_arena.Copy(theContext.GetResultsDir());
+}
+
+void CSnapshot::SetName(std::string_view name) {
+    m_name = m_arena.Copy(name);
+}
+
+const CString& CSnapshot::GetTimeString() {
+    if (m_strCreated.empty()) m_strCreated = LocalTimeText(GetCreatedTicks(), "%a %b %d %H:%M:%S %Y");
+    return m_strCreated;
+}
+
+CString CSnapshot::GetLabel() const {
+    return CString(m_name) + " (" + m_strVersion + ")";
+}
+
+CString CSnapshot::GetSavePath() const {
+    CString path(m_fullName);
+    if (!path.ends_with('\\')) path += '\\';
+    path += m_name;
+    if (!EndsWithNoCase(m_name, kExtension)) path += kExtension;
+    return path;
+}
+
+CString CSnapshot::GetLoadPath() const {
+    return CString(m_fullName) + '\\' + CString(m_name) + CString(kExtension);
+}
+
+bool CSnapshot::Save() {
+    const std::unique_ptr<CFileWriter> file = theContext.GetMachine().CreateFile(GetSavePath());
+    if (file == nullptr) return false;
+    CArchive archive(*file);
+    archive.WriteU32(kMagic);
+    archive.WriteU32(kVersion);
+    Serialize(archive);
+    archive.Flush();
+    file->Commit();
+    return true;
+}
+
+bool CSnapshot::Load() {
+    std::optional<CFileBytes> file = theContext.GetMachine().ReadFile(GetLoadPath(), kLargestFile);
+    if (!file) {
+        m_strError = theContext.GetMachine().GetDisplayPath(GetLoadPath()) + ": the file cannot be opened";
+        return false;
+    }
+    m_file = std::move(*file);
+    CArchive archive(m_file.GetBytes(), m_arena);
+    if (archive.ReadU32() != kMagic) {
+        RefuseLoad(IDS_WRONG_SIGNATURE);
+        return false;
+    }
+    std::uint32_t version = archive.ReadU32();
+    if (version == kVersion11) version = kVersion13;
+    const std::uint32_t major = version >> 16;
+    const std::uint32_t minor = version & 0xFFFF;
+    if (major > 2 || (major == 2 && minor >= 2)) {
+        RefuseLoad(IDS_LATER_VERSION);
+        return false;
+    }
+    m_strVersion = "v" + std::to_string(major) + "." + std::to_string(minor);
+    Serialize(archive);
+    return true;
+}
+
+void CSnapshot::RefuseLoad(std::uint32_t textId) {
+    m_strError =
+        theContext.GetMachine().GetDisplayPath(GetLoadPath()) +
+        (textId == IDS_WRONG_SIGNATURE ? ": this is no snapshot file" : ": a later version of this program wrote it");
+    if (theContext.m_bSilent) theContext.GetErrorLog() << LoadResString(textId) << '\n' << std::flush;
+}
+
+void CSnapshot::Serialize(CArchive& archive) {
+    CDelvObj::Serialize(archive);
+    for (CString* text : {&m_strUserName, &m_strComputerName, &m_strOsName}) {
+        if (archive.IsStoring()) {
+            archive.WriteString(*text);
+        } else {
+            *text = archive.ReadString();
+        }
+    }
+    if (archive.IsStoring()) {
+        archive.WriteU32(m_ftCreated.dwHighDateTime);
+        archive.WriteU32(m_ftCreated.dwLowDateTime);
+    } else {
+        m_ftCreated.dwHighDateTime = archive.ReadU32();
+        m_ftCreated.dwLowDateTime = archive.ReadU32();
+    }
+    // The registry comes first because an extension looks its key up in it while it is loaded.
+    m_pRegistry->Serialize(archive);
+    m_pDrives->Serialize(archive);
+    m_pExtensions->Serialize(archive);
+}
+
+CDelvObj* CSnapshot::FindObject(std::string_view path) {
+    for (CDelvObj* tree : std::initializer_list<CDelvObj*>{m_pRegistry, m_pDrives, m_pExtensions}) {
+        if (CDelvObj* const found = tree->FindObject(path)) return found;
+    }
+    return nullptr;
+}
+
+bool CSnapshot::Capture(CCaptureProgress* progress) {
+    if (progress == nullptr) progress = m_pProgress;
+    const auto ended = [progress](bool cancelled) {
+        if (progress != nullptr && progress->m_pDialog != nullptr) {
+            progress->m_pDialog->PostMessage(kMsgEnded, cancelled ? 1 : 0, 0);
+        }
+    };
+    try {
+        if (!theContext.GetMachine().IsPresent()) throw std::runtime_error(theContext.GetMachine().GetProblem());
+        m_strUserName = theContext.m_strUserName;
+        m_strComputerName = theContext.m_strComputerName;
+        m_strOsName = theContext.m_strOsName;
+        m_ftCreated = FILETIME::FromTicks(theContext.GetSystemFileTime());
+        m_pRegistry->Capture(progress);
+        m_pDrives->Capture(progress);
+        ended(progress != nullptr && !progress->m_bKeepGoing);
+        return true;
+    } catch (const CUserException&) {
+        m_strError.clear();
+    } catch (const std::bad_alloc&) {
+        m_strError = "not enough memory";
+    } catch (const std::exception& error) {
+        m_strError = error.what();
+    } catch (...) {
+        m_strError = "an unknown failure";
+    }
+    if (progress != nullptr) progress->m_bKeepGoing = false;
+    ended(true);
+    return false;
+}
+
+// Every doubt about the two snapshots is a finding and none of them stops the comparison.
+bool CSnapshot::Compare(CDelvObj& other, CReportObj& report) {
+    CSnapshot& baseline = static_cast<CSnapshot&>(other);
+    CMasterReport& master = static_cast<CMasterReport&>(report);
+    const CString& here = theContext.m_strComputerName;
+    const auto doubt = [&](std::uint32_t textId, const CString& first, const CString& second) {
+        if (first != second) report.AddObjError(0, *this, FormatString2(LoadResString(textId), first, second));
+    };
+    doubt(IDS_OTHER_MACHINES, m_strComputerName, baseline.m_strComputerName);
+    doubt(IDS_CURRENT_ELSEWHERE, m_strComputerName, here);
+    doubt(IDS_BASELINE_ELSEWHERE, baseline.m_strComputerName, here);
+    doubt(IDS_OTHER_SYSTEMS, m_strOsName, baseline.m_strOsName);
+    if (GetCreatedTicks() / kTicksPerSecond < baseline.GetCreatedTicks() / kTicksPerSecond) {
+        report.AddError(0, *this, IDS_CURRENT_OLDER);
+    }
+    m_pDrives->Compare(*baseline.m_pDrives, master.m_fileReport);
+    m_pRegistry->Compare(*baseline.m_pRegistry, master.m_registryReport);
+    m_pExtensions->Compare(*baseline.m_pExtensions, master.m_extReport);
+    return true;
+}
+
+}  // namespace delvane

@@ -1,0 +1,71 @@
+// One captured state of a machine, the root of a tree, and its file.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/machine.h"
+#include "tree/node.h"
+
+namespace delvane {
+
+class CDelvAllDrives;
+class CDelvAllExts;
+class CDelvAllReg;
+
+// Built empty, then either captured or loaded, never both. The whole tree lives in the snapshot's memory and dies with
+// it. m_name is the snapshot's name, m_fullName the directory of its file.
+class CSnapshot final : public CDelvObj {
+public:
+    CSnapshot();
+    CSnapshot(const CSnapshot&) = delete;
+    CSnapshot& operator=(const CSnapshot&) = delete;
+
+    void SetName(std::string_view name);
+    CArena& GetArena() { return m_arena; }
+    std::uint64_t GetCreatedTicks() const { return m_ftCreated.GetTicks(); }
+    // m_ftCreated as local time: "Sun Nov 22 21:43:22 2026". Computed once.
+    const CString& GetTimeString();
+    // The name and the format version: "Before (v2.1)".
+    CString GetLabel() const;
+
+    // Reads the file named by m_fullName and m_name. False where there is no such file, or it is no snapshot or a later
+    // version; the last two are told in the error log, or in a message box. CArchiveError and CFileError where the file
+    // is damaged or cannot be read. The object is of no more use after a failure.
+    bool Load();
+    // Writes the file named by m_fullName and m_name, replacing an earlier one only when the new one is complete.
+    // False if it cannot be created; CFileError if it cannot be written, CInterrupted on a signal.
+    bool Save();
+    CString GetSavePath() const;
+    CString GetLoadPath() const;
+
+    void Serialize(CArchive& archive) override;
+    // Asks the registry, then the drives, then the extensions.
+    CDelvObj* FindObject(std::string_view path) override;
+    bool Compare(CDelvObj& baseline, CReportObj& report) override;
+    // Stamps the snapshot and captures the registry, then the drives; the extensions fill up meanwhile. With a null
+    // `progress` m_pProgress serves. Lets no exception out: false after any, and GetError tells which.
+    bool Capture(CCaptureProgress* progress) override;
+
+    // Why the last Capture or Load gave false, in words; empty for a cancelled capture.
+    const CString& GetError() const { return m_strError; }
+
+    CString m_strUserName;
+    CString m_strComputerName;
+    CString m_strOsName;
+    FILETIME m_ftCreated;  // when the capture began
+    CString m_strCreated;  // m_ftCreated as text, once it was asked for
+    CString m_strVersion;  // "v2.1", or what the loaded file says
+    CDelvAllReg* m_pRegistry;
+    CDelvAllDrives* m_pDrives;
+    CDelvAllExts* m_pExtensions;
+    CCaptureProgress* m_pProgress = nullptr;  // set by whoever runs a visible capture
+
+private:
+    void RefuseLoad(std::uint32_t textId);
+
+    CArena m_arena;
+    CFileBytes m_file;  // what the texts of a loaded tree point to
+    CString m_strError;
+};
+
+}  // namespace delvane
