@@ -67,7 +67,7 @@ void CDelvDriveObj::ReportDeleted(CReportObj& report) {
 }
 
 CDelvAllDrives::CDelvAllDrives(CSnapshot& snapshot) : CDelvDriveObj(&snapshot, snapshot.GetArena()) {
-    m_name = LoadResString(IDS_MY_COMPUTER);
+    m_name = snapshot.GetArena().Copy(LoadResString(IDS_MY_COMPUTER));
     m_fullName = m_name;
 }
 

@@ -26,7 +26,7 @@ public:
     std::string_view GetVolume();
 
     std::uint32_t m_nDriveType = DRIVE_UNKNOWN;
-    std::string_view m_strVolume = "";
+    CTextRef m_strVolume;
 };
 
 // The root of the file system's sub-tree. Its drives stand in m_subdirs; it has no kind and no volume of its own.

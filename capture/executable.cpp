@@ -20,9 +20,9 @@ bool IsExecutableFile(std::string_view path) {
     return theContext.GetMachine().MapAndLoad(path, image) || image.fDOSImage;
 }
 
-CDelvExeObj::CDelvExeObj(const CDelvFileObj& file) : m_strFullName(file.GetFullName()) {
+CDelvExeObj::CDelvExeObj(const CDelvFileObj& file) : m_strFullName(EncodeText(file.GetFullName())) {
     m_name = file.m_name;
-    m_fullName = m_strFullName;
+    m_fullName = CTextRef(m_strFullName.data());
     m_pParent = file.m_pParent;
     static_cast<CFileWords&>(*this) = file;
 }

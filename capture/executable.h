@@ -26,7 +26,7 @@ public:
     CString m_strFileVersion;
 
 private:
-    CString m_strFullName;  // what m_fullName points to
+    CString m_strFullName;  // with its head; what m_fullName points to
 };
 
 }  // namespace delvane

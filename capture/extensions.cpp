@@ -13,7 +13,7 @@ constexpr std::size_t kSmallestRecord = 5 + 4;  // five empty strings and a word
 
 void CDelvExtObj::Serialize(CArchive& archive) {
     CDelvObj::Serialize(archive);
-    for (std::string_view* text : {&m_strFileType, &m_strIcon, &m_strOpenCommand}) {
+    for (CTextRef* text : {&m_strFileType, &m_strIcon, &m_strOpenCommand}) {
         if (archive.IsStoring()) {
             archive.WriteString(*text);
         } else {
@@ -29,7 +29,7 @@ void CDelvExtObj::Serialize(CArchive& archive) {
 }
 
 CDelvAllExts::CDelvAllExts(CSnapshot& snapshot) : CDelvObj(&snapshot), m_extensions(snapshot.GetArena()) {
-    m_name = LoadResString(IDS_MY_COMPUTER_EXTENSIONS);
+    m_name = snapshot.GetArena().Copy(LoadResString(IDS_MY_COMPUTER_EXTENSIONS));
     m_fullName = m_name;
     m_bCaptured = true;
 }

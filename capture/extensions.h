@@ -15,9 +15,9 @@ public:
 
     void Serialize(CArchive& archive) override;
 
-    std::string_view m_strFileType = "";
-    std::string_view m_strIcon = "";
-    std::string_view m_strOpenCommand = "";
+    CTextRef m_strFileType;
+    CTextRef m_strIcon;
+    CTextRef m_strOpenCommand;
     std::uint32_t m_bNoOpen = 0;
 };
 

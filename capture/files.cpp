@@ -25,11 +25,11 @@ FILETIME LoadTime(CArchive& archive) {
 
 }  // namespace
 
-CDelvFileObj::CDelvFileObj(CDelvObj* parent, std::string_view name) : CDelvObj(parent, name, {}) {
+CDelvFileObj::CDelvFileObj(CDelvObj* parent, CTextRef name) : CDelvObj(parent, name, {}) {
     m_bComposed = true;
 }
 
-CDelvFileObj::CDelvFileObj(CDelvObj* parent, std::string_view name, const CFileWords& words)
+CDelvFileObj::CDelvFileObj(CDelvObj* parent, CTextRef name, const CFileWords& words)
     : CDelvObj(parent, name, {}), CFileWords(words) {
     m_bComposed = true;
     m_bCaptured = true;
@@ -182,10 +182,8 @@ void CDelvDirObj::CaptureEntry(const CFindData& data, bool noteExtensions, CCapt
     if ((data.m_dwAttributes & FILE_ATTRIBUTE_TEMPORARY) != 0 || !theContext.IsNameAllowed(data.m_name)) return;
     CArena& arena = m_files.GetArena();
     if ((data.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        CDelvDirObj candidate(this, arena, data.m_name, data);
-        if (!theContext.IsDirAllowed(candidate.GetFullName())) return;
-        CDelvDirObj* const subdir = arena.New<CDelvDirObj>(candidate);
-        subdir->m_name = arena.Copy(data.m_name);
+        CDelvDirObj* const subdir = arena.New<CDelvDirObj>(this, arena, arena.Copy(data.m_name), data);
+        if (!theContext.IsDirAllowed(subdir->GetFullName())) return;
         subdir->InsertSorted(m_subdirs);
         subdir->Capture(progress);
         return;

@@ -13,8 +13,8 @@ public:
     CDelvFileObj() = default;
     explicit CDelvFileObj(CDelvObj* parent) : CDelvObj(parent) {}
     // The full path is the parent's, a backslash and the name. The name must live as long as the node.
-    CDelvFileObj(CDelvObj* parent, std::string_view name);
-    CDelvFileObj(CDelvObj* parent, std::string_view name, const CFileWords& words);
+    CDelvFileObj(CDelvObj* parent, CTextRef name);
+    CDelvFileObj(CDelvObj* parent, CTextRef name, const CFileWords& words);
 
     void Serialize(CArchive& archive) override;
     bool Compare(CDelvObj& baseline, CReportObj& report) override;
@@ -25,16 +25,16 @@ protected:
     void LoadWords(CArchive& archive);
 };
 
-static_assert(sizeof(CDelvFileObj) == 88,
+static_assert(sizeof(CDelvFileObj) == 72,
               "a machine has a million of them: two texts, a parent, two flags, nine words");
 
 // A directory: a file that also has two sorted child lists.
 class CDelvDirObj : public CDelvFileObj {
 public:
     CDelvDirObj(CDelvObj* parent, CArena& arena) : CDelvFileObj(parent), m_subdirs(arena), m_files(arena) {}
-    CDelvDirObj(CDelvObj* parent, CArena& arena, std::string_view name)
+    CDelvDirObj(CDelvObj* parent, CArena& arena, CTextRef name)
         : CDelvFileObj(parent, name), m_subdirs(arena), m_files(arena) {}
-    CDelvDirObj(CDelvObj* parent, CArena& arena, std::string_view name, const CFileWords& words)
+    CDelvDirObj(CDelvObj* parent, CArena& arena, CTextRef name, const CFileWords& words)
         : CDelvFileObj(parent, name, words), m_subdirs(arena), m_files(arena) {}
 
     void Serialize(CArchive& archive) override;

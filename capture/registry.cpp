@@ -66,7 +66,7 @@ void CDelvRegHiveObj::Serialize(CArchive& archive) {
 }
 
 CDelvAllReg::CDelvAllReg(CSnapshot& snapshot) : CDelvRegHiveObj(&snapshot, snapshot.GetArena()) {
-    m_name = LoadResString(IDS_MY_COMPUTER);
+    m_name = snapshot.GetArena().Copy(LoadResString(IDS_MY_COMPUTER));
 }
 
 void CDelvAllReg::Serialize(CArchive& archive) {

@@ -3,14 +3,6 @@
 #include "tree/node.h"
 
 namespace delvane {
-namespace {
-
-// A string's length in one byte, or behind 0xFF in two, or behind 0xFF 0xFF 0xFF in four.
-constexpr std::size_t kShortest16 = 0xFF;
-constexpr std::size_t kShortest32 = 0xFFFE;
-
-}  // namespace
-
 CArchiveError::CArchiveError(std::size_t offset, std::string_view reason)
     : std::runtime_error("damaged at byte " + std::to_string(offset) + ": " + CString(reason)), m_nOffset(offset) {}
 
@@ -42,19 +34,6 @@ void CArchive::Enter() {
     if (++m_nDepth > kMaxTreeDepth) {
         throw CArchiveError(GetOffset(), "nested more than " + std::to_string(kMaxTreeDepth) + " levels deep");
     }
-}
-
-void CArchive::WriteLength(std::size_t length) {
-    if (length < kShortest16) {
-        const auto byte = static_cast<std::uint8_t>(length);
-        WriteRaw(&byte, 1);
-        return;
-    }
-    const std::uint8_t mark = 0xFF;
-    WriteRaw(&mark, 1);
-    const auto word = static_cast<std::uint16_t>(length < kShortest32 ? length : 0xFFFF);
-    WriteRaw(&word, sizeof word);
-    if (length >= kShortest32) WriteU32(static_cast<std::uint32_t>(length));
 }
 
 void CArchive::WritePath(const CDelvObj& parent, std::string_view name) {

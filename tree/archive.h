@@ -11,6 +11,7 @@
 
 #include "platform/machine.h"
 #include "tree/arena.h"
+#include "tree/text_ref.h"
 
 namespace delvane {
 
@@ -45,10 +46,12 @@ public:
     CArena& GetArena() const { return *m_pArena; }  // where the nodes of the file go
     std::size_t GetOffset() const { return static_cast<std::size_t>(m_pNext - m_pBegin); }
     std::uint32_t ReadU32() { return ReadWord<std::uint32_t>(); }
-    std::string_view ReadString() {  // length in one, three or seven bytes, then the text
+    CTextRef ReadString() {
+        const CTextRef text(m_pNext);
         std::size_t length = ReadWord<std::uint8_t>();
         if (length == 0xFF) length = ReadLongLength();
-        return ReadBytes(length);
+        ReadBytes(length);
+        return text;
     }
     std::string_view ReadBytes(std::size_t length) {
         Need(length);
@@ -90,7 +93,10 @@ private:
     }
     [[noreturn]] void FailShort(std::size_t size) const;
     std::size_t ReadLongLength();
-    void WriteLength(std::size_t length);
+    void WriteLength(std::size_t length) {
+        char head[kLargestTextHead];
+        WriteRaw(head, EncodeTextHead(length, head));
+    }
     void WriteRaw(const void* bytes, std::size_t size) {
         if (kBufferSize - m_nBuffered < size) {
             WriteThrough(bytes, size);

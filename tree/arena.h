@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/memory.h"
+#include "tree/text_ref.h"
 
 namespace delvane {
 
@@ -34,11 +35,14 @@ public:
         return ::new (Take(sizeof(T), alignof(T))) T(std::forward<Arguments>(arguments)...);
     }
 
-    std::string_view Copy(std::string_view text) {
-        if (text.empty()) return {"", 0};
-        char* const copy = static_cast<char*>(Take(text.size(), 1));
-        std::memcpy(copy, text.data(), text.size());
-        return {copy, text.size()};
+    CTextRef Copy(std::string_view text) {
+        if (text.empty()) return {};
+        char head[kLargestTextHead];
+        const std::size_t headSize = EncodeTextHead(text.size(), head);
+        char* const copy = static_cast<char*>(Take(headSize + text.size(), 1));
+        std::memcpy(copy, head, headSize);
+        std::memcpy(copy + headSize, text.data(), text.size());
+        return CTextRef(copy);
     }
 
     // Arrays of 2^power pointers. One that was given back serves the next list that asks for its size.

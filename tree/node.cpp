@@ -90,9 +90,11 @@ CString CDelvObj::GetStoredFullName() const {
     CString path(length, '\\');
     char* end = path.data() + length;
     for (const CDelvObj* node = this; node != top; node = node->m_pParent) {
-        end = std::copy_backward(node->m_name.begin(), node->m_name.end(), end) - 1;
+        const std::string_view name = node->m_name;
+        end = std::copy_backward(name.begin(), name.end(), end) - 1;
     }
-    std::copy(top->m_fullName.begin(), top->m_fullName.end(), path.data());
+    const std::string_view begin = top->m_fullName;
+    std::copy(begin.begin(), begin.end(), path.data());
     return path;
 }
 
@@ -117,9 +119,9 @@ void CDelvObj::RemoveFrom(CNodeList& list) {
 }
 
 CDelvDiffObj::CDelvDiffObj(CDelvObj& object, CDelvObj& baseline)
-    : m_pObject(&object), m_pBaseline(&baseline), m_strFullName(object.GetFullName()) {
+    : m_pObject(&object), m_pBaseline(&baseline), m_strFullName(EncodeText(object.GetFullName())) {
     m_name = object.m_name;
-    m_fullName = m_strFullName;
+    m_fullName = CTextRef(m_strFullName.data());
 }
 
 bool CompareLists(const CNodeList& current, const CNodeList& baseline, CReportObj& report) {

@@ -40,7 +40,7 @@ class CDelvObj : public CObject {
 public:
     CDelvObj() = default;
     explicit CDelvObj(CDelvObj* parent) : m_pParent(parent) {}
-    CDelvObj(CDelvObj* parent, std::string_view name, std::string_view fullName)
+    CDelvObj(CDelvObj* parent, CTextRef name, CTextRef fullName)
         : m_name(name), m_fullName(fullName), m_pParent(parent) {}
 
     // Stores or loads the record: m_name, then m_fullName.
@@ -60,8 +60,8 @@ public:
     // Takes this very node out of the list, if it is there.
     void RemoveFrom(CNodeList& list);
 
-    std::string_view m_name = "";
-    std::string_view m_fullName = "";  // nothing here while m_bComposed is set
+    CTextRef m_name;
+    CTextRef m_fullName;               // empty while m_bComposed is set
     CDelvObj* m_pParent = nullptr;     // null at the root of a tree; never stored
     bool m_bCaptured = false;          // the node's own data are present
     bool m_bComposed = false;          // the full name is the parent's, a backslash and the name, and is not kept
@@ -89,7 +89,7 @@ public:
     CDelvObj* m_pBaseline;  // from the Baseline
 
 private:
-    CString m_strFullName;  // what m_fullName points to
+    CString m_strFullName;  // with its head; what m_fullName points to
 };
 
 // Merges two sorted lists: Compare on the Current's node for a name in both, ReportAdded or ReportDeleted for a name

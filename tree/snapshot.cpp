@@ -111,7 +111,7 @@ void CSnapshot::Serialize(CArchive& archive) {
         if (archive.IsStoring()) {
             archive.WriteString(*text);
         } else {
-            *text = archive.ReadString();
+            *text = archive.ReadString().Get();
         }
     }
     if (archive.IsStoring()) {
