@@ -23,6 +23,11 @@ FILETIME LoadTime(CArchive& archive) {
     return {archive.ReadU32(), high};
 }
 
+void NoteExtension(std::string_view fileName, CDelvAllExts& extensions, CCaptureProgress* progress) {
+    const std::string_view extension = ExtensionOf(fileName);
+    if (!extension.empty()) extensions.AddFileExtension(MakeLower(extension), progress);
+}
+
 }  // namespace
 
 CDelvFileObj::CDelvFileObj(CDelvObj* parent, CTextRef name) : CDelvObj(parent, name, {}) {
@@ -167,18 +172,18 @@ bool CDelvDirObj::Capture(CCaptureProgress* progress) {
     }
     if (IsExactly<CDelvDirObj>(*this)) Count(progress, &CCaptureProgress::m_nDirs, kCodeDirs);
     const CString& programFiles = *theContext.GetFolder(CSIDL_PROGRAM_FILES);
-    const bool noteExtensions = !path.starts_with(programFiles);
+    CDelvAllExts* const extensions = path.starts_with(programFiles) ? nullptr : FindSnapshot(this)->m_pExtensions;
     const std::unique_ptr<CFileSearch> search = machine.OpenSearch(path);
     if (search == nullptr) return true;
     CFindData data;
     while (search->Next(data)) {
         ThrowIfCancelled(progress);
-        CaptureEntry(data, noteExtensions, progress);
+        CaptureEntry(data, extensions, progress);
     }
     return true;
 }
 
-void CDelvDirObj::CaptureEntry(const CFindData& data, bool noteExtensions, CCaptureProgress* progress) {
+void CDelvDirObj::CaptureEntry(const CFindData& data, CDelvAllExts* extensions, CCaptureProgress* progress) {
     if ((data.m_dwAttributes & FILE_ATTRIBUTE_TEMPORARY) != 0 || !theContext.IsNameAllowed(data.m_name)) return;
     CArena& arena = m_files.GetArena();
     if ((data.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
@@ -192,13 +197,7 @@ void CDelvDirObj::CaptureEntry(const CFindData& data, bool noteExtensions, CCapt
     file->InsertSorted(m_files);
     file->Capture(progress);
     const bool hidden = (data.m_dwAttributes & FILE_ATTRIBUTE_HIDDEN) != 0;
-    if (noteExtensions && !hidden) NoteExtension(file->m_name, progress);
-}
-
-void CDelvDirObj::NoteExtension(std::string_view fileName, CCaptureProgress* progress) {
-    const std::string_view extension = ExtensionOf(fileName);
-    if (extension.empty()) return;
-    FindSnapshot(this)->m_pExtensions->AddFileExtension(MakeLower(extension), progress);
+    if (extensions != nullptr && !hidden) NoteExtension(file->m_name, *extensions, progress);
 }
 
 }  // namespace delvane

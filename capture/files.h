@@ -6,6 +6,8 @@
 
 namespace delvane {
 
+class CDelvAllExts;
+
 // A file as the directory walk sees it. It has changed when its last-write time or its size has; its contents are
 // never read.
 class CDelvFileObj : public CDelvObj, public CFileWords {
@@ -54,8 +56,8 @@ protected:
     virtual CDelvDirObj* NewSubdir(CArena& arena);
 
 private:
-    void CaptureEntry(const CFindData& data, bool noteExtensions, CCaptureProgress* progress);
-    void NoteExtension(std::string_view fileName, CCaptureProgress* progress);
+    // `extensions` takes the extensions of this directory's files; null where they are not asked for.
+    void CaptureEntry(const CFindData& data, CDelvAllExts* extensions, CCaptureProgress* progress);
 };
 
 }  // namespace delvane

@@ -1,0 +1,302 @@
+#include "tests/support/scripted_machine.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <sstream>
+#include <stdexcept>
+
+#include "samples/image_writer.h"
+
+namespace delvane {
+
+struct CScriptedMachine::CEntry {
+    CString m_name;
+    CFileWords m_words;
+    bool m_bUnreadable = false;
+    CString m_image;
+    CString m_version;
+    std::uint32_t m_nDriveType = 0;
+    CString m_label;
+    std::vector<std::shared_ptr<CEntry>> m_children;
+};
+
+namespace {
+
+std::uint64_t TicksOf(const CString& text) {
+    std::tm calendar{};
+    if (std::sscanf(text.c_str(), "%d-%d-%dT%d:%d:%d", &calendar.tm_year, &calendar.tm_mon, &calendar.tm_mday,
+                    &calendar.tm_hour, &calendar.tm_min, &calendar.tm_sec) != 6) {
+        throw std::invalid_argument("no time: " + text);
+    }
+    calendar.tm_year -= 1900;
+    calendar.tm_mon -= 1;
+    return static_cast<std::uint64_t>(timegm(&calendar)) * kTicksPerSecond + kUnixEpochTicks;
+}
+
+std::uint32_t KindOf(const CString& word) {
+    const char* const kWords[] = {"unknown", "noroot", "removable", "fixed", "remote", "cdrom", "ramdisk"};
+    for (std::uint32_t kind = 0; kind < std::size(kWords); ++kind) {
+        if (word == kWords[kind]) return kind;
+    }
+    throw std::invalid_argument("no kind of drive: " + word);
+}
+
+}  // namespace
+
+CScriptedMachine::CScriptedMachine(std::string_view text) {
+    SetDisks(text);
+}
+
+void CScriptedMachine::SetDisks(std::string_view text) {
+    m_pRoot = std::make_shared<CEntry>();
+    std::vector<CEntry*> open = {m_pRoot.get()};
+    std::istringstream lines{CString(text)};
+    std::size_t margin = CString::npos;
+    for (CString line; std::getline(lines, line);) {
+        const std::size_t indent = line.find_first_not_of(' ');
+        if (indent == CString::npos) continue;
+        if (margin == CString::npos) margin = indent;
+        const std::size_t level = (indent - margin) / 2;
+        if (indent < margin || level >= open.size()) throw std::invalid_argument("indented too far: " + line);
+        open.resize(level + 1);
+        auto entry = std::make_shared<CEntry>();
+        const std::size_t nameEnd = level == 0 ? line.find(' ', indent) : line.find("  ", indent);
+        entry->m_name = line.substr(indent, nameEnd - indent);
+        std::istringstream words(nameEnd == CString::npos ? CString() : line.substr(nameEnd));
+        entry->m_words.m_dwAttributes = FILE_ATTRIBUTE_ARCHIVE;
+        if (level == 0) {
+            CString kind;
+            words >> kind;
+            entry->m_nDriveType = KindOf(kind);
+            const std::size_t bracket = line.find('[');
+            if (bracket != CString::npos) entry->m_label = line.substr(bracket + 1, line.rfind(']') - bracket - 1);
+        } else if (entry->m_name.ends_with('\\')) {
+            entry->m_name.pop_back();
+            entry->m_words.m_dwAttributes = FILE_ATTRIBUTE_DIRECTORY;
+        }
+        for (CString word; level > 0 && words >> word;) {
+            const std::size_t equals = word.find('=');
+            const CString key = word.substr(0, equals);
+            const CString value = equals == CString::npos ? CString() : word.substr(equals + 1);
+            if (key == "size") {
+                entry->m_words.SetSize(std::stoull(value));
+            } else if (key == "written") {
+                entry->m_words.m_ftLastWrite = FILETIME::FromTicks(TicksOf(value));
+            } else if (key == "ticks") {
+                entry->m_words.m_ftLastWrite = FILETIME::FromTicks(std::stoull(value));
+            } else if (key == "attributes") {
+                entry->m_words.m_dwAttributes = static_cast<std::uint32_t>(std::stoul(value, nullptr, 16));
+            } else if (key == "image") {
+                entry->m_image = value;
+            } else if (key == "version") {
+                entry->m_version = value;
+            } else if (key == "unreadable") {
+                entry->m_bUnreadable = true;
+            } else {
+                throw std::invalid_argument("no such word: " + word);
+            }
+        }
+        open.back()->m_children.push_back(entry);
+        open.push_back(entry.get());
+    }
+}
+
+const CScriptedMachine::CEntry* CScriptedMachine::Find(std::string_view path, bool wantsDirectory) const {
+    const CEntry* at = m_pRoot.get();
+    while (!path.empty()) {
+        const std::string_view name = path.substr(0, path.find('\\'));
+        path.remove_prefix(std::min(path.size(), name.size() + 1));
+        if (name.empty()) continue;
+        const bool last = path.empty() && !wantsDirectory;
+        const auto found = std::find_if(at->m_children.begin(), at->m_children.end(), [&](const auto& child) {
+            const bool holds = child->m_nDriveType != 0 || (child->m_words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY);
+            return mbsicmp(child->m_name, name) == 0 && (last || holds);
+        });
+        if (found == at->m_children.end()) return nullptr;
+        at = found->get();
+    }
+    return at;
+}
+
+bool CScriptedMachine::GetUserName(CString& name) {
+    name = m_strUser;
+    return !name.empty();
+}
+
+bool CScriptedMachine::GetComputerName(CString& name) {
+    name = m_strComputer;
+    return !name.empty();
+}
+
+CFolderFunction CScriptedMachine::LoadFolderLibrary() {
+    if (!m_bFolderLibrary) return {};
+    return [this](int kind, CString& path) {
+        const auto found = m_folders.find(kind);
+        if (found != m_folders.end()) path = found->second;
+        return found != m_folders.end();
+    };
+}
+
+std::uint32_t CScriptedMachine::GetLogicalDrives() {
+    std::uint32_t mask = 0;
+    for (const auto& drive : m_pRoot->m_children)
+        mask |= std::uint32_t{1} << (drive->m_name[0] - 'A');
+    return mask;
+}
+
+std::uint32_t CScriptedMachine::GetDriveType(std::string_view root) {
+    const CEntry* const drive = Find(root);
+    return drive == nullptr ? DRIVE_NO_ROOT_DIR : drive->m_nDriveType;
+}
+
+std::uint32_t CScriptedMachine::GetVolumeLabel(std::string_view root, CString& label) {
+    const CEntry* const drive = Find(root);
+    if (drive == nullptr) return ERROR_PATH_NOT_FOUND;
+    label = drive->m_label;
+    return ERROR_SUCCESS;
+}
+
+std::uint32_t CScriptedMachine::GetConnection(std::string_view name, CString& share) {
+    return GetVolumeLabel(name, share);
+}
+
+class CScriptedMachine::CSearch : public CFileSearch {
+public:
+    CSearch(CScriptedMachine& machine, const CEntry& directory) : m_machine(machine), m_directory(directory) {
+        ++machine.m_nOpenSearches;
+    }
+    ~CSearch() override { --m_machine.m_nOpenSearches; }
+
+    bool Next(CFindData& data) override {
+        if (m_nNext == m_directory.m_children.size()) return false;
+        const CEntry& entry = *m_directory.m_children[m_nNext++];
+        static_cast<CFileWords&>(data) = entry.m_words;
+        data.m_name = entry.m_name;
+        if (m_machine.m_onEntry) m_machine.m_onEntry(entry.m_name);
+        return true;
+    }
+
+private:
+    CScriptedMachine& m_machine;
+    const CEntry& m_directory;
+    std::size_t m_nNext = 0;
+};
+
+std::unique_ptr<CFileSearch> CScriptedMachine::OpenSearch(std::string_view path) {
+    const CEntry* const directory = Find(path, true);
+    if (directory == nullptr || directory->m_bUnreadable) return nullptr;
+    return std::make_unique<CSearch>(*this, *directory);
+}
+
+bool CScriptedMachine::FindPath(std::string_view path, CFileWords& words) {
+    const CEntry* const entry = Find(path);
+    if (entry != nullptr) words = entry->m_words;
+    return entry != nullptr;
+}
+
+bool CScriptedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {
+    image = {};
+    const CEntry* const entry = Find(path);
+    if (entry == nullptr) return false;
+    image.fDOSImage = entry->m_image == "dos";
+    image.fSystemImage = entry->m_image == "native";
+    return !entry->m_image.empty() && !image.fDOSImage;
+}
+
+std::optional<CVersionBlock> CScriptedMachine::GetFileVersionInfo(std::string_view path) {
+    const CEntry* const entry = Find(path);
+    if (entry == nullptr || entry->m_version.empty()) return std::nullopt;
+    CVersionStrings strings;
+    strings.m_strFileVersion = entry->m_version;
+    const CString bytes = MakeImage(EImageKind::Pe32, strings);
+    struct CSource : CByteSource {
+        explicit CSource(const CString& b) : m_bytes(b) {}
+        std::uint64_t GetSize() const override { return m_bytes.size(); }
+        std::size_t Read(std::uint64_t offset, void* into, std::size_t size) const override {
+            if (offset >= m_bytes.size()) return 0;
+            return m_bytes.copy(static_cast<char*>(into), size, static_cast<std::size_t>(offset));
+        }
+        const CString& m_bytes;
+    };
+    return CVersionBlock::Read(CSource(bytes));
+}
+
+bool CScriptedMachine::FileExists(std::string_view path) {
+    return m_files.contains(CString(path));
+}
+
+bool CScriptedMachine::DirectoryExists(std::string_view path) {
+    if (path.ends_with('\\')) path.remove_suffix(1);
+    return std::find(m_directories.begin(), m_directories.end(), path) != m_directories.end();
+}
+
+bool CScriptedMachine::CreateDirectory(std::string_view path) {
+    if (m_bReadOnly || !DirectoryExists(path.substr(0, path.rfind('\\')))) return false;
+    m_directories.emplace_back(path);
+    return true;
+}
+
+bool CScriptedMachine::DeleteFile(std::string_view path) {
+    return m_files.erase(CString(path)) != 0;
+}
+
+std::optional<CFileBytes> CScriptedMachine::ReadFile(std::string_view path, std::uint64_t limit) {
+    const auto found = m_files.find(CString(path));
+    if (found == m_files.end()) return std::nullopt;
+    if (found->second.size() > limit) throw CFileError(path, "read", ERROR_DISK_FULL, "too large");
+    CFileBytes bytes;
+    if (found->second.empty()) return bytes;
+    bytes.m_buffer = CPageBuffer(found->second.size());
+    bytes.m_nSize = found->second.copy(bytes.m_buffer.GetData(), found->second.size());
+    return bytes;
+}
+
+class CScriptedMachine::CWriter : public CFileWriter {
+public:
+    CWriter(CScriptedMachine& machine, std::string_view path) : m_machine(machine), m_strPath(path) {}
+
+    void Write(std::string_view bytes) override {
+        if (m_bytes.size() + bytes.size() > m_machine.m_nFreeBytes) {
+            throw CFileError(m_strPath, "write", ERROR_DISK_FULL, "disk full");
+        }
+        m_bytes += bytes;
+    }
+    void Commit() override { m_machine.m_files[m_strPath] = m_bytes; }
+
+private:
+    CScriptedMachine& m_machine;
+    CString m_strPath;
+    CString m_bytes;
+};
+
+std::unique_ptr<CFileWriter> CScriptedMachine::CreateFile(std::string_view path) {
+    if (m_bReadOnly || !DirectoryExists(path.substr(0, path.rfind('\\')))) return nullptr;
+    return std::make_unique<CWriter>(*this, path);
+}
+
+std::unique_ptr<std::ostream> CScriptedMachine::CreateTextFile(std::string_view path) {
+    if (m_bReadOnly) return nullptr;
+    // A stream whose every flush shows in m_files.
+    class CText : public std::ostringstream {
+    public:
+        class CBuffer : public std::stringbuf {
+        public:
+            explicit CBuffer(CString& file) : m_file(file) {}
+            int sync() override {
+                m_file = str();
+                return 0;
+            }
+
+        private:
+            CString& m_file;
+        };
+        explicit CText(CString& file) : m_buffer(file) { std::ios::rdbuf(&m_buffer); }
+
+    private:
+        CBuffer m_buffer;
+    };
+    return std::make_unique<CText>(m_files[CString(path)]);
+}
+
+}  // namespace delvane

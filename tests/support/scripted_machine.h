@@ -1,0 +1,81 @@
+// A machine in memory, written as indented text, on which every refusal that real machines make can be staged.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/machine.h"
+
+namespace delvane {
+
+// The text: a drive a line ("C: fixed [Label]"), what it holds indented by two blanks a level below it. A name that
+// ends in a backslash is a directory; it may hold single blanks. Behind two blanks, separated by blanks:
+//   size=1200  written=2001-02-03T04:05:06  ticks=N (the exact last-write time)  attributes=0x22  unreadable
+//   image=pe32|native|dos  version=1.2
+class CScriptedMachine : public CMachine {
+public:
+    explicit CScriptedMachine(std::string_view text = {});
+
+    // The machine's disks from now on. The program's own files and the identity stay.
+    void SetDisks(std::string_view text);
+
+    bool IsPresent() const override { return m_bPresent; }
+    CString GetProblem() const override { return m_bPresent ? "" : "no machine here"; }
+    std::vector<CString> GetNotices() const override { return {}; }
+    CVersionRecord GetVersion() override { return m_version; }
+    bool GetUserName(CString& name) override;
+    bool GetComputerName(CString& name) override;
+    CString GetSystemDirectory() override { return "C:\\WINNT\\System32"; }
+    CString GetWindowsDirectory() override { return "C:\\WINNT"; }
+    CString GetTempPath() override { return "C:\\Temp\\"; }
+    CString GetModuleFileName() override { return m_strProgram; }
+    std::uint64_t GetSystemTime() override { return m_nNow; }
+    CFolderFunction LoadFolderLibrary() override;
+    std::uint32_t GetLogicalDrives() override;
+    std::uint32_t GetDriveType(std::string_view root) override;
+    std::uint32_t GetVolumeLabel(std::string_view root, CString& label) override;
+    std::uint32_t GetConnection(std::string_view name, CString& share) override;
+    std::unique_ptr<CFileSearch> OpenSearch(std::string_view path) override;
+    bool FindPath(std::string_view path, CFileWords& words) override;
+    bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
+    std::optional<CVersionBlock> GetFileVersionInfo(std::string_view path) override;
+    bool FileExists(std::string_view path) override;
+    bool DirectoryExists(std::string_view path) override;
+    bool CreateDirectory(std::string_view path) override;
+    bool DeleteFile(std::string_view path) override;
+    std::optional<CFileBytes> ReadFile(std::string_view path, std::uint64_t limit) override;
+    std::unique_ptr<CFileWriter> CreateFile(std::string_view path) override;
+    std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) override;
+    CString GetDisplayPath(std::string_view path) const override { return CString(path); }
+    void OpenDocument(std::string_view path) override { m_opened.emplace_back(path); }
+
+    bool m_bPresent = true;
+    CVersionRecord m_version{VER_PLATFORM_WIN32_NT, 5, 0, 2195, "Service Pack 4"};
+    CString m_strUser = "tester";
+    CString m_strComputer = "BENCH";
+    CString m_strProgram = "C:\\Delvane\\delvane.exe";
+    std::uint64_t m_nNow = 126'227'808'000'000'000;  // 1 January 2001
+    std::map<int, CString> m_folders;                // what the folder library knows
+    bool m_bFolderLibrary = true;
+
+    std::map<CString, CString> m_files;  // the program's own files by path; a full disk or a read-only one refuses more
+    std::vector<CString> m_directories = {"C:\\Delvane"};
+    bool m_bReadOnly = false;
+    std::size_t m_nFreeBytes = SIZE_MAX;
+    std::vector<CString> m_opened;  // documents
+    std::size_t m_nOpenSearches = 0;
+    std::function<void(std::string_view name)> m_onEntry;  // called for each entry that a search delivers
+
+private:
+    struct CEntry;
+    class CSearch;
+    class CWriter;
+    const CEntry* Find(std::string_view path, bool wantsDirectory = false) const;
+
+    std::shared_ptr<CEntry> m_pRoot;  // its children are the drives
+};
+
+}  // namespace delvane
