@@ -1,0 +1,321 @@
+// A Wine prefix as a machine: its drives, identity, paths, searches and the program's own files.
+#include "platform/hosted/hosted_machine.h"
+
+#include <algorithm>
+#include <csignal>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "tests/support/prefix.h"
+
+namespace delvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+class HostedMachine : public testing::Test {
+protected:
+    CHostedMachine& Open(const CPrefix& prefix) {
+        m_pMachine = std::make_unique<CHostedMachine>(CMachineChoice{prefix.GetPath(), {}, false}, m_home.GetPath());
+        return *m_pMachine;
+    }
+    // The attributes of what the search lists, by name.
+    std::map<std::string, std::uint32_t> List(CHostedMachine& machine, const char* path) {
+        std::map<std::string, std::uint32_t> entries;
+        const auto search = machine.OpenSearch(path);
+        if (search == nullptr) return {{"(no search)", 0}};
+        std::string before;
+        for (CFindData data; search->Next(data);) {
+            EXPECT_LT(before, data.m_name) << "names come in byte order";
+            before = data.m_name;
+            entries[before] = data.m_dwAttributes;
+        }
+        return entries;
+    }
+    // How many directories a walk enters below the path.
+    std::size_t CountWalked(CHostedMachine& machine, const std::string& path) {
+        const auto search = machine.OpenSearch(path);
+        if (search == nullptr) return 0;
+        std::size_t count = 1;
+        for (CFindData data; search->Next(data);) {
+            if ((data.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+                count += CountWalked(machine, path + "\\" + std::string(data.m_name));
+            }
+        }
+        return count;
+    }
+
+    CTemporaryFolder m_home;
+    std::unique_ptr<CHostedMachine> m_pMachine;
+};
+
+TEST_F(HostedMachine, ReadsItsIdentityOutOfTheRegistry) {
+    const CPrefix prefix;
+    CHostedMachine& machine = Open(prefix);
+    const CVersionRecord version = machine.GetVersion();
+    EXPECT_EQ(version.m_dwMajorVersion, 6U);
+    EXPECT_EQ(version.m_dwMinorVersion, 1U);
+    EXPECT_EQ(version.m_dwBuildNumber, 7601U);
+    EXPECT_EQ(version.m_strServicePack, "Service Pack 1");
+    CString text;
+    EXPECT_TRUE(machine.GetComputerName(text));
+    EXPECT_EQ(text, "BENCH");
+    EXPECT_TRUE(machine.GetUserName(text));
+    EXPECT_EQ(text, "tester");
+    EXPECT_EQ(machine.GetSystemDirectory(), "C:\\windows\\system32");
+    EXPECT_EQ(machine.GetTempPath(), "C:\\users\\tester\\Temp\\");
+    const CFolderFunction folder = machine.LoadFolderLibrary();
+    EXPECT_TRUE(folder(5, text));
+    EXPECT_EQ(text, "C:\\users\\tester\\Documents") << "user shell folders are expanded";
+    EXPECT_TRUE(folder(35, text));
+    EXPECT_EQ(text, "C:\\ProgramData");
+    EXPECT_TRUE(folder(38, text));
+    EXPECT_EQ(text, "C:\\Program Files");
+    EXPECT_FALSE(folder(26, text));
+    EXPECT_TRUE(machine.GetNotices().empty());
+}
+
+TEST_F(HostedMachine, TellsAnotherVersionThanTheRegistryWhereWineWould) {
+    const CPrefix modern(
+        "\n[Software\\\\Microsoft\\\\Windows NT\\\\CurrentVersion]\n\"CurrentMajorVersionNumber\"=dword:0000000a\n"
+        "\"CurrentMinorVersionNumber\"=dword:00000000\n");
+    EXPECT_EQ(Open(modern).GetVersion().m_dwMajorVersion, 10U);
+    const CPrefix old("", "\n[Software\\\\Wine]\n\"Version\"=\"win98\"\n");
+    const CVersionRecord version = Open(old).GetVersion();
+    EXPECT_EQ(version.m_dwPlatformId, VER_PLATFORM_WIN32_WINDOWS);
+    EXPECT_EQ(version.m_dwMinorVersion, 10U);
+}
+
+TEST_F(HostedMachine, DamagedRegistryTextIsToldAndTheRestCounts) {
+    const CPrefix prefix;
+    const std::string whole = prefix.Read("system.reg");
+    prefix.Write("system.reg", whole.substr(0, whole.find("ProgramFilesDir") + 20));
+    fs::remove(prefix / "user.reg");
+    CHostedMachine& machine = Open(prefix);
+    ASSERT_EQ(machine.GetNotices().size(), 2U);
+    EXPECT_NE(machine.GetNotices()[0].find("system.reg is damaged"), CString::npos) << machine.GetNotices()[0];
+    EXPECT_NE(machine.GetNotices()[1].find("user.reg cannot be read"), CString::npos);
+    EXPECT_EQ(machine.GetVersion().m_dwBuildNumber, 7601U);
+    prefix.Write("user.reg", "garbage");
+    EXPECT_NE(Open(prefix).GetNotices()[1].find("user.reg is no registry text"), CString::npos);
+}
+
+TEST_F(HostedMachine, DrivesAreTheLinksAndTheHostsRootIsAShare) {
+    const CPrefix prefix("\n[Software\\\\Wine\\\\Drives]\n\"d:\"=\"cdrom\"\n");
+    prefix.Write("disc/.windows-label", "My Disc  \nsecond line");
+    fs::create_directory_symlink("../disc", prefix / "dosdevices/d:");
+    fs::create_directory_symlink("../gone", prefix / "dosdevices/e:");
+    fs::create_symlink("/dev/null", prefix / "dosdevices/c::");
+    CHostedMachine& machine = Open(prefix);
+    EXPECT_EQ(machine.GetLogicalDrives(), 0x200001CU);
+    EXPECT_EQ(machine.GetDriveType("C:\\"), DRIVE_FIXED);
+    EXPECT_EQ(machine.GetDriveType("D:\\"), DRIVE_CDROM);
+    EXPECT_EQ(machine.GetDriveType("E:\\"), DRIVE_NO_ROOT_DIR);
+    EXPECT_EQ(machine.GetDriveType("Z:\\"), DRIVE_REMOTE);
+    EXPECT_EQ(machine.GetDriveType("Q:\\"), DRIVE_NO_ROOT_DIR);
+    CString label;
+    EXPECT_EQ(machine.GetVolumeLabel("D:\\", label), ERROR_SUCCESS);
+    EXPECT_EQ(label, "My Disc");
+    EXPECT_EQ(machine.GetConnection("Z:", label), ERROR_NOT_CONNECTED);
+}
+
+TEST_F(HostedMachine, PathsAreFoundWithoutRegardToCaseAndStayOnTheirDrive) {
+    const CPrefix prefix;
+    prefix.Write("drive_c/Program Files/App/Lies Mich.TXT", "x");
+    prefix.Write("drive_c/Twice/a", "lower");
+    prefix.Write("drive_c/TWICE/A", "upper");
+    CHostedMachine& machine = Open(prefix);
+    EXPECT_TRUE(machine.FileExists("c:\\PROGRAM FILES\\app\\lies mich.txt"));
+    EXPECT_TRUE(machine.FileExists("C:/Program Files//App\\Lies Mich.TXT"));
+    EXPECT_TRUE(machine.DirectoryExists("C:\\windows\\"));
+    EXPECT_EQ(machine.ReadFile("C:\\Twice\\a", 100)->GetBytes(), "lower") << "an exact match first";
+    EXPECT_EQ(machine.ReadFile("C:\\tWICE\\A", 100)->GetBytes(), "upper") << "then the first by byte";
+    EXPECT_FALSE(machine.FileExists("C:\\Program Files\\missing"));
+    EXPECT_TRUE(machine.DirectoryExists("C:\\..\\..\\windows")) << "no way above a drive's root";
+    EXPECT_FALSE(machine.FileExists("C:\\..\\system.reg"));
+    EXPECT_FALSE(machine.FileExists("X:\\windows"));
+    EXPECT_FALSE(machine.FileExists("relative"));
+    EXPECT_FALSE(machine.FileExists(std::string_view("C:\\windows\0\\x", 13)));
+}
+
+TEST_F(HostedMachine, ListsAttributesTimesAndSizesAsWineShowsThem) {
+    const CPrefix prefix;
+    prefix.Write("drive_c/t/plain.txt", "12345");
+    prefix.Write("drive_c/t/.dot");
+    chmod(prefix.Write("drive_c/t/locked").c_str(), 0444);
+    chmod(prefix.MakeFolder("drive_c/t/lockeddir").c_str(), 0555);
+    fs::create_symlink("plain.txt", prefix / "drive_c/t/filelink");
+    fs::create_symlink("lockeddir", prefix / "drive_c/t/dirlink");
+    fs::create_symlink("nowhere", prefix / "drive_c/t/dangling");
+    fs::create_symlink("loop2", prefix / "drive_c/t/loop1");
+    fs::create_symlink("loop1", prefix / "drive_c/t/loop2");
+    fs::create_symlink("/proc", prefix / "drive_c/t/proc");
+    fs::create_symlink("../..", prefix / "drive_c/t/prefix");
+    ASSERT_EQ(mkfifo((prefix / "drive_c/t/pipe").c_str(), 0600), 0);
+    CHostedMachine& machine = Open(prefix);
+    const std::map<std::string, std::uint32_t> expected = {{".dot", 0x22},     {"dirlink", 0x411},  {"filelink", 0x20},
+                                                           {"locked", 0x21},   {"lockeddir", 0x11}, {"pipe", 0x20},
+                                                           {"plain.txt", 0x20}};
+    EXPECT_EQ(List(machine, "C:\\t"), expected);
+    timespec times[2] = {{-1000, 0}, {1'600'000'000, 123'456'789}};
+    utimensat(AT_FDCWD, (prefix / "drive_c/t/plain.txt").c_str(), times, 0);
+    CFileWords words;
+    ASSERT_TRUE(machine.FindPath("C:\\t\\FILELINK", words));
+    EXPECT_EQ(words.GetSize(), 5U);
+    EXPECT_EQ(words.m_ftLastWrite.GetTicks(), kUnixEpochTicks + 16'000'000'001'234'567U) << "rounded down to a tick";
+    EXPECT_EQ(words.m_ftCreation, words.m_ftLastWrite);
+    EXPECT_EQ(words.m_ftLastAccess.GetTicks(), kUnixEpochTicks - 1000 * kTicksPerSecond);
+}
+
+TEST_F(HostedMachine, HiddenAndSystemComeFromTheExtendedAttribute) {
+    const CPrefix prefix;
+    const std::string file = prefix.Write("drive_c/t/f");
+    if (setxattr(file.c_str(), "user.DOSATTRIB", "0x27", 4, 0) != 0) GTEST_SKIP() << "no extended attributes here";
+    setxattr(prefix.Write("drive_c/t/g").c_str(), "user.DOSATTRIB", "6", 1, 0);
+    const std::map<std::string, std::uint32_t> expected = {{"f", 0x26}, {"g", 0x20}};
+    EXPECT_EQ(List(Open(prefix), "C:\\t"), expected) << "only hidden and system count, and only behind 0x";
+}
+
+TEST_F(HostedMachine, DotFilesAreShownWhereThePrefixSaysSo) {
+    const CPrefix prefix("", "\n[Software\\\\Wine]\n\"ShowDotFiles\"=\"Y\"\n");
+    prefix.Write("drive_c/t/.dot");
+    EXPECT_EQ(List(Open(prefix), "C:\\t")[".dot"], 0x20U);
+}
+
+TEST_F(HostedMachine, LinksRoundInACircleEndTheWalk) {
+    const CPrefix prefix;
+    fs::create_directory_symlink(".", prefix / "drive_c/self");
+    prefix.MakeFolder("drive_c/a/b");
+    fs::create_directory_symlink("../..", prefix / "drive_c/a/b/top");
+    fs::create_directory_symlink("../a", prefix / "drive_c/a/again");
+    fs::create_directory_symlink("a/b", prefix / "drive_c/side");
+    CHostedMachine& machine = Open(prefix);
+    // The drive, windows, system32, a, a\b, and side as a second way to b. From side its link "top" leads to an
+    // ancestor.
+    EXPECT_EQ(CountWalked(machine, "C:"), 6U);
+    EXPECT_EQ(List(machine, "C:\\a")["again"], 0x410U) << "listed, though not entered";
+}
+
+TEST_F(HostedMachine, DeepTreesAreWalkedToTheLimitAndNotBeyond) {
+    const CPrefix prefix;
+    fs::path deep = prefix / "drive_c";
+    const fs::path before = fs::current_path();
+    fs::current_path(deep);
+    for (std::uint32_t i = 0; i < kMaxTreeDepth + 5; ++i) {
+        fs::create_directory("d");
+        fs::current_path("d");
+    }
+    fs::current_path(before);
+    EXPECT_EQ(CountWalked(Open(prefix), "C:"), kMaxTreeDepth + 2) << "and windows\\system32";
+}
+
+TEST_F(HostedMachine, TheProgramsFolderIsADrivePathOnlyOnADisk) {
+    const CPrefix prefix;
+    const auto folderOf = [&](const std::string& program) {
+        return CHostedMachine({prefix.GetPath(), {}, false}, program).GetModuleFileName();
+    };
+    const std::string real = fs::canonical(prefix.MakeFolder("drive_c/Tools"));
+    EXPECT_EQ(folderOf(real), "C:\\Tools\\delvane");
+    std::string host = m_home.GetPath();
+    std::replace(host.begin(), host.end(), '/', '\\');
+    EXPECT_EQ(folderOf(m_home.GetPath()), host + "\\delvane");
+}
+
+TEST_F(HostedMachine, WithoutAMachineItsOwnFilesStillWork) {
+    CHostedMachine machine({{}, "nothing here", true}, m_home.GetPath());
+    EXPECT_FALSE(machine.IsPresent());
+    EXPECT_EQ(machine.GetNotices(), std::vector<CString>{"nothing here"});
+    EXPECT_EQ(machine.OpenSearch("C:"), nullptr);
+    EXPECT_EQ(machine.GetDriveType("C:\\"), DRIVE_FIXED) << "what two snapshots hold may be compared";
+    std::string host = m_home.GetPath() + "/x";
+    std::replace(host.begin(), host.end(), '/', '\\');
+    const auto file = machine.CreateFile(host);
+    ASSERT_NE(file, nullptr);
+    file->Write("bytes");
+    file->Commit();
+    EXPECT_EQ(m_home.Read("x"), "bytes");
+}
+
+// The program's own files.
+class OwnFiles : public HostedMachine {
+protected:
+    OwnFiles() { Open(m_prefix); }
+    std::string Host(std::string_view name) const {
+        std::string path = m_home / name;
+        std::replace(path.begin(), path.end(), '/', '\\');
+        return path;
+    }
+    CPrefix m_prefix;
+};
+
+TEST_F(OwnFiles, TakeTheirPlaceWhenTheyAreComplete) {
+    m_home.Write("a.dvs", "earlier");
+    {
+        const auto file = m_pMachine->CreateFile(Host("a.dvs"));
+        file->Write("half");
+        EXPECT_EQ(m_home.Read("a.dvs"), "earlier");
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_home.GetPath()), {}), 1) << "nothing is left behind";
+    const auto file = m_pMachine->CreateFile(Host("a.dvs"));
+    file->Write("new");
+    file->Commit();
+    EXPECT_EQ(m_home.Read("a.dvs"), "new");
+}
+
+TEST_F(OwnFiles, OnlyRegularFilesAreEverOpened) {
+    ASSERT_EQ(mkfifo((m_home / "pipe").c_str(), 0600), 0);
+    m_home.MakeFolder("folder");
+    fs::create_symlink("/dev/full", m_home / "device");
+    for (const char* name : {"pipe", "folder", "device"}) {
+        EXPECT_EQ(m_pMachine->CreateFile(Host(name)), nullptr) << name;
+        EXPECT_EQ(m_pMachine->CreateTextFile(Host(name)), nullptr) << name;
+        EXPECT_FALSE(m_pMachine->ReadFile(Host(name), 100)) << name;
+        CLoadedImage image;
+        EXPECT_FALSE(m_pMachine->MapAndLoad(Host(name), image)) << name;
+    }
+    EXPECT_EQ(m_pMachine->CreateFile(Host("missing/x")), nullptr);
+}
+
+TEST_F(OwnFiles, ALinkIsWrittenThroughAndALargeFileRefused) {
+    m_home.Write("real", "old");
+    fs::create_symlink("real", m_home / "link");
+    const auto file = m_pMachine->CreateFile(Host("link"));
+    file->Write("new");
+    file->Commit();
+    EXPECT_TRUE(fs::is_symlink(m_home / "link"));
+    EXPECT_EQ(m_home.Read("real"), "new");
+    EXPECT_THROW(m_pMachine->ReadFile(Host("real"), 2), CFileError);
+}
+
+TEST_F(OwnFiles, ASignalEndsSearchesAndWritesWhileAGuardLives) {
+    const auto search = m_pMachine->OpenSearch("C:");
+    const auto file = m_pMachine->CreateFile(Host("x"));
+    CFindData data;
+    {
+        const CInterruptGuard guard;
+        std::raise(SIGTERM);
+        EXPECT_THROW(search->Next(data), CInterrupted);
+        EXPECT_THROW(file->Write("x"), CInterrupted);
+        EXPECT_THROW(file->Commit(), CInterrupted);
+    }
+    EXPECT_NO_THROW(search->Next(data));
+    EXPECT_FALSE(m_home.Exists("x"));
+}
+
+TEST(CommandText, ArgumentsBecomeOneTextThatKeepsThemApart) {
+    const char* const arguments[] = {"/s",         "/bc:My Snap",  "",    "/res:/tmp/my results/", "-RES:C:/out/",
+                                     "/res:plain", "/res:\\tmp\\", "a\tb"};
+    EXPECT_EQ(MakeCommandLine(8, arguments),
+              "/s /bc:My\x1FSnap  /res:\\tmp\\my\x1Fresults\\ -RES:C:\\out\\ /res:plain /res:\\tmp\\ a\x1E"
+              "b");
+    const char* const relative[] = {"/res:out/"};
+    EXPECT_TRUE(MakeCommandLine(1, relative).starts_with("/res:\\"));
+    EXPECT_TRUE(MakeCommandLine(1, relative).ends_with("\\out\\"));
+}
+
+}  // namespace
+}  // namespace delvane

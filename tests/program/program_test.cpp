@@ -1,0 +1,136 @@
+// The whole program, run as a user runs it on a prefix.
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include "samples/image_writer.h"
+#include "tests/support/prefix.h"
+
+namespace delvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Program : public testing::Test {
+protected:
+    // Runs the program; its exit code, with what it wrote in m_output and m_errors.
+    int Run(const std::string& arguments, const std::string& environment = {}) {
+        const std::string command = "cd " + m_home.GetPath() +
+                                    " && env -u WINEPREFIX DELVANE_HOME=" + m_home.GetPath() +
+                                    " DELVANE_MACHINE=" + m_prefix.GetPath() + " TZ=UTC " + environment + " '" +
+                                    DELVANE_PROGRAM + "' " + arguments + " >stdout 2>stderr </dev/null";
+        const int status = std::system(command.c_str());
+        m_output = m_home.Read("stdout");
+        m_errors = m_home.Read("stderr");
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    static long Lines(const std::string& text) { return std::count(text.begin(), text.end(), '\n'); }
+
+    CTemporaryFolder m_home;
+    CPrefix m_prefix;
+    std::string m_output;
+    std::string m_errors;
+};
+
+TEST_F(Program, SnapshotInstallSnapshotReport) {
+    EXPECT_EQ(Run("/s /bc:Before"), 0);
+    EXPECT_EQ(m_output + m_errors, "");
+    m_prefix.Write("drive_c/Program Files/App/app.exe", MakeImage(EImageKind::Pe64, {{}, "1.2"}));
+    m_prefix.Write("drive_c/windows/old.dll", MakeImage(EImageKind::Ne));
+    m_prefix.Write("drive_c/CONFIG.SYS", "x");
+    EXPECT_EQ(Run("/s /b:Before /cc:After /g"), 1);
+    EXPECT_EQ(m_output + m_errors, "");
+    const std::string page = m_home.Read("Results/After - Before.htm");
+    for (const char* part : {"<TR><TD><A HREF=\"#FileAdd\">Files Added:</A></TD><TD>3</TD></TR>", "app.exe</TD>",
+                             " - 32-bit</TD><TD> - v.1.2<", "16-bit Executable Installed",
+                             "WARNING - File(C:\\CONFIG.SYS): System File Added or Changed"}) {
+        EXPECT_NE(page.find(part), std::string::npos) << part;
+    }
+    EXPECT_EQ(m_home.Read("delvane.cfg").size(), 40U);
+    EXPECT_FALSE(m_home.Exists("delvane.err"));
+}
+
+TEST_F(Program, AnExistingReportIsKeptOnDemand) {
+    EXPECT_EQ(Run("/s /bc:a /cc:b"), 0);
+    m_home.Write("Results/b - a.htm", "kept");
+    EXPECT_EQ(Run("/s /b:a /c:b /gu"), 0) << "nothing was compared";
+    EXPECT_EQ(m_home.Read("Results/b - a.htm"), "kept");
+    EXPECT_EQ(Run("/s /b:a /c:b /g"), 1);
+    EXPECT_NE(m_home.Read("Results/b - a.htm"), "kept");
+}
+
+TEST_F(Program, EachFailureHasItsBitAndOneSentence) {
+    EXPECT_EQ(Run("/s"), 0);
+    const struct {
+        const char* m_arguments;
+        const char* m_environment;
+        int m_code;
+        const char* m_words;
+    } kCases[] = {
+        {"/s /g", "", 16, "no report was made"},
+        {"/s /b:none /cc:never /g", "", 8, "snapshot \"none\" was not loaded"},
+        {"", "", 32, "no window yet"},
+        {"/s /bc:a", "DELVANE_MACHINE=/nowhere", 4, "DELVANE_MACHINE names no machine"},
+        {"/s /bc:a", "DELVANE_MACHINE= WINEPREFIX=/tmp", 4, "WINEPREFIX names no machine"},
+        {"/s /bc:a", "DELVANE_MACHINE= HOME=/nowhere", 4, "no machine to examine"},
+        {"/s /bc:a '/res:/proc/'", "", 4, "cannot be created"},
+    };
+    for (const auto& test : kCases) {
+        SCOPED_TRACE(std::string(test.m_arguments) + " " + test.m_environment);
+        EXPECT_EQ(Run(test.m_arguments, test.m_environment), test.m_code);
+        EXPECT_EQ(m_output, "");
+        EXPECT_EQ(Lines(m_errors), 1) << m_errors;
+        EXPECT_NE(m_errors.find(test.m_words), std::string::npos) << m_errors;
+    }
+    EXPECT_FALSE(m_home.Exists("Results/never.dvs"));
+}
+
+TEST_F(Program, ADamagedSnapshotIsNamedInTheLogAndOnStandardError) {
+    ASSERT_EQ(Run("/s /bc:a"), 0);
+    const std::string whole = m_home.Read("Results/a.dvs");
+    m_home.Write("Results/a.dvs", whole.substr(0, whole.size() / 2));
+    EXPECT_EQ(Run("/s /b:a"), 8);
+    EXPECT_EQ(Lines(m_errors), 1);
+    const std::string log = m_home.Read("delvane.err");
+    EXPECT_EQ(Lines(log), 1);
+    EXPECT_NE(log.find("Results/a.dvs: damaged at byte "), std::string::npos) << log;
+}
+
+TEST_F(Program, WithoutAMachineTwoSnapshotsStillCompare) {
+    ASSERT_EQ(Run("/s /bc:a"), 0);
+    m_prefix.Write("drive_c/new.txt", "x");
+    ASSERT_EQ(Run("/s /cc:b"), 0);
+    EXPECT_EQ(Run("/s /b:a /c:b /g", "DELVANE_MACHINE= HOME=/nowhere"), 3);
+    EXPECT_EQ(m_errors, "");
+    EXPECT_NE(m_home.Read("Results/b - a.htm").find("new.txt"), std::string::npos);
+}
+
+TEST_F(Program, ResultsMayStandInAnyFolderOfTheHost) {
+    m_home.MakeFolder("my results");
+    EXPECT_EQ(Run("/s '/bc:A snap' '/res:" + m_home / "my results" + "'"), 0);
+    EXPECT_TRUE(m_home.Exists("my results/A snap.dvs"));
+    EXPECT_EQ(Run("/s /bc:b '/res:my results/'"), 0) << "relative to the working directory";
+    EXPECT_TRUE(m_home.Exists("my results/b.dvs"));
+    EXPECT_EQ(Run("/s /bc:c '/res:C:\\windows\\'"), 0) << "or on the machine itself";
+    EXPECT_TRUE(m_prefix.Exists("drive_c/windows/c.dvs"));
+}
+
+TEST_F(Program, HelpAndVersionAnswerBeforeAnythingElse) {
+    EXPECT_EQ(Run("--version", "DELVANE_MACHINE=/nowhere"), 0);
+    EXPECT_EQ(m_output, "Install Delvane 2.1.0\n");
+    EXPECT_EQ(Run("--help"), 0);
+    EXPECT_NE(m_output.find("/bc:NAME"), std::string::npos);
+    EXPECT_FALSE(m_home.Exists("delvane.cfg"));
+    EXPECT_EQ(Run("/s --version"), 0) << "beside another switch it is a bad switch";
+    EXPECT_EQ(m_home.Read("delvane.err"), "Bad Cmdline Switch: --version\n");
+}
+
+TEST_F(Program, LoadsNoWindowSystem) {
+    const std::string command = "ldd '" + std::string(DELVANE_PROGRAM) + "' | grep -c Qt >" + m_home / "count";
+    std::system(command.c_str());
+    EXPECT_EQ(m_home.Read("count"), "0\n");
+}
+
+}  // namespace
+}  // namespace delvane
