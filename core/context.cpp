@@ -1,5 +1,6 @@
 #include "core/context.h"
 
+#include <algorithm>
 #include <array>
 #include <iostream>
 
@@ -165,7 +166,10 @@ const CString& CRunContext::GetResultsDir() {
     return m_strResultsDir;
 }
 
-void CRunContext::Say(const CString& sentence) {
+void CRunContext::Say(CString sentence) {
+    // One line, whatever a name in it holds.
+    std::replace_if(
+        sentence.begin(), sentence.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
     if (!sentence.empty() && m_said.insert(sentence).second) std::cerr << "delvane: " << sentence << '\n' << std::flush;
 }
 

@@ -3,11 +3,11 @@
 #pragma once
 
 #include <cstdint>
-#include <list>
 #include <memory>
 #include <ostream>
 #include <set>
 #include <string_view>
+#include <vector>
 
 #include "platform/machine.h"
 #include "platform/text.h"
@@ -26,7 +26,7 @@ constexpr int CSIDL_SYSTEM = 37;
 constexpr int CSIDL_PROGRAM_FILES = 38;
 constexpr int CSIDL_COMMON_DOCUMENTS = 46;
 
-using CStringList = std::list<CString>;
+using CStringList = std::vector<CString>;
 
 // Constructed (the defaults below), initialised (Initialize), configured (ParseCommandLine). After that a capture and
 // a comparison only read it, but for the caches of GetFolder and GetResultsDir.
@@ -64,7 +64,7 @@ public:
     // The error log, created (or emptied) at the first call. A log that cannot be created takes entries and loses them.
     std::ostream& GetErrorLog();
     // Writes a plain sentence to standard error, once: the same sentence a second time is not said again.
-    void Say(const CString& sentence);
+    void Say(CString sentence);
 
     bool m_bWin98 = false;
     bool m_bWinNT4 = false;

@@ -149,8 +149,9 @@ class CMachine {
 public:
     virtual ~CMachine() = default;
 
-    // Whether there is a machine to examine. Without one the program's own files still work; everything else answers
-    // as an empty machine would. GetProblem then says in one sentence what was looked for and how to name it.
+    // Whether there is a machine to take a snapshot of. Without one the program's own files still work; everything
+    // else answers as far as it can. GetProblem then says in one sentence what is wrong, or what was looked for and
+    // how to name it.
     virtual bool IsPresent() const = 0;
     virtual CString GetProblem() const = 0;
     // What the user should be told at the start: a variable that names no machine, a damaged registry file.

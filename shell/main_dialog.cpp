@@ -42,6 +42,8 @@ bool CreateSnapshot(CSnapshot& snapshot) {
 }
 
 bool LoadSnapshot(CSnapshot& snapshot) {
+    // Loading replaces the name by the one that the file holds.
+    const CString name(snapshot.m_name);
     const CString path = theContext.GetMachine().GetDisplayPath(snapshot.GetLoadPath());
     const CString reason = ReasonOfFailure([&]() -> CString {
         try {
@@ -56,7 +58,7 @@ bool LoadSnapshot(CSnapshot& snapshot) {
         }
     });
     if (reason.empty()) return true;
-    theContext.Say("snapshot \"" + CString(snapshot.m_name) + "\" was not loaded: " + reason);
+    theContext.Say("snapshot \"" + name + "\" was not loaded: " + reason);
     theApp.m_nExitCode |= kExitLoadFailed;
     return false;
 }

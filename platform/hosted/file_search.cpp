@@ -10,6 +10,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -94,6 +95,14 @@ void RaiseDescriptorLimit() {
     setrlimit(RLIMIT_NOFILE, &limit);
 }
 
+// A directory that nobody may read is an empty one, but a process that has run out of descriptors or memory would call
+// every directory empty: that ends the capture.
+void ThrowIfExhausted(std::string_view path) {
+    const int error = errno;
+    if (error != EMFILE && error != ENFILE && error != ENOMEM) return;
+    throw CFileError(path, "open directory", Win32Error(error), std::strerror(error));
+}
+
 }  // namespace
 
 // An open search: its directory, the sorted names, and the entry that was delivered last.
@@ -116,12 +125,16 @@ void CSearchSet::CLevel::ReadNames(std::vector<char>& buffer) {
     m_nNext = 0;
     m_current = {};
     buffer.resize(kDirectoryBuffer);
-    for (;;) {
+    // An entry's offset is where the next one would be looked for. Where that is the largest there is (ext4 and btrfs
+    // put it behind the last entry), the call that would find nothing is spared.
+    std::int64_t nextOffset = 0;
+    while (nextOffset != std::numeric_limits<std::int64_t>::max()) {
         const long got = syscall(SYS_getdents64, m_directory.Get(), buffer.data(), buffer.size());
         if (got <= 0) break;  // the end, or a failure part way: the list ends where it stands
         for (long at = 0; at < got;) {
             const auto* const entry = reinterpret_cast<const CKernelEntry*>(buffer.data() + at);
             at += entry->m_nLength;
+            nextOffset = entry->m_nOffset;
             const std::string_view name = entry->GetName();
             if (name == "." || name == "..") continue;
             m_entries.push_back({HeadOf(name.data(), name.size()), static_cast<std::uint32_t>(m_names.size()),
@@ -180,7 +193,7 @@ void CSearchSet::AddUnlisted(const std::string& hostPath) {
 // in a circle, and the unlisted directories.
 bool CSearchSet::ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice,
                            CEntry& entry) {
-    struct statx status {};
+    struct statx status;  // NOLINT(cppcoreguidelines-pro-type-member-init): statx fills it
     if (statx(directory, name, AT_NO_AUTOMOUNT, STATX_BASIC_STATS, &status) != 0) return false;
     entry.m_identity = {DeviceOf(status), status.stx_ino};
     const bool isDirectory = S_ISDIR(status.stx_mode);
@@ -212,15 +225,19 @@ bool CSearchSet::ReadEntry(int directory, const char* name, bool mayBeLink, std:
 // is asked once.
 std::uint32_t CSearchSet::ReadDosAttributes(int directory, const char* name, std::uint64_t device) {
     if (m_bPlainDeviceKnown && m_nPlainDevice == device) return 0;
-    std::array<char, 65> text{};
+    std::array<char, 65> text;  // NOLINT(cppcoreguidelines-pro-type-member-init): as long as the call says
     const ssize_t length = GetEntryXattr(directory, name, "user.DOSATTRIB", text.data(), text.size() - 1);
     if (length < 0 && errno == EOPNOTSUPP) {
         m_nPlainDevice = device;
         m_bPlainDeviceKnown = true;
     }
     if (length <= 2 || text[0] != '0' || text[1] != 'x') return 0;
+    text[static_cast<std::size_t>(length)] = '\0';
+    char* end = nullptr;
+    const unsigned long attributes = std::strtoul(text.data(), &end, 16);
+    if (end != text.data() + length) return 0;  // with anything behind the digits Wine takes none of it
     constexpr std::uint32_t kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
-    return static_cast<std::uint32_t>(std::strtoul(text.data(), nullptr, 16)) & kKept;
+    return static_cast<std::uint32_t>(attributes) & kKept;
 }
 
 // The directory that the innermost search has just delivered is opened from there; any other through its path.
@@ -231,12 +248,15 @@ int CSearchSet::OpenDirectory(std::string_view path, CIdentity& identity) {
         if (!parent.m_current.empty() && path.size() == parent.m_path.size() + 1 + parent.m_current.size() &&
             path.starts_with(parent.m_path) && path[parent.m_path.size()] == '\\' && path.ends_with(parent.m_current)) {
             identity = parent.m_currentIdentity;
-            return openat(parent.m_directory.Get(), parent.m_current.data(), kFlags);
+            const int fd = openat(parent.m_directory.Get(), parent.m_current.data(), kFlags);
+            if (fd < 0) ThrowIfExhausted(path);
+            return fd;
         }
     }
     const std::optional<std::string> hostPath = m_paths.Find(path);
     if (!hostPath) return -1;
     const int fd = open(hostPath->c_str(), kFlags);
+    if (fd < 0) ThrowIfExhausted(path);
     struct stat status {};
     if (fd >= 0 && fstat(fd, &status) == 0) identity = {status.st_dev, status.st_ino};
     return fd;

@@ -18,8 +18,10 @@ public:
     // `programFolder` is the folder of the program's own files, on the host.
     CHostedMachine(CMachineChoice choice, std::string programFolder);
 
-    bool IsPresent() const override { return m_pIdentity != nullptr; }
-    CString GetProblem() const override { return m_choice.m_strProblem; }
+    bool IsPresent() const override { return m_pIdentity != nullptr && m_pIdentity->GetProblem().empty(); }
+    CString GetProblem() const override {
+        return m_pIdentity != nullptr ? m_pIdentity->GetProblem() : m_choice.m_strProblem;
+    }
     std::vector<CString> GetNotices() const override;
 
     CVersionRecord GetVersion() override;

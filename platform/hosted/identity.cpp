@@ -76,7 +76,7 @@ const CWineVersion* FindWineVersion(std::string_view name) {
         {"win11", {VER_PLATFORM_WIN32_NT, 6, 2, 9200, ""}},
     }};
     const auto found = std::find_if(kVersions.begin(), kVersions.end(),
-                                    [&](const CWineVersion& version) { return mbsicmp(version.m_name, name) == 0; });
+                                    [&](const CWineVersion& version) { return version.m_name == name; });
     return found == kVersions.end() ? nullptr : &*found;
 }
 
@@ -93,26 +93,48 @@ CPrefixIdentity::CPrefixIdentity(const std::string& folder) : m_folder(folder) {
                                             kComputerNameKey, kSystemEnvironmentKey, kWineDrivesKey});
     m_pUser = ReadRegistry(
         "user.reg", {kShellFoldersKey, kUserShellFoldersKey, kEnvironmentKey, kVolatileEnvironmentKey, kWineKey});
+    CheckUser();
 }
 
+// Who the machine is stands in system.reg: a snapshot without it, or with half of it, would be taken for another
+// machine's. Lines that cannot be read and a missing user.reg cost what they would have said.
 std::unique_ptr<CRegistryLookup> CPrefixIdentity::ReadRegistry(const char* fileName,
                                                                const std::vector<std::string>& keys) {
     const std::string path = m_folder + "/" + fileName;
-    std::string text;
+    const bool isSystem = std::string_view(fileName) == "system.reg";
     errno = 0;
-    if (std::optional<std::string> bytes = ReadHostFile(path, kLargestRegistry)) {
-        text = std::move(*bytes);
-    } else {
-        m_notices.push_back(path + " cannot be read: " + std::strerror(errno != 0 ? errno : EFBIG));
-    }
-    auto registry = std::make_unique<CRegistryLookup>(text, keys);
-    if (!m_notices.empty() && m_notices.back().starts_with(path)) return registry;
-    if (!registry->HasHeader()) {
-        m_notices.push_back(path + " is no registry text of Wine");
+    const std::optional<std::string> text = ReadHostFile(path, kLargestRegistry);
+    const int error = errno != 0 ? errno : EFBIG;
+    auto registry = std::make_unique<CRegistryLookup>(text.value_or(""), keys);
+    CString problem;
+    if (!text) {
+        problem = path + " cannot be read: " + std::strerror(error);
+    } else if (!registry->HasHeader()) {
+        problem = path + " is no registry text of Wine";
     } else if (!registry->GetProblem().empty()) {
-        m_notices.push_back(path + " is damaged, and only what can be read of it counts: " + registry->GetProblem());
+        problem = path + (registry->IsCut() ? " is cut off: " : " is damaged: ") + registry->GetProblem();
+    }
+    if (problem.empty()) return registry;
+    if (isSystem && (!text || !registry->HasHeader() || registry->IsCut())) {
+        Refuse(std::move(problem));
+    } else {
+        m_notices.push_back(std::move(problem));
     }
     return registry;
+}
+
+void CPrefixIdentity::Refuse(CString problem) {
+    m_notices.push_back(problem);
+    if (m_strProblem.empty()) m_strProblem = std::move(problem);
+}
+
+// A prefix has one user.reg. Another account's name is taken where the prefix has a profile of that name.
+void CPrefixIdentity::CheckUser() {
+    const std::string name = GetVariable("DELVANE_USER");
+    if (name.empty() || mbsicmp(name, m_pUser->FindText(kVolatileEnvironmentKey, "USERNAME").value_or("")) == 0) return;
+    const bool isName = name.find_first_of("/\\") == std::string::npos && name != "." && name != "..";
+    if (isName && IsHostDirectory(m_folder + "/drive_c/users/" + name)) return;
+    Refuse("DELVANE_USER names no account of " + m_folder + ": " + name);
 }
 
 CVersionRecord CPrefixIdentity::GetVersion() const {
@@ -214,7 +236,7 @@ bool CPrefixIdentity::ShowsDotFiles() const {
     return !value.empty() && std::strchr("yYtT1", value.front()) != nullptr;
 }
 
-std::uint32_t CPrefixIdentity::GetDriveKind(char letter) const {
+std::optional<std::uint32_t> CPrefixIdentity::FindDriveKind(char letter) const {
     constexpr std::array<std::pair<std::string_view, std::uint32_t>, 5> kKinds = {{{"hd", DRIVE_FIXED},
                                                                                    {"floppy", DRIVE_REMOVABLE},
                                                                                    {"cdrom", DRIVE_CDROM},
@@ -224,7 +246,7 @@ std::uint32_t CPrefixIdentity::GetDriveKind(char letter) const {
     for (const auto& [name, kind] : kKinds) {
         if (mbsicmp(word, name) == 0) return kind;
     }
-    return DRIVE_FIXED;
+    return std::nullopt;
 }
 
 // The links are named by a small letter and a colon; those with two colons are devices.
@@ -244,11 +266,11 @@ std::vector<CHostedDrive> CPrefixIdentity::GetDrives() const {
             drive.m_root = m_folder + "/drive_c";
         }
         if (stat(drive.m_root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-            drive.m_nType = DRIVE_NO_ROOT_DIR;
+            drive.m_nType = FindDriveKind(letter).value_or(DRIVE_NO_ROOT_DIR);
         } else {
             drive.m_realRoot = RealHostPath(drive.m_root);
             drive.m_bIsHostRoot = status.st_dev == hostRoot.st_dev && status.st_ino == hostRoot.st_ino;
-            drive.m_nType = drive.m_bIsHostRoot ? DRIVE_REMOTE : GetDriveKind(letter);
+            drive.m_nType = drive.m_bIsHostRoot ? DRIVE_REMOTE : FindDriveKind(letter).value_or(DRIVE_FIXED);
         }
         drives.push_back(std::move(drive));
     }

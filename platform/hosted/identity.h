@@ -21,6 +21,9 @@ public:
     explicit CPrefixIdentity(const std::string& folder);
 
     const std::vector<CString>& GetNotices() const { return m_notices; }
+    // Why this is no machine to take a snapshot of: system.reg is not whole, or DELVANE_USER names no account of it. One
+    // sentence, among the notices too; empty where all is well.
+    const CString& GetProblem() const { return m_strProblem; }
 
     CVersionRecord GetVersion() const;
     CString GetUserName() const;
@@ -38,10 +41,13 @@ private:
     // The text with each %NAME% that is known replaced.
     CString Expand(const CString& text) const;
     std::optional<CString> FindVariable(const CString& name) const;
-    std::uint32_t GetDriveKind(char letter) const;
+    std::optional<std::uint32_t> FindDriveKind(char letter) const;
+    void CheckUser();
+    void Refuse(CString problem);
 
     std::string m_folder;
     std::vector<CString> m_notices;
+    CString m_strProblem;
     std::unique_ptr<CRegistryLookup> m_pSystem;  // HKLM
     std::unique_ptr<CRegistryLookup> m_pUser;    // HKCU
 };

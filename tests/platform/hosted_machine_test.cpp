@@ -97,11 +97,16 @@ TEST_F(HostedMachine, DamagedRegistryTextIsToldAndTheRestCounts) {
     fs::remove(prefix / "user.reg");
     CHostedMachine& machine = Open(prefix);
     ASSERT_EQ(machine.GetNotices().size(), 2U);
-    EXPECT_NE(machine.GetNotices()[0].find("system.reg is damaged"), CString::npos) << machine.GetNotices()[0];
+    EXPECT_NE(machine.GetNotices()[0].find("system.reg is cut off"), CString::npos) << machine.GetNotices()[0];
+    EXPECT_FALSE(machine.IsPresent()) << "half a registry is no machine to take a snapshot of";
+    EXPECT_EQ(machine.GetProblem(), machine.GetNotices()[0]);
     EXPECT_NE(machine.GetNotices()[1].find("user.reg cannot be read"), CString::npos);
     EXPECT_EQ(machine.GetVersion().m_dwBuildNumber, 7601U);
     prefix.Write("user.reg", "garbage");
     EXPECT_NE(Open(prefix).GetNotices()[1].find("user.reg is no registry text"), CString::npos);
+    prefix.Write("system.reg", whole + "no value\n");
+    EXPECT_NE(Open(prefix).GetNotices()[0].find("system.reg is damaged"), CString::npos);
+    EXPECT_TRUE(m_pMachine->IsPresent()) << "a line that cannot be read costs that line";
 }
 
 TEST_F(HostedMachine, DrivesAreTheLinksAndTheHostsRootIsAShare) {
@@ -176,7 +181,8 @@ TEST_F(HostedMachine, HiddenAndSystemComeFromTheExtendedAttribute) {
     const std::string file = prefix.Write("drive_c/t/f");
     if (setxattr(file.c_str(), "user.DOSATTRIB", "0x27", 4, 0) != 0) GTEST_SKIP() << "no extended attributes here";
     setxattr(prefix.Write("drive_c/t/g").c_str(), "user.DOSATTRIB", "6", 1, 0);
-    const std::map<std::string, std::uint32_t> expected = {{"f", 0x26}, {"g", 0x20}};
+    setxattr(prefix.Write("drive_c/t/h").c_str(), "user.DOSATTRIB", "0x2zz", 5, 0);
+    const std::map<std::string, std::uint32_t> expected = {{"f", 0x26}, {"g", 0x20}, {"h", 0x20}};
     EXPECT_EQ(List(Open(prefix), "C:\\t"), expected) << "only hidden and system count, and only behind 0x";
 }
 

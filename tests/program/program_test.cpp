@@ -15,8 +15,8 @@ namespace fs = std::filesystem;
 class Program : public testing::Test {
 protected:
     // Runs the program; its exit code, with what it wrote in m_output and m_errors.
-    int Run(const std::string& arguments, const std::string& environment = {}) {
-        const std::string command = "cd " + m_home.GetPath() +
+    int Run(const std::string& arguments, const std::string& environment = {}, const std::string& before = {}) {
+        const std::string command = before + "cd " + m_home.GetPath() +
                                     " && env -u WINEPREFIX DELVANE_HOME=" + m_home.GetPath() +
                                     " DELVANE_MACHINE=" + m_prefix.GetPath() + " TZ=UTC " + environment + " '" +
                                     DELVANE_PROGRAM + "' " + arguments + " >stdout 2>stderr </dev/null";
@@ -84,6 +84,32 @@ TEST_F(Program, EachFailureHasItsBitAndOneSentence) {
         EXPECT_NE(m_errors.find(test.m_words), std::string::npos) << m_errors;
     }
     EXPECT_FALSE(m_home.Exists("Results/never.dvs"));
+}
+
+// A process that cannot open directories any more must not call them empty.
+TEST_F(Program, RunningOutOfDescriptorsIsAFailedCapture) {
+    ASSERT_EQ(Run("/s /bc:a"), 0);
+    const std::string good = m_home.Read("Results/a.dvs");
+    m_prefix.MakeFolder("drive_c/1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17/18/19/20");
+    EXPECT_EQ(Run("/s /bc:a", {}, "ulimit -n 16 && "), 4);
+    EXPECT_EQ(Lines(m_errors), 1) << m_errors;
+    EXPECT_EQ(m_home.Read("Results/a.dvs"), good);
+}
+
+TEST_F(Program, AMachineThatIsNotWholeGivesNoSnapshot) {
+    ASSERT_EQ(Run("/s /bc:a"), 0);
+    const std::string good = m_home.Read("Results/a.dvs");
+    const std::string registry = m_prefix.Read("system.reg");
+    for (const std::string& damaged : {std::string(), std::string("junk\n"), registry.substr(0, registry.size() / 2)}) {
+        m_prefix.Write("system.reg", damaged);
+        EXPECT_EQ(Run("/s /bc:a"), 4);
+        EXPECT_EQ(Lines(m_errors), 1) << m_errors;
+        EXPECT_EQ(m_home.Read("Results/a.dvs"), good);
+    }
+    m_prefix.Write("system.reg", registry);
+    EXPECT_EQ(Run("/s /bc:a", "DELVANE_USER=nobody"), 4);
+    EXPECT_NE(m_errors.find("DELVANE_USER names no account"), std::string::npos);
+    EXPECT_EQ(Run("/s /bc:a", "DELVANE_USER=TESTER"), 0);
 }
 
 TEST_F(Program, ADamagedSnapshotIsNamedInTheLogAndOnStandardError) {
