@@ -71,9 +71,7 @@ CDelvAllDrives::CDelvAllDrives(CSnapshot& snapshot) : CDelvDriveObj(&snapshot, s
     m_fullName = m_name;
 }
 
-CDelvDirObj* CDelvAllDrives::NewSubdir(CArena& arena) {
-    return arena.New<CDelvDriveObj>(this, arena);
-}
+CDelvDirObj* CDelvAllDrives::NewSubdir(CArena& arena) { return arena.New<CDelvDriveObj>(this, arena); }
 
 void CDelvAllDrives::Serialize(CArchive& archive) {
     if (archive.IsStoring()) {

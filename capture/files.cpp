@@ -30,9 +30,7 @@ void NoteExtension(std::string_view fileName, CDelvAllExts& extensions, CCapture
 
 }  // namespace
 
-CDelvFileObj::CDelvFileObj(CDelvObj* parent, CTextRef name) : CDelvObj(parent, name, {}) {
-    m_bComposed = true;
-}
+CDelvFileObj::CDelvFileObj(CDelvObj* parent, CTextRef name) : CDelvObj(parent, name, {}) { m_bComposed = true; }
 
 CDelvFileObj::CDelvFileObj(CDelvObj* parent, CTextRef name, const CFileWords& words)
     : CDelvObj(parent, name, {}), CFileWords(words) {
@@ -87,9 +85,7 @@ bool CDelvFileObj::Capture(CCaptureProgress* progress) {
     return true;
 }
 
-CDelvDirObj* CDelvDirObj::NewSubdir(CArena& arena) {
-    return arena.New<CDelvDirObj>(this, arena);
-}
+CDelvDirObj* CDelvDirObj::NewSubdir(CArena& arena) { return arena.New<CDelvDirObj>(this, arena); }
 
 void CDelvDirObj::Serialize(CArchive& archive) {
     CDelvFileObj::Serialize(archive);

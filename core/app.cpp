@@ -20,8 +20,6 @@ bool CInstallApp::InitInstance() {
     return false;
 }
 
-int CInstallApp::ExitInstance() {
-    return m_nExitCode;
-}
+int CInstallApp::ExitInstance() { return m_nExitCode; }
 
 }  // namespace delvane

@@ -11,13 +11,9 @@ namespace {
 // The longest token there is; a longer one is refused whole.
 constexpr std::size_t kLongestToken = 259;
 
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-bool IsLetter(char c) {
-    return Lower(c) >= 'a' && Lower(c) <= 'z';
-}
+bool IsLetter(char c) { return Lower(c) >= 'a' && Lower(c) <= 'z'; }
 
 // Whether the token has the word (in lower case) at that place, in either case.
 bool HasWord(std::string_view token, std::size_t offset, std::string_view word) {

@@ -8,15 +8,11 @@
 namespace delvane {
 namespace {
 
-CString RootOf(std::string_view name) {
-    return CString(name.substr(0, 2)) + '\\';
-}
+CString RootOf(std::string_view name) { return CString(name.substr(0, 2)) + '\\'; }
 
 }  // namespace
 
-std::uint32_t DriveTypeOf(std::string_view name) {
-    return theContext.GetMachine().GetDriveType(RootOf(name));
-}
+std::uint32_t DriveTypeOf(std::string_view name) { return theContext.GetMachine().GetDriveType(RootOf(name)); }
 
 std::uint32_t DriveBit(std::string_view name) {
     const int letter = name.empty() ? 0 : static_cast<unsigned char>(name.front());

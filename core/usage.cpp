@@ -2,9 +2,7 @@
 
 namespace delvane {
 
-CString GetVersionText() {
-    return "Install Delvane " DELVANE_VERSION "\n";
-}
+CString GetVersionText() { return "Install Delvane " DELVANE_VERSION "\n"; }
 
 CString GetUsageText() {
     return "Install Delvane " DELVANE_VERSION R"(: what did this installation do to the machine?

@@ -46,8 +46,6 @@ CFileStream::CFileStream(std::unique_ptr<CFileWriter> file)
 
 CFileStream::~CFileStream() = default;
 
-void CFileStream::Commit() {
-    m_pBuffer->Commit();
-}
+void CFileStream::Commit() { m_pBuffer->Commit(); }
 
 }  // namespace delvane

@@ -21,13 +21,9 @@ CString FormatString2(std::string_view text, std::string_view first, std::string
     return result;
 }
 
-CString FormatString1(std::string_view text, std::string_view first) {
-    return FormatString2(text, first, {});
-}
+CString FormatString1(std::string_view text, std::string_view first) { return FormatString2(text, first, {}); }
 
-CString DecimalText(std::int64_t number) {
-    return std::to_string(number);
-}
+CString DecimalText(std::int64_t number) { return std::to_string(number); }
 
 CString GroupedDecimalText(std::int64_t number) {
     CString digits = std::to_string(number);

@@ -13,9 +13,7 @@ namespace delvane {
 using CString = std::string;
 
 // _mbscmp: by character code, respecting case. Below 0, 0 or above 0. In UTF-8 that is byte order.
-inline int mbscmp(std::string_view a, std::string_view b) {
-    return a.compare(b);
-}
+inline int mbscmp(std::string_view a, std::string_view b) { return a.compare(b); }
 
 // _mbsicmp: the same without regard to case (Unicode simple folding, so that É equals é).
 int mbsicmp(std::string_view a, std::string_view b);

@@ -17,6 +17,8 @@
 #include <initializer_list>
 #include <utility>
 
+#include "platform/utf.h"
+
 namespace delvane {
 
 namespace {
@@ -43,9 +45,7 @@ std::uint32_t GetU32(std::string_view bytes, std::size_t offset) {
     return GetU16(bytes, offset) | static_cast<std::uint32_t>(GetU16(bytes, offset + 2)) << 16;
 }
 
-std::size_t AlignTo4(std::size_t offset) {
-    return (offset + 3) & ~std::size_t{3};
-}
+std::size_t AlignTo4(std::size_t offset) { return (offset + 3) & ~std::size_t{3}; }
 
 // The bytes of a range of the file, or nothing where the file does not hold all of it.
 std::optional<std::string> ReadRange(const CByteSource& file, std::uint64_t offset, std::uint64_t size) {
@@ -182,26 +182,6 @@ std::optional<std::string> ReadVersionResource(const CByteSource& file) {
     return std::nullopt;
 }
 
-void AppendUtf8(std::string& text, std::uint32_t codePoint) {
-    const auto append = [&text](std::uint32_t byte) { text.push_back(static_cast<char>(byte)); };
-    const auto appendTail = [&](int shift) { append(0x80 | (codePoint >> shift & 0x3f)); };
-    if (codePoint < 0x80) {
-        append(codePoint);
-    } else if (codePoint < 0x800) {
-        append(0xc0 | codePoint >> 6);
-        appendTail(0);
-    } else if (codePoint < 0x10000) {
-        append(0xe0 | codePoint >> 12);
-        appendTail(6);
-        appendTail(0);
-    } else {
-        append(0xf0 | codePoint >> 18);
-        appendTail(12);
-        appendTail(6);
-        appendTail(0);
-    }
-}
-
 // Code page 1252 is Latin-1 but for these 32 characters. The five that it leaves open stay control characters, as
 // Windows has it.
 constexpr char16_t kCodePage1252[32] = {0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 0x2026, 0x2020, 0x2021,
@@ -211,26 +191,23 @@ constexpr char16_t kCodePage1252[32] = {0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 
 
 // The text at the start of the bytes, up to its first NUL or their end.
 std::string DecodeText(std::string_view bytes, bool wide) {
-    std::string text;
-    if (!wide) {
-        for (const char c : bytes.substr(0, bytes.find('\0'))) {
-            const auto byte = static_cast<unsigned char>(c);
-            AppendUtf8(text, byte >= 0x80 && byte < 0xa0 ? kCodePage1252[byte - 0x80] : byte);
-        }
+    if (wide) {
+        std::size_t end = 0;
+        while (end + 2 <= bytes.size() && GetU16(bytes, end) != 0)
+            end += 2;
+        bytes = bytes.substr(0, end);
+        std::string text(Utf8Room(bytes.size()), '\0');
+        text.resize(static_cast<std::size_t>(PutUtf16AsUtf8(text.data(), bytes) - text.data()));
         return text;
     }
-    for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) {
-        std::uint32_t unit = GetU16(bytes, at);
-        if (unit == 0) break;
-        if (unit >= 0xd800 && unit < 0xdc00 && at + 4 <= bytes.size()) {
-            const std::uint32_t next = GetU16(bytes, at + 2);
-            if (next >= 0xdc00 && next < 0xe000) {
-                unit = 0x10000 + ((unit - 0xd800) << 10) + (next - 0xdc00);
-                at += 2;
-            }
-        }
-        AppendUtf8(text, unit);
+    bytes = bytes.substr(0, bytes.find('\0'));
+    std::string text(bytes.size() * 3, '\0');
+    char* end = text.data();
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        end = PutUtf8(end, byte >= 0x80 && byte < 0xa0 ? kCodePage1252[byte - 0x80] : byte);
     }
+    text.resize(static_cast<std::size_t>(end - text.data()));
     return text;
 }
 

@@ -72,13 +72,9 @@ void CReportObj::AddChanged(CDelvObj& object, CDelvObj& baseline) {
     m_changed.push_back(std::make_unique<CDelvDiffObj>(object, baseline));
 }
 
-void CReportObj::AddDeleted(CDelvObj& object) {
-    m_deleted.push_back(&object);
-}
+void CReportObj::AddDeleted(CDelvObj& object) { m_deleted.push_back(&object); }
 
-void CReportObj::AddAdded(CDelvObj& object) {
-    m_added.push_back(&object);
-}
+void CReportObj::AddAdded(CDelvObj& object) { m_added.push_back(&object); }
 
 void CReportObj::WriteObjectList(std::ostream& stream, const CObjectList& list) {
     CHeading heading;

@@ -20,13 +20,9 @@ constexpr std::array kKnownAreas = {CSIDL_STARTMENU,        CSIDL_COMMON_STARTME
                                     CSIDL_COMMON_APPDATA,   CSIDL_LOCAL_APPDATA,    CSIDL_PERSONAL,
                                     CSIDL_COMMON_DOCUMENTS, CSIDL_PROGRAM_FILES,    CSIDL_WINDOWS};
 
-bool IsInFolder(int kind, const CString& fullName) {
-    return IsPrefixNoCase(*theContext.GetFolder(kind), fullName);
-}
+bool IsInFolder(int kind, const CString& fullName) { return IsPrefixNoCase(*theContext.GetFolder(kind), fullName); }
 
-CDelvObj& DriveSetOf(CDelvObj& object) {
-    return *FindSnapshot(&object)->m_pDrives;
-}
+CDelvObj& DriveSetOf(CDelvObj& object) { return *FindSnapshot(&object)->m_pDrives; }
 
 // Appends to a list and files its finding with the first entry.
 void Note(CFileReport& report, CObjectList& list, CDelvObj& object, int section, std::uint32_t textId) {
@@ -143,16 +139,10 @@ void CFileReport::NoteKind(CDelvExeObj& copy) {
     if (copy.m_image.fSystemImage) NoteKernelExe(copy);
 }
 
-void CFileReport::NoteOtherExe(CDelvExeObj& copy) {
-    Note(*this, m_exesOtherAdded, copy, 1, IDS_EXES_ADDED_OUTSIDE);
-}
+void CFileReport::NoteOtherExe(CDelvExeObj& copy) { Note(*this, m_exesOtherAdded, copy, 1, IDS_EXES_ADDED_OUTSIDE); }
 
-void CFileReport::Note16BitExe(CDelvExeObj& copy) {
-    Note(*this, m_exes16Bit, copy, 2, IDS_16BIT_EXES);
-}
+void CFileReport::Note16BitExe(CDelvExeObj& copy) { Note(*this, m_exes16Bit, copy, 2, IDS_16BIT_EXES); }
 
-void CFileReport::NoteKernelExe(CDelvExeObj& copy) {
-    Note(*this, m_exesKernelMode, copy, 7, IDS_KERNEL_DRIVERS);
-}
+void CFileReport::NoteKernelExe(CDelvExeObj& copy) { Note(*this, m_exesKernelMode, copy, 7, IDS_KERNEL_DRIVERS); }
 
 }  // namespace delvane

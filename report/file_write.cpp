@@ -9,9 +9,7 @@
 namespace delvane {
 namespace {
 
-CString DateText(const CDelvFileObj& file) {
-    return LocalTimeText(file.m_ftLastWrite.GetTicks(), "%m/%d/%y %I:%M %p");
-}
+CString DateText(const CDelvFileObj& file) { return LocalTimeText(file.m_ftLastWrite.GetTicks(), "%m/%d/%y %I:%M %p"); }
 
 // The size in its unit, and behind it the exact count of bytes. A size of exactly one unit still shows in the unit
 // below, and three significant digits turn to exponent form from 999.5 of a unit on.

@@ -23,9 +23,7 @@ CString FindingLine(std::string_view prefix, const CDelvObj& object, std::string
     return FormatString1(prefix, DescribeObject(object)) + CString(text);
 }
 
-CString LinkTo(std::string_view address) {
-    return "<A HREF=\"" + CString(address) + "\">" + CString(address) + "</A>";
-}
+CString LinkTo(std::string_view address) { return "<A HREF=\"" + CString(address) + "\">" + CString(address) + "</A>"; }
 
 }  // namespace
 

@@ -294,9 +294,7 @@ void AddLeImage(CImageBytes& bytes) {
 constexpr std::size_t kFileUnit = 0x200;
 constexpr std::size_t kPageSize = 0x1000;
 
-std::size_t RoundUp(std::size_t size, std::size_t unit) {
-    return (size + unit - 1) / unit * unit;
-}
+std::size_t RoundUp(std::size_t size, std::size_t unit) { return (size + unit - 1) / unit * unit; }
 
 struct CPeTraits {
     bool m_bWide;               // 64-bit
@@ -434,9 +432,7 @@ std::optional<EImageKind> FindImageKind(std::string_view name) {
     return std::nullopt;
 }
 
-bool CanHaveVersion(EImageKind kind) {
-    return kind != EImageKind::Le && kind != EImageKind::Mz;
-}
+bool CanHaveVersion(EImageKind kind) { return kind != EImageKind::Le && kind != EImageKind::Mz; }
 
 std::string MakeVersionBlock(const CVersionStrings& version, bool wide) {
     struct CTable {

@@ -74,9 +74,7 @@ bool RunSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name, bool cre
 
 }  // namespace
 
-CMainDlg::~CMainDlg() {
-    m_pCurrent.reset();
-}
+CMainDlg::~CMainDlg() { m_pCurrent.reset(); }
 
 void CMainDlg::RunUnattended() {
     if (!theContext.m_strBaselineName.empty() && !RunBaseline()) return;

@@ -47,9 +47,7 @@ void CArchive::WritePath(const CDelvObj& parent, std::string_view name) {
     WriteRaw(name.data(), name.size());
 }
 
-void CArchive::WriteCount(std::size_t count) {
-    WriteU32(static_cast<std::uint32_t>(count));
-}
+void CArchive::WriteCount(std::size_t count) { WriteU32(static_cast<std::uint32_t>(count)); }
 
 void CArchive::Flush() {
     m_pFile->Write({m_buffer.get(), m_nBuffered});

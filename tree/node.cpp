@@ -31,9 +31,7 @@ void CDelvObj::LoadNames(CArchive& archive) {
     m_bComposed = false;
 }
 
-CDelvObj* CDelvObj::FindObject(std::string_view name) {
-    return mbsicmp(m_name, name) == 0 ? this : nullptr;
-}
+CDelvObj* CDelvObj::FindObject(std::string_view name) { return mbsicmp(m_name, name) == 0 ? this : nullptr; }
 
 // Two captured trees are compared from the leaf upward, a captured one against a loaded one from the end of the loaded
 // text; only where bytes differ are the paths put together and compared without regard to case.
@@ -67,17 +65,11 @@ bool CDelvObj::Compare(CDelvObj& baseline, CReportObj&) {
     return typeid(*this) == typeid(baseline) && HasSameFullName(baseline);
 }
 
-void CDelvObj::ReportAdded(CReportObj& report) {
-    report.AddAdded(*this);
-}
+void CDelvObj::ReportAdded(CReportObj& report) { report.AddAdded(*this); }
 
-void CDelvObj::ReportDeleted(CReportObj& report) {
-    report.AddDeleted(*this);
-}
+void CDelvObj::ReportDeleted(CReportObj& report) { report.AddDeleted(*this); }
 
-bool CDelvObj::Capture(CCaptureProgress*) {
-    return true;
-}
+bool CDelvObj::Capture(CCaptureProgress*) { return true; }
 
 CString CDelvObj::GetStoredFullName() const {
     std::size_t length = 0;
@@ -98,9 +90,7 @@ CString CDelvObj::GetStoredFullName() const {
     return path;
 }
 
-CString CDelvObj::GetFullName() const {
-    return GetStoredFullName();
-}
+CString CDelvObj::GetFullName() const { return GetStoredFullName(); }
 
 void CDelvObj::InsertSorted(CNodeList& list) {
     if (list.empty() || mbscmp(m_name, list.back()->m_name) >= 0) {

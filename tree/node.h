@@ -61,10 +61,10 @@ public:
     void RemoveFrom(CNodeList& list);
 
     CTextRef m_name;
-    CTextRef m_fullName;               // empty while m_bComposed is set
-    CDelvObj* m_pParent = nullptr;     // null at the root of a tree; never stored
-    bool m_bCaptured = false;          // the node's own data are present
-    bool m_bComposed = false;          // the full name is the parent's, a backslash and the name, and is not kept
+    CTextRef m_fullName;            // empty while m_bComposed is set
+    CDelvObj* m_pParent = nullptr;  // null at the root of a tree; never stored
+    bool m_bCaptured = false;       // the node's own data are present
+    bool m_bComposed = false;       // the full name is the parent's, a backslash and the name, and is not kept
 
 protected:
     void StoreNames(CArchive& archive) const;

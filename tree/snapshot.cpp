@@ -36,18 +36,14 @@ CSnapshot::CSnapshot() : m_strVersion(kVersionText) {
     m_fullName = m_arena.Copy(theContext.GetResultsDir());
 }
 
-void CSnapshot::SetName(std::string_view name) {
-    m_name = m_arena.Copy(name);
-}
+void CSnapshot::SetName(std::string_view name) { m_name = m_arena.Copy(name); }
 
 const CString& CSnapshot::GetTimeString() {
     if (m_strCreated.empty()) m_strCreated = LocalTimeText(GetCreatedTicks(), "%a %b %d %H:%M:%S %Y");
     return m_strCreated;
 }
 
-CString CSnapshot::GetLabel() const {
-    return CString(m_name) + " (" + m_strVersion + ")";
-}
+CString CSnapshot::GetLabel() const { return CString(m_name) + " (" + m_strVersion + ")"; }
 
 CString CSnapshot::GetSavePath() const {
     CString path(m_fullName);
@@ -57,9 +53,7 @@ CString CSnapshot::GetSavePath() const {
     return path;
 }
 
-CString CSnapshot::GetLoadPath() const {
-    return CString(m_fullName) + '\\' + CString(m_name) + CString(kExtension);
-}
+CString CSnapshot::GetLoadPath() const { return CString(m_fullName) + '\\' + CString(m_name) + CString(kExtension); }
 
 bool CSnapshot::Save() {
     const std::unique_ptr<CFileWriter> file = theContext.GetMachine().CreateFile(GetSavePath());

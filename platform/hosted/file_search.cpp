@@ -56,9 +56,7 @@ std::uint64_t TicksOf(const statx_timestamp& time) {
     return static_cast<std::uint64_t>(time.tv_sec) * kTicksPerSecond + kUnixEpochTicks + time.tv_nsec / 100;
 }
 
-std::uint64_t DeviceOf(const struct statx& status) {
-    return makedev(status.stx_dev_major, status.stx_dev_minor);
-}
+std::uint64_t DeviceOf(const struct statx& status) { return makedev(status.stx_dev_major, status.stx_dev_minor); }
 
 // getxattrat came with Linux 6.13, and the C library of this system does not know it yet.
 #ifndef SYS_getxattrat

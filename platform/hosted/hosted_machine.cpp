@@ -67,13 +67,9 @@ CString CHostedMachine::GetWindowsDirectory() {
     return m_pIdentity != nullptr ? m_pIdentity->GetWindowsDirectory() : CString();
 }
 
-CString CHostedMachine::GetTempPath() {
-    return m_pIdentity != nullptr ? m_pIdentity->GetTempPath() : CString();
-}
+CString CHostedMachine::GetTempPath() { return m_pIdentity != nullptr ? m_pIdentity->GetTempPath() : CString(); }
 
-CString CHostedMachine::GetModuleFileName() {
-    return m_paths.ToMachine(m_programFolder) + "\\delvane";
-}
+CString CHostedMachine::GetModuleFileName() { return m_paths.ToMachine(m_programFolder) + "\\delvane"; }
 
 // In whole milliseconds, as Windows tells the time of day.
 std::uint64_t CHostedMachine::GetSystemTime() {
@@ -120,9 +116,7 @@ std::uint32_t CHostedMachine::GetVolumeLabel(std::string_view root, CString& lab
     return ERROR_SUCCESS;
 }
 
-std::uint32_t CHostedMachine::GetConnection(std::string_view, CString&) {
-    return ERROR_NOT_CONNECTED;
-}
+std::uint32_t CHostedMachine::GetConnection(std::string_view, CString&) { return ERROR_NOT_CONNECTED; }
 
 bool CHostedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {
     image = {};

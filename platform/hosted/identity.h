@@ -21,8 +21,8 @@ public:
     explicit CPrefixIdentity(const std::string& folder);
 
     const std::vector<CString>& GetNotices() const { return m_notices; }
-    // Why this is no machine to take a snapshot of: system.reg is not whole, or DELVANE_USER names no account of it. One
-    // sentence, among the notices too; empty where all is well.
+    // Why this is no machine to take a snapshot of: system.reg is not whole, or DELVANE_USER names no account of it.
+    // One sentence, among the notices too; empty where all is well.
     const CString& GetProblem() const { return m_strProblem; }
 
     CVersionRecord GetVersion() const;

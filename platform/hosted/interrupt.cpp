@@ -12,9 +12,7 @@ constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 volatile std::sig_atomic_t g_interrupted = 0;
 std::array<struct sigaction, kSignals.size()> g_before;
 
-void OnSignal(int) {
-    g_interrupted = 1;
-}
+void OnSignal(int) { g_interrupted = 1; }
 
 }  // namespace
 

@@ -7,9 +7,7 @@
 namespace delvane {
 namespace {
 
-constexpr std::size_t RoundUp(std::size_t size) {
-    return (size + kPageBlock - 1) & ~(kPageBlock - 1);
-}
+constexpr std::size_t RoundUp(std::size_t size) { return (size + kPageBlock - 1) & ~(kPageBlock - 1); }
 
 }  // namespace
 
@@ -33,8 +31,6 @@ void* TakePages(std::size_t size) {
     return block;
 }
 
-void ReturnPages(void* block, std::size_t size) noexcept {
-    munmap(block, RoundUp(size));
-}
+void ReturnPages(void* block, std::size_t size) noexcept { munmap(block, RoundUp(size)); }
 
 }  // namespace delvane

@@ -16,9 +16,7 @@ constexpr std::uint32_t REG_EXPAND_SZ = 2;
 constexpr std::uint32_t REG_DWORD = 4;
 constexpr std::uint32_t REG_LINK = 6;
 
-bool EqualNoCase(std::string_view a, std::string_view b) {
-    return mbsicmp(a, b) == 0;
-}
+bool EqualNoCase(std::string_view a, std::string_view b) { return mbsicmp(a, b) == 0; }
 
 // What one look at a key line tells. A plain line is ASCII, and its only escapes are the doubled backslashes between
 // components; so it can be compared as it stands.
@@ -46,9 +44,7 @@ CKeyLine LookAt(std::string_view line) {
     return {};
 }
 
-char LowerAscii(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
-}
+char LowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
 // Whether a plain line is that of `path`, which has its length. Paths differ near their ends more than near their
 // beginnings, so the comparison goes backwards.

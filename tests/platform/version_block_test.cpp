@@ -43,9 +43,7 @@ std::string Query(const CByteSource& file, std::string_view path) {
     return block->Query(path).value_or(std::string(kNothing));
 }
 
-std::string Query(std::string_view image, std::string_view path) {
-    return Query(CShrinkingSource(image), path);
-}
+std::string Query(std::string_view image, std::string_view path) { return Query(CShrinkingSource(image), path); }
 
 void Patch(std::string& bytes, std::size_t offset, std::uint32_t number, std::size_t size) {
     for (std::size_t at = 0; at < size; ++at)

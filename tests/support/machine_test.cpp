@@ -24,9 +24,7 @@ CMachineTest::CMachineTest() {
     theContext.SetMachine(std::move(machine));
 }
 
-CMachineTest::~CMachineTest() {
-    ResetGlobals();
-}
+CMachineTest::~CMachineTest() { ResetGlobals(); }
 
 void CMachineTest::Start(std::string_view disks, CString commandLine) {
     m_pMachine->SetDisks(disks);

@@ -44,9 +44,7 @@ std::uint32_t KindOf(const CString& word) {
 
 }  // namespace
 
-CScriptedMachine::CScriptedMachine(std::string_view text) {
-    SetDisks(text);
-}
+CScriptedMachine::CScriptedMachine(std::string_view text) { SetDisks(text); }
 
 void CScriptedMachine::SetDisks(std::string_view text) {
     m_pRoot = std::make_shared<CEntry>();
@@ -222,9 +220,7 @@ std::optional<CVersionBlock> CScriptedMachine::GetFileVersionInfo(std::string_vi
     return CVersionBlock::Read(CSource(bytes));
 }
 
-bool CScriptedMachine::FileExists(std::string_view path) {
-    return m_files.contains(CString(path));
-}
+bool CScriptedMachine::FileExists(std::string_view path) { return m_files.contains(CString(path)); }
 
 bool CScriptedMachine::DirectoryExists(std::string_view path) {
     if (path.ends_with('\\')) path.remove_suffix(1);
@@ -237,9 +233,7 @@ bool CScriptedMachine::CreateDirectory(std::string_view path) {
     return true;
 }
 
-bool CScriptedMachine::DeleteFile(std::string_view path) {
-    return m_files.erase(CString(path)) != 0;
-}
+bool CScriptedMachine::DeleteFile(std::string_view path) { return m_files.erase(CString(path)) != 0; }
 
 std::optional<CFileBytes> CScriptedMachine::ReadFile(std::string_view path, std::uint64_t limit) {
     const auto found = m_files.find(CString(path));

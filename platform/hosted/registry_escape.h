@@ -1,0 +1,171 @@
+// The texts of Wine's registry files: escaped UTF-16 in quotation marks or brackets.
+//
+// A hundred megabytes are read at each capture, so a text is moved eight bytes at a time up to the first byte that
+// needs a decision. All is inline: the reader spends its time here.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <vector>
+
+#include "platform/utf.h"
+
+namespace delvane::registry_escape {
+
+constexpr const char* kZeroByte = "a zero byte inside a text";
+
+constexpr unsigned char kNoDigit = 0x80;
+constexpr std::array<unsigned char, 256> kDigits = [] {
+    std::array<unsigned char, 256> table{};
+    table.fill(kNoDigit);
+    for (unsigned i = 0; i < 10; ++i) {
+        table['0' + i] = static_cast<unsigned char>(i);
+    }
+    for (unsigned i = 0; i < 6; ++i) {
+        table['a' + i] = static_cast<unsigned char>(10 + i);
+        table['A' + i] = static_cast<unsigned char>(10 + i);
+    }
+    return table;
+}();
+
+inline unsigned Digit(const char* at) { return kDigits[static_cast<unsigned char>(*at)]; }
+inline bool IsDigit(const char* at) { return Digit(at) != kNoDigit; }
+inline bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+inline const char* SkipBlanks(const char* at, const char* end) {
+    while (at < end && IsBlank(*at)) {
+        ++at;
+    }
+    return at;
+}
+
+// Reads hexadecimal digits, at most `limit` of them.
+template <typename TNumber>
+TNumber ReadHexNumber(const char*& at, const char* end, int limit) {
+    TNumber number = 0;
+    for (; limit > 0 && at < end && IsDigit(at); --limit) {
+        number = static_cast<TNumber>(number << 4 | static_cast<TNumber>(Digit(at++)));
+    }
+    return number;
+}
+
+// Eight bytes of text at once. Each test below marks, in the high bit of its byte, every byte that it looks for; it may
+// mark wrongly only above one that it marks rightly, so the lowest mark is always true.
+constexpr std::uint64_t kOnes = 0x0101'0101'0101'0101;
+constexpr std::uint64_t kHighBits = kOnes << 7;
+constexpr std::uint64_t EveryByte(char c) { return kOnes * static_cast<unsigned char>(c); }
+constexpr std::uint64_t MarkZeros(std::uint64_t word) { return (word - kOnes) & ~word & kHighBits; }
+constexpr std::uint64_t MarkControls(std::uint64_t word) { return (word - kOnes * 0x20) & ~word & kHighBits; }
+
+// Marks the bytes that end a run of plain text: the closing character, a backslash, a control character.
+template <char kClosing>
+inline std::uint64_t MarkSpecial(std::uint64_t word) {
+    return MarkZeros(word ^ EveryByte(kClosing)) | MarkZeros(word ^ EveryByte('\\')) | MarkControls(word);
+}
+
+inline std::uint64_t LoadWord(const char* at) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, at, sizeof word);
+    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+    return word;
+}
+
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+inline unsigned FirstMark(std::uint64_t marks) { return static_cast<unsigned>(std::countr_zero(marks)) / 8; }
+
+// The first byte that is not plain text.
+inline const char* SkipPlain(const char* at, const char* end) {
+    while (static_cast<std::size_t>(end - at) >= kWord) {
+        const std::uint64_t marks = MarkSpecial<'"'>(LoadWord(at));
+        if (marks != 0) return at + FirstMark(marks);
+        at += kWord;
+    }
+    while (at < end && *at != '"' && *at != '\\' && static_cast<unsigned char>(*at) >= 0x20) {
+        ++at;
+    }
+    return at;
+}
+
+// Reads the escape behind a backslash that is not the end of the text.
+inline std::uint32_t ReadEscape(const char*& at, const char* end) {
+    const char c = *at++;
+    if (c == 'x') {
+        if (at == end || !IsDigit(at)) return 'x';
+        const auto high = ReadHexNumber<std::uint32_t>(at, end, 4);
+        if (!IsHighSurrogate(high) || end - at < 3 || at[0] != '\\' || at[1] != 'x') return high;
+        const char* next = at + 2;
+        const auto low = ReadHexNumber<std::uint32_t>(next, end, 4);
+        if (!IsLowSurrogate(low)) return high;
+        at = next;
+        return JoinSurrogates(high, low);
+    }
+    constexpr std::string_view kLetters = "abefnrtv";
+    constexpr std::string_view kMeanings = "\x07\x08\x1B\x0C\x0A\x0D\x09\x0B";
+    const std::size_t letter = c >= 'a' ? kLetters.find(c) : std::string_view::npos;
+    if (letter != std::string_view::npos) return static_cast<unsigned char>(kMeanings[letter]);
+    if (c < '0' || c > '7') return static_cast<unsigned char>(c);
+    auto unit = static_cast<std::uint32_t>(c - '0');
+    for (int digits = 1; digits < 3 && at < end && *at >= '0' && *at <= '7'; ++digits) {
+        unit = unit << 3 | static_cast<std::uint32_t>(*at++ - '0');
+    }
+    return unit;
+}
+
+struct CDecoded {
+    const char* m_pNext;    // behind the closing character, or where the text went wrong
+    std::size_t m_nLength;  // bytes written
+    const char* m_pReason;  // null when all is well
+};
+
+// Writes the escaped text at `at` into the buffer, up to its closing character; the buffer has room for one more byte
+// then. In a path empty components vanish, as they do when Wine makes the key.
+template <char kClosing, bool kPath>
+CDecoded Decode(const char* at, const char* end, std::vector<char>& buffer, const char* unclosed) {
+    constexpr std::size_t kRoom = 2 * kWord;  // more than any one step writes
+    if (buffer.size() < kRoom) buffer.resize(kRoom * 16);
+    char* to = buffer.data();
+    char* limit = to + buffer.size() - kRoom;
+    for (;;) {
+        if (to > limit) {
+            const std::ptrdiff_t written = to - buffer.data();
+            buffer.resize(buffer.size() * 2);
+            to = buffer.data() + written;
+            limit = buffer.data() + buffer.size() - kRoom;
+        }
+        if (static_cast<std::size_t>(end - at) >= kWord) {
+            const std::uint64_t marks = MarkSpecial<kClosing>(LoadWord(at));
+            std::memcpy(to, at, kWord);
+            if (marks == 0) {
+                at += kWord;
+                to += kWord;
+                continue;
+            }
+            at += FirstMark(marks);
+            to += FirstMark(marks);
+        } else if (at == end) {
+            return {at, 0, unclosed};
+        }
+        const char c = *at;
+        if (c == kClosing) break;
+        if (c == '\n') return {at, 0, unclosed};
+        if (c == '\0') return {at, 0, kZeroByte};
+        ++at;
+        if (c != '\\') {
+            *to++ = c;
+            continue;
+        }
+        if (at == end || *at == '\n' || *at == '\0') return {at, 0, unclosed};
+        if (static_cast<unsigned char>(*at) >= 0x80) continue;
+        const std::uint32_t decoded = ReadEscape(at, end);
+        if (kPath && decoded == '\\' && (to == buffer.data() || to[-1] == '\\')) continue;
+        to = PutUtf8(to, decoded);
+    }
+    if (kPath && to != buffer.data() && to[-1] == '\\') --to;
+    return {at + 1, static_cast<std::size_t>(to - buffer.data()), nullptr};
+}
+
+}  // namespace delvane::registry_escape
