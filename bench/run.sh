@@ -4,7 +4,7 @@
 #   compare   load, comparison and page, 1% changed  against comm -3 over the same facts as sorted text
 #   flat      one directory of 200,000 names         against one of 20,000
 # Usage: bench/run.sh [JOB...]. BENCH_ROUNDS sets the rounds (default 7), BENCH_DATA the folder of the trees (default:
-# delvane-bench below the temporary folder; about 350,000 files, kept for the next run).
+# delvane-bench below the temporary folder; about 520,000 files, kept for the next run).
 set -eu
 CDPATH='' cd -- "$(dirname -- "$0")/.."
 . cmake/setup.sh

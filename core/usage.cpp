@@ -29,13 +29,14 @@ What a capture reads
                      all kinds off), ND network, RD removable, CD compact discs
   /r:HIVE /r:HIVE-   a registry hive on or off: hklm, hkcu, hkcr
   /ext /ext-         file extensions on or off
+             (this build stores the registry and the extensions empty)
 The run
   /s         unattended: no window, the exit code tells the result
   /nologo    no splash window
 
 The machine (Linux)
   DELVANE_MACHINE    folder of a Wine prefix; else WINEPREFIX; else ~/.wine
-  DELVANE_USER       the account whose folders count (default: the prefix's)
+  DELVANE_USER       the account to record (default: the prefix's own)
   DELVANE_HOME       folder of delvane.cfg, delvane.err and Results
   Run "wineserver -w" before each snapshot of a Wine prefix: Wine writes its
   registry files late.
@@ -45,7 +46,7 @@ Exit code (bits, added up)
    1  information or warnings  8  a snapshot could not be loaded
    2  errors                  16  no report
   32  a visible run was asked for, and this build has no window
-  64  the program itself could not start
+  64  the program itself could not start or go on
 )";
 }
 

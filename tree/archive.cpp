@@ -31,8 +31,8 @@ std::uint32_t CArchive::ReadCount(std::size_t smallestRecord) {
 }
 
 void CArchive::Enter() {
-    if (++m_nDepth > kMaxTreeDepth) {
-        throw CArchiveError(GetOffset(), "nested more than " + std::to_string(kMaxTreeDepth) + " levels deep");
+    if (++m_nDepth > kMaxDepth) {
+        throw CArchiveError(GetOffset(), "nested more than " + std::to_string(kMaxDepth) + " levels deep");
     }
 }
 

@@ -62,7 +62,7 @@ public:
     // The count of a list whose records have at least `smallestRecord` bytes. It is taken as signed, 0 and below mean
     // none, and a count that the rest of the file cannot hold is an error: a count is a claim, not a size to allocate.
     std::uint32_t ReadCount(std::size_t smallestRecord);
-    // Refuses to go deeper than kMaxTreeDepth levels.
+    // Refuses to go deeper than a walk goes: kMaxTreeDepth directories, the set above them and a leaf below.
     void Enter();
     void Leave() { --m_nDepth; }
 
@@ -108,6 +108,7 @@ private:
     void WriteThrough(const void* bytes, std::size_t size);
 
     static constexpr std::size_t kBufferSize = std::size_t{1} << 18;
+    static constexpr std::uint32_t kMaxDepth = kMaxTreeDepth + 2;
 
     const char* m_pBegin = nullptr;
     const char* m_pNext = nullptr;

@@ -96,6 +96,18 @@ TEST_F(Program, RunningOutOfDescriptorsIsAFailedCapture) {
     EXPECT_EQ(m_home.Read("Results/a.dvs"), good);
 }
 
+TEST_F(Program, TheDeepestWalkCanBeLoadedAgain) {
+    const fs::path before = fs::current_path();
+    fs::current_path(m_prefix / "drive_c");
+    for (int i = 0; i < 1010; ++i) {
+        fs::create_directory("d");
+        fs::current_path("d");
+    }
+    fs::current_path(before);
+    EXPECT_EQ(Run("/s /bc:deep"), 0) << m_errors;
+    EXPECT_EQ(Run("/s /b:deep"), 0) << m_errors;
+}
+
 TEST_F(Program, AMachineThatIsNotWholeGivesNoSnapshot) {
     ASSERT_EQ(Run("/s /bc:a"), 0);
     const std::string good = m_home.Read("Results/a.dvs");
