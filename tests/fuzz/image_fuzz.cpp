@@ -2,34 +2,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <string_view>
 
-#include "platform/image.h"
 #include "platform/version_block.h"
-
-namespace {
-
-class CMemorySource : public delvane::CByteSource {
-public:
-    explicit CMemorySource(std::string_view bytes) : m_bytes(bytes) {}
-
-    std::uint64_t GetSize() const override { return m_bytes.size(); }
-    std::size_t Read(std::uint64_t offset, void* into, std::size_t size) const override {
-        if (offset >= m_bytes.size()) return 0;
-        const std::string_view part = m_bytes.substr(static_cast<std::size_t>(offset), size);
-        std::memcpy(into, part.data(), part.size());
-        return part.size();
-    }
-
-private:
-    std::string_view m_bytes;
-};
-
-}  // namespace
+#include "tests/support/memory_source.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const CMemorySource file({reinterpret_cast<const char*>(data), size});
+    const delvane::CMemorySource file(std::string_view(reinterpret_cast<const char*>(data), size));
     delvane::CLoadedImage image;
     const bool mapped = delvane::MapImage(file, image);
     if (image.fDOSImage && (mapped || image.fSystemImage)) std::abort();  // the answers exclude each other

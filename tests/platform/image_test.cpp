@@ -1,52 +1,25 @@
 #include "platform/image.h"
 
 #include <algorithm>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "samples/image_writer.h"
+#include "tests/support/memory_source.h"
 
 namespace delvane {
 namespace {
 
-// A file in memory that notes what is read of it.
-class CWatchedSource : public CByteSource {
-public:
-    explicit CWatchedSource(std::string_view bytes) : m_bytes(bytes) {}
-
-    std::uint64_t GetSize() const override { return m_bytes.size(); }
-    std::size_t Read(std::uint64_t offset, void* into, std::size_t size) const override {
-        ++m_nReads;
-        m_nAskedFor += size;
-        if (offset >= m_bytes.size()) return 0;
-        const std::string_view part = m_bytes.substr(static_cast<std::size_t>(offset), size);
-        std::memcpy(into, part.data(), part.size());
-        return part.size();
-    }
-
-    mutable std::size_t m_nReads = 0;
-    mutable std::size_t m_nAskedFor = 0;
-
-private:
-    std::string_view m_bytes;
-};
-
 // What MapImage says of the bytes, in one word. The flags come in set, so that one that is not reset shows.
 std::string KindOf(std::string_view bytes) {
     CLoadedImage image{true, true};
-    const bool mapped = MapImage(CWatchedSource(bytes), image);
+    const bool mapped = MapImage(CMemorySource(bytes), image);
     std::string kind = mapped ? "image" : "none";
     if (image.fSystemImage) kind += "+system";
     if (image.fDOSImage) kind += "+dos";
     return kind;
-}
-
-void Patch(std::string& bytes, std::size_t offset, std::uint32_t number, std::size_t size) {
-    for (std::size_t at = 0; at < size; ++at)
-        bytes.at(offset + at) = static_cast<char>(number >> 8 * at & 0xff);
 }
 
 // The same image with its newer header moved to the offset given.
@@ -142,7 +115,7 @@ TEST(Image, AFarHeaderIsFoundWithOneMoreRead) {
         EXPECT_EQ(KindOf(std::string_view(moved).substr(0, newHeader + 93)), "none");
         EXPECT_EQ(KindOf(std::string_view(moved).substr(0, newHeader + 3)), "none+dos");
 
-        const CWatchedSource source(moved);
+        const CMemorySource source(moved);
         CLoadedImage loaded;
         MapImage(source, loaded);
         EXPECT_EQ(source.m_nReads, newHeader <= 930 ? 1u : 2u);
@@ -152,7 +125,7 @@ TEST(Image, AFarHeaderIsFoundWithOneMoreRead) {
     // Where the first read has reached the end, nothing can lie beyond it.
     std::string shortFile = image.substr(0, 600);
     Patch(shortFile, 0x3c, 5000, 4);
-    const CWatchedSource source(shortFile);
+    const CMemorySource source(shortFile);
     CLoadedImage loaded;
     EXPECT_FALSE(MapImage(source, loaded));
     EXPECT_EQ(source.m_nReads, 1u);

@@ -1,6 +1,5 @@
 #include "platform/version_block.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -9,31 +8,10 @@
 #include <vector>
 
 #include "samples/image_writer.h"
+#include "tests/support/memory_source.h"
 
 namespace delvane {
 namespace {
-
-// A file in memory that may end before the size that it states, as one that another process cuts short.
-class CShrinkingSource : public CByteSource {
-public:
-    CShrinkingSource(std::string_view bytes, std::size_t readable) : m_bytes(bytes), m_nReadable(readable) {}
-    explicit CShrinkingSource(std::string_view bytes) : CShrinkingSource(bytes, bytes.size()) {}
-
-    std::uint64_t GetSize() const override { return m_bytes.size(); }
-    std::size_t Read(std::uint64_t offset, void* into, std::size_t size) const override {
-        m_nAskedFor += size;
-        if (offset >= m_nReadable) return 0;
-        const std::string_view part = m_bytes.substr(0, m_nReadable).substr(static_cast<std::size_t>(offset), size);
-        std::memcpy(into, part.data(), part.size());
-        return part.size();
-    }
-
-    mutable std::size_t m_nAskedFor = 0;
-
-private:
-    std::string_view m_bytes;
-    std::size_t m_nReadable;
-};
 
 constexpr std::string_view kNothing = "(nothing)";
 
@@ -43,12 +21,7 @@ std::string Query(const CByteSource& file, std::string_view path) {
     return block->Query(path).value_or(std::string(kNothing));
 }
 
-std::string Query(std::string_view image, std::string_view path) { return Query(CShrinkingSource(image), path); }
-
-void Patch(std::string& bytes, std::size_t offset, std::uint32_t number, std::size_t size) {
-    for (std::size_t at = 0; at < size; ++at)
-        bytes.at(offset + at) = static_cast<char>(number >> 8 * at & 0xff);
-}
+std::string Query(std::string_view image, std::string_view path) { return Query(CMemorySource(image), path); }
 
 std::uint32_t NumberAt(std::string_view bytes, std::size_t offset, std::size_t size) {
     std::uint32_t number = 0;
@@ -295,7 +268,7 @@ TEST(VersionBlock, EveryTruncationGivesTheWholeAnswerOrNone) {
             ASSERT_TRUE(cut == "7.5.0.12" || (cut == "(no block)" && !found)) << cut;
             found = cut != "(no block)";
             // The same where the file ends before the size that it states.
-            const std::string shrunk = Query(CShrinkingSource(whole, size), kFileE4);
+            const std::string shrunk = Query(CMemorySource(whole, size), kFileE4);
             ASSERT_TRUE(shrunk == "(no block)" || (shrunk == "7.5.0.12" && found)) << shrunk;
         }
         EXPECT_TRUE(found);
@@ -314,7 +287,7 @@ TEST(VersionBlock, RandomDamageNeverLeadsAstray) {
                 const std::size_t at = random() % damaged.size();
                 damaged[at] = static_cast<char>(round % 2 ? random() : random() % 3 - 1);
             }
-            const CShrinkingSource source(damaged);
+            const CMemorySource source(damaged);
             for (const char* const path : {kFileE4, kProductB0, "\\VarFileInfo\\Translation"}) {
                 ASSERT_LE(Query(source, path).size(), damaged.size() * 3 / 2);
             }

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "samples/image_writer.h"
+#include "tests/support/memory_source.h"
 
 namespace delvane {
 
@@ -208,16 +209,7 @@ std::optional<CVersionBlock> CScriptedMachine::GetFileVersionInfo(std::string_vi
     CVersionStrings strings;
     strings.m_strFileVersion = entry->m_version;
     const CString bytes = MakeImage(EImageKind::Pe32, strings);
-    struct CSource : CByteSource {
-        explicit CSource(const CString& b) : m_bytes(b) {}
-        std::uint64_t GetSize() const override { return m_bytes.size(); }
-        std::size_t Read(std::uint64_t offset, void* into, std::size_t size) const override {
-            if (offset >= m_bytes.size()) return 0;
-            return m_bytes.copy(static_cast<char*>(into), size, static_cast<std::size_t>(offset));
-        }
-        const CString& m_bytes;
-    };
-    return CVersionBlock::Read(CSource(bytes));
+    return CVersionBlock::Read(CMemorySource(bytes));
 }
 
 bool CScriptedMachine::FileExists(std::string_view path) { return m_files.contains(CString(path)); }
