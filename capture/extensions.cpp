@@ -43,7 +43,7 @@ void CDelvAllExts::Serialize(CArchive& archive) {
         return;
     }
     const std::uint32_t count = archive.ReadCount(kSmallestRecord);
-    m_extensions.reserve(count);
+    m_extensions.ReserveClaim(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         CDelvExtObj* const extension = archive.GetArena().New<CDelvExtObj>(this);
         m_extensions.push_back(extension);

@@ -101,14 +101,14 @@ void CDelvDirObj::Serialize(CArchive& archive) {
     archive.Enter();
     CArena& arena = archive.GetArena();
     const std::uint32_t fileCount = archive.ReadCount(kSmallestFileRecord);
-    m_files.reserve(fileCount);
+    m_files.ReserveClaim(fileCount);
     for (std::uint32_t i = 0; i < fileCount; ++i) {
         CDelvFileObj* const file = arena.New<CDelvFileObj>(this);
         m_files.push_back(file);
         file->CDelvFileObj::Serialize(archive);
     }
     const std::uint32_t subdirCount = archive.ReadCount(kSmallestDirRecord);
-    m_subdirs.reserve(subdirCount);
+    m_subdirs.ReserveClaim(subdirCount);
     for (std::uint32_t i = 0; i < subdirCount; ++i) {
         CDelvDirObj* const subdir = NewSubdir(arena);
         m_subdirs.push_back(subdir);

@@ -40,14 +40,14 @@ void CDelvRegKeyObj::Serialize(CArchive& archive) {
     archive.Enter();
     CArena& arena = archive.GetArena();
     const std::uint32_t valueCount = archive.ReadCount(kSmallestRecord);
-    m_values.reserve(valueCount);
+    m_values.ReserveClaim(valueCount);
     for (std::uint32_t i = 0; i < valueCount; ++i) {
         CDelvRegValObj* const value = arena.New<CDelvRegValObj>(this);
         m_values.push_back(value);
         value->CDelvRegValObj::Serialize(archive);
     }
     const std::uint32_t keyCount = archive.ReadCount(kSmallestRecord);
-    m_subkeys.reserve(keyCount);
+    m_subkeys.ReserveClaim(keyCount);
     for (std::uint32_t i = 0; i < keyCount; ++i) {
         CDelvRegKeyObj* const key = arena.New<CDelvRegKeyObj>(this, arena);
         m_subkeys.push_back(key);
@@ -79,7 +79,7 @@ void CDelvAllReg::Serialize(CArchive& archive) {
     }
     CArena& arena = archive.GetArena();
     const std::uint32_t count = archive.ReadCount(kSmallestHiveRecord);
-    m_subkeys.reserve(count);
+    m_subkeys.ReserveClaim(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         CDelvRegHiveObj* const hive = arena.New<CDelvRegHiveObj>(this, arena);
         m_subkeys.push_back(hive);

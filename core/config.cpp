@@ -37,14 +37,14 @@ void PutU32(CString& bytes, std::uint32_t value) {
 }  // namespace
 
 bool CRunContext::ReadConfig() {
-    std::optional<CFileBytes> file;
+    CFileBytes file;
     try {
-        file = m_pMachine->ReadFile(GetConfigPath(), std::uint64_t{1} << 20);
+        file = m_pMachine->ReadFileHead(GetConfigPath(), kConfigSize);
     } catch (const CFileError&) {
         return false;
     }
-    if (!file || file->m_nSize < kConfigSize) return false;
-    const std::string_view bytes = file->GetBytes();
+    const std::string_view bytes = file.GetBytes();
+    if (bytes.size() < kConfigSize) return false;
     m_dwDrivesOn = GetU32(bytes, 0);
     m_dwDrivesOff = GetU32(bytes, 4);
     for (std::size_t i = 0; i < kFlagCount; ++i)
@@ -60,7 +60,6 @@ bool CRunContext::WriteConfig() const {
         PutU32(bytes, this->*flag ? 1 : 0);
     try {
         const std::unique_ptr<CFileWriter> file = m_pMachine->CreateFile(GetConfigPath());
-        if (file == nullptr) return false;
         file->Write(bytes);
         file->Commit();
         return true;

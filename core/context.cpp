@@ -167,9 +167,9 @@ const CString& CRunContext::GetResultsDir() {
 }
 
 void CRunContext::Say(CString sentence) {
-    // One line, whatever a name in it holds.
-    std::replace_if(
-        sentence.begin(), sentence.end(), [](char c) { return c == '\n' || c == '\r' || c == '\0'; }, ' ');
+    // One line, and nothing that a terminal would obey, whatever a name in it holds.
+    const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
+    std::replace_if(sentence.begin(), sentence.end(), isControl, ' ');
     if (!sentence.empty() && m_said.insert(sentence).second) std::cerr << "delvane: " << sentence << '\n' << std::flush;
 }
 

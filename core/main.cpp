@@ -24,6 +24,6 @@ int main(int argumentCount, char** arguments) {
         return theApp.ExitInstance();
     } catch (const std::exception& error) {
         std::cerr << "delvane: " << error.what() << '\n';
-        return kExitNoWindow << 1;
+        return kExitNotStarted;
     }
 }

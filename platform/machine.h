@@ -120,7 +120,13 @@ private:
     std::uint32_t m_dwCode;
 };
 
-// Somebody asked the process to end while a capture or a save was under way (SIGINT, SIGTERM).
+// The file could not even be opened or created.
+class CFileOpenError : public CFileError {
+public:
+    using CFileError::CFileError;
+};
+
+// Somebody asked the process to end while a capture or a save was under way (SIGINT, SIGTERM, SIGHUP).
 class CInterrupted : public std::runtime_error {
 public:
     CInterrupted() : std::runtime_error("interrupted by a signal") {}
@@ -178,7 +184,8 @@ public:
 
     // The file system under examination. OpenSearch lists the directory at `path`; null when it cannot be read, when
     // it is its own ancestor through a link, or when it lies too deep. FindPath looks up the one entry at `path`. Both
-    // throw CInterrupted once an interruption was asked for.
+    // throw CInterrupted once an interruption was asked for, and CFileError when the process has run out of
+    // descriptors or memory: it must not call a directory empty then.
     virtual std::unique_ptr<CFileSearch> OpenSearch(std::string_view path) = 0;
     virtual bool FindPath(std::string_view path, CFileWords& words) = 0;
 
@@ -192,10 +199,12 @@ public:
     virtual bool DirectoryExists(std::string_view path) = 0;
     virtual bool CreateDirectory(std::string_view path) = 0;  // the last level only
     virtual bool DeleteFile(std::string_view path) = 0;
-    // Reads up to `limit` bytes. Nothing when the file cannot be opened; CFileError when it cannot be read or is
-    // larger than the limit.
-    virtual std::optional<CFileBytes> ReadFile(std::string_view path, std::uint64_t limit) = 0;
-    virtual std::unique_ptr<CFileWriter> CreateFile(std::string_view path) = 0;       // null if it cannot be created
+    // ReadFile gives the whole of a file of no more than `limit` bytes, ReadFileHead the first `size` bytes or what
+    // there is. Each throws CFileOpenError where there is no such file or it cannot be opened or created, CFileError
+    // where it cannot be read or is too large.
+    virtual CFileBytes ReadFile(std::string_view path, std::uint64_t limit) = 0;
+    virtual CFileBytes ReadFileHead(std::string_view path, std::size_t size) = 0;
+    virtual std::unique_ptr<CFileWriter> CreateFile(std::string_view path) = 0;
     virtual std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) = 0;  // null if it cannot be created
     // The path as a person on this system would write it, for messages.
     virtual CString GetDisplayPath(std::string_view path) const = 0;
@@ -203,8 +212,8 @@ public:
     virtual void OpenDocument(std::string_view path) = 0;
 };
 
-// While one lives, a request to end the process (SIGINT, SIGTERM) makes searches and file writers throw CInterrupted
-// instead of ending the process at once. One at a time.
+// While one lives, a request to end the process (SIGINT, SIGTERM, SIGHUP) makes searches and file writers throw
+// CInterrupted instead of ending the process at once. One at a time.
 class CInterruptGuard {
 public:
     CInterruptGuard();

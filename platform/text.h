@@ -18,6 +18,9 @@ inline int mbscmp(std::string_view a, std::string_view b) { return a.compare(b);
 // _mbsicmp: the same without regard to case (Unicode simple folding, so that É equals é).
 int mbsicmp(std::string_view a, std::string_view b);
 
+// The text in a form that is equal for texts that equal each other without regard to case: a key for maps.
+CString FoldCase(std::string_view text);
+
 // True if `text` begins with `prefix` without regard to case; false for an empty prefix. As many bytes of the text
 // are compared as the prefix has (_mbsnbicmp), so it knows nothing of path separators.
 bool IsPrefixNoCase(std::string_view prefix, std::string_view text);

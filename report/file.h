@@ -76,8 +76,6 @@ private:
 
     static CString DisplayName(const CDelvObj& object);
     void WriteSide(std::ostream& stream, std::string_view label, const CDelvObj& object) const;
-
-    friend struct CFileReportTables;  // file_write.cpp
 };
 
 }  // namespace delvane

@@ -66,9 +66,11 @@ void CMasterReport::AddObjError(int section, CDelvObj& object, std::string_view 
 
 bool CMasterReport::GenerateReport() {
     if (!m_pCurrent->Compare(*m_pBaseline, *this)) return false;
-    std::unique_ptr<CFileWriter> file = theContext.GetMachine().CreateFile(m_strReportPath);
-    if (file == nullptr) {
-        theContext.Say("the report " + theContext.GetMachine().GetDisplayPath(m_strReportPath) + " cannot be created");
+    std::unique_ptr<CFileWriter> file;
+    try {
+        file = theContext.GetMachine().CreateFile(m_strReportPath);
+    } catch (const CFileOpenError& error) {
+        theContext.Say("the report cannot be created: " + CString(error.what()));
         std::ostream nowhere(nullptr);
         WritePage(nowhere);
         return true;

@@ -28,7 +28,6 @@ constexpr CEntry kTable[] = {
     {IDS_SYSTEM_FILE,
      "System File Added or Changed, may be a violation of Logo requirement. Click <A HREF=\"#%1\">here</A> for file "
      "details."},
-    {IDS_APPLICATION_TITLE, "Norvelle-Kestran Install Delvane"},
     {IDS_OTHER_MACHINES,
      "The Current Snapshot was created on a different machine (%1) than the Baseline Snapshot (%2). Results may be "
      "unreliable!"},

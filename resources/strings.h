@@ -1,4 +1,4 @@
-// The string table: every text that a user sees in a report, a message or a log, by its id.
+// The string table: the texts that go by an id, findings and messages above all.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +18,6 @@ enum : std::uint32_t {
     IDS_EXES_ADDED_OUTSIDE = 182,
     IDS_KERNEL_DRIVERS = 183,
     IDS_SYSTEM_FILE = 184,
-    IDS_APPLICATION_TITLE = 185,
     IDS_OTHER_MACHINES = 223,
     IDS_CURRENT_ELSEWHERE = 224,
     IDS_OTHER_SYSTEMS = 226,

@@ -29,8 +29,7 @@ bool CreateSnapshot(CSnapshot& snapshot) {
     const CInterruptGuard guard;
     const CString reason = ReasonOfFailure([&]() -> CString {
         if (!snapshot.Capture(nullptr)) return snapshot.GetError();
-        if (!snapshot.Save())
-            return theContext.GetMachine().GetDisplayPath(snapshot.GetSavePath()) + ": the file cannot be created";
+        if (!snapshot.Save()) return snapshot.GetError();
         return {};
     });
     if (reason.empty()) return true;
@@ -73,8 +72,6 @@ bool RunSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name, bool cre
 }
 
 }  // namespace
-
-CMainDlg::~CMainDlg() { m_pCurrent.reset(); }
 
 void CMainDlg::RunUnattended() {
     if (!theContext.m_strBaselineName.empty() && !RunBaseline()) return;

@@ -9,8 +9,6 @@ namespace delvane {
 
 class CMainDlg {
 public:
-    ~CMainDlg();
-
     // What the command line of an unattended run asks for: baseline, current, report. The first failure of the two
     // snapshots ends it. What went wrong stands in the exit code, and in one sentence on standard error.
     void RunUnattended();
@@ -21,7 +19,7 @@ private:
     bool RunCurrent();
     bool RunReport();
 
-    std::unique_ptr<CSnapshot> m_pBaseline;
+    std::unique_ptr<CSnapshot> m_pBaseline;  // destroyed after the Current
     std::unique_ptr<CSnapshot> m_pCurrent;
 };
 

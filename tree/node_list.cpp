@@ -17,7 +17,9 @@ void CNodeList::Grow(unsigned power) {
     m_nPower = static_cast<std::uint8_t>(power);
 }
 
-void CNodeList::reserve(std::size_t count) {
+void CNodeList::ReserveClaim(std::size_t count) {
+    constexpr std::size_t kBelieved = 1024;
+    count = std::min(count, kBelieved);
     if (count == 0) return;
     const unsigned power = static_cast<unsigned>(std::bit_width(count - 1));
     if (m_pNodes == nullptr || power > m_nPower) Grow(power);

@@ -27,8 +27,9 @@ public:
     void push_back(CDelvObj* node) { insert(end(), node); }
     void insert(CDelvObj** position, CDelvObj* node);
     void erase(CDelvObj** position);
-    // Room for this many nodes in one array.
-    void reserve(std::size_t count);
+    // Room for a list that claims to hold that many nodes. A claim far above what most lists hold is not believed at
+    // once: the list grows when the nodes come.
+    void ReserveClaim(std::size_t count);
 
 private:
     void Grow(unsigned power);

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::uint32_t kMagic = 0x44454C56;  // "VLED"
 constexpr std::uint32_t kVersion = 0x00020001;
+constexpr std::size_t kHeadSize = 8;  // the two of them
 constexpr std::uint32_t kVersion11 = 0x00010001;
 constexpr std::uint32_t kVersion13 = 0x00010003;
 constexpr std::string_view kExtension = ".dvs";
@@ -56,8 +57,13 @@ CString CSnapshot::GetSavePath() const {
 CString CSnapshot::GetLoadPath() const { return CString(m_fullName) + '\\' + CString(m_name) + CString(kExtension); }
 
 bool CSnapshot::Save() {
-    const std::unique_ptr<CFileWriter> file = theContext.GetMachine().CreateFile(GetSavePath());
-    if (file == nullptr) return false;
+    std::unique_ptr<CFileWriter> file;
+    try {
+        file = theContext.GetMachine().CreateFile(GetSavePath());
+    } catch (const CFileOpenError& error) {
+        m_strError = error.what();
+        return false;
+    }
     CArchive archive(*file);
     archive.WriteU32(kMagic);
     archive.WriteU32(kVersion);
@@ -68,13 +74,24 @@ bool CSnapshot::Save() {
 }
 
 bool CSnapshot::Load() {
-    std::optional<CFileBytes> file = theContext.GetMachine().ReadFile(GetLoadPath(), kLargestFile);
-    if (!file) {
-        m_strError = theContext.GetMachine().GetDisplayPath(GetLoadPath()) + ": the file cannot be opened";
+    CMachine& machine = theContext.GetMachine();
+    try {
+        // The head tells whether the rest is worth reading.
+        const CFileBytes head = machine.ReadFileHead(GetLoadPath(), kHeadSize);
+        CArchive archive(head.GetBytes(), m_arena);
+        if (!LoadHead(archive)) return false;
+        m_file = machine.ReadFile(GetLoadPath(), kLargestFile);
+    } catch (const CFileOpenError& error) {
+        m_strError = error.what();
         return false;
     }
-    m_file = std::move(*file);
     CArchive archive(m_file.GetBytes(), m_arena);
+    archive.ReadBytes(kHeadSize);
+    Serialize(archive);
+    return true;
+}
+
+bool CSnapshot::LoadHead(CArchive& archive) {
     if (archive.ReadU32() != kMagic) {
         RefuseLoad(IDS_WRONG_SIGNATURE);
         return false;
@@ -88,7 +105,6 @@ bool CSnapshot::Load() {
         return false;
     }
     m_strVersion = "v" + std::to_string(major) + "." + std::to_string(minor);
-    Serialize(archive);
     return true;
 }
 

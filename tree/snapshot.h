@@ -46,7 +46,7 @@ public:
     // `progress` m_pProgress serves. Lets no exception out: false after any, and GetError tells which.
     bool Capture(CCaptureProgress* progress) override;
 
-    // Why the last Capture or Load gave false, in words; empty for a cancelled capture.
+    // Why the last Capture, Load or Save gave false, in words; empty for a cancelled capture.
     const CString& GetError() const { return m_strError; }
 
     CString m_strUserName;
@@ -61,6 +61,7 @@ public:
     CCaptureProgress* m_pProgress = nullptr;  // set by whoever runs a visible capture
 
 private:
+    bool LoadHead(CArchive& archive);
     void RefuseLoad(std::uint32_t textId);
 
     CArena m_arena;

@@ -153,14 +153,16 @@ bool CHostedMachine::DeleteFile(std::string_view path) {
     return hostPath && unlink(hostPath->c_str()) == 0;
 }
 
-std::optional<CFileBytes> CHostedMachine::ReadFile(std::string_view path, std::uint64_t limit) {
-    const std::optional<std::string> hostPath = m_paths.Find(path);
-    return hostPath ? ReadWholeHostFile(*hostPath, GetDisplayPath(path), limit) : std::nullopt;
+CFileBytes CHostedMachine::ReadFile(std::string_view path, std::uint64_t limit) {
+    return ReadOwnFile(m_paths.Find(path), GetDisplayPath(path), limit, false);
+}
+
+CFileBytes CHostedMachine::ReadFileHead(std::string_view path, std::size_t size) {
+    return ReadOwnFile(m_paths.Find(path), GetDisplayPath(path), size, true);
 }
 
 std::unique_ptr<CFileWriter> CHostedMachine::CreateFile(std::string_view path) {
-    const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
-    return hostPath ? CreateHostFile(*hostPath, GetDisplayPath(path)) : nullptr;
+    return CreateHostFile(m_paths.FindForCreation(path), GetDisplayPath(path));
 }
 
 std::unique_ptr<std::ostream> CHostedMachine::CreateTextFile(std::string_view path) {

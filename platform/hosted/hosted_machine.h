@@ -49,7 +49,8 @@ public:
     bool DirectoryExists(std::string_view path) override;
     bool CreateDirectory(std::string_view path) override;
     bool DeleteFile(std::string_view path) override;
-    std::optional<CFileBytes> ReadFile(std::string_view path, std::uint64_t limit) override;
+    CFileBytes ReadFile(std::string_view path, std::uint64_t limit) override;
+    CFileBytes ReadFileHead(std::string_view path, std::size_t size) override;
     std::unique_ptr<CFileWriter> CreateFile(std::string_view path) override;
     std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) override;
     CString GetDisplayPath(std::string_view path) const override { return m_paths.ToDisplay(path); }

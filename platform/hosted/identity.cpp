@@ -105,7 +105,7 @@ std::unique_ptr<CRegistryLookup> CPrefixIdentity::ReadRegistry(const char* fileN
     errno = 0;
     const std::optional<std::string> text = ReadHostFile(path, kLargestRegistry);
     const int error = errno != 0 ? errno : EFBIG;
-    auto registry = std::make_unique<CRegistryLookup>(text.value_or(""), keys);
+    auto registry = std::make_unique<CRegistryLookup>(text ? std::string_view(*text) : std::string_view(), keys);
     CString problem;
     if (!text) {
         problem = path + " cannot be read: " + std::strerror(error);

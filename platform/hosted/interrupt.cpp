@@ -9,15 +9,17 @@ namespace {
 
 constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 
-volatile std::sig_atomic_t g_interrupted = 0;
+volatile std::sig_atomic_t g_signal = 0;  // the request that came, or 0
+bool g_delivered = false;                 // somebody was told of it
 std::array<struct sigaction, kSignals.size()> g_before;
 
-void OnSignal(int) { g_interrupted = 1; }
+void OnSignal(int signal) { g_signal = signal; }
 
 }  // namespace
 
 CInterruptGuard::CInterruptGuard() {
-    g_interrupted = 0;
+    g_signal = 0;
+    g_delivered = false;
     struct sigaction action {};
     action.sa_handler = OnSignal;
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
@@ -30,11 +32,16 @@ CInterruptGuard::CInterruptGuard() {
 CInterruptGuard::~CInterruptGuard() {
     for (std::size_t i = 0; i < kSignals.size(); ++i)
         sigaction(kSignals[i], &g_before[i], nullptr);
-    g_interrupted = 0;
+    // A request that came when nothing asked any more ends the process now.
+    const int pending = g_delivered ? 0 : g_signal;
+    g_signal = 0;
+    if (pending != 0) std::raise(pending);
 }
 
 void ThrowIfInterrupted() {
-    if (g_interrupted != 0) throw CInterrupted();
+    if (g_signal == 0) return;
+    g_delivered = true;
+    throw CInterrupted();
 }
 
 }  // namespace delvane

@@ -21,7 +21,7 @@ void* TakePages(std::size_t size) {
     const auto address = reinterpret_cast<std::uintptr_t>(begin);
     const std::size_t lead = (kPageBlock - address % kPageBlock) % kPageBlock;
     if (lead != 0) munmap(begin, lead);
-    if (lead != kPageBlock) munmap(begin + lead + whole, kPageBlock - lead);
+    munmap(begin + lead + whole, kPageBlock - lead);
     char* const block = begin + lead;
     // Neither call is needed for the memory to work, so their failures do not matter.
     madvise(block, whole, MADV_HUGEPAGE);

@@ -1,5 +1,6 @@
 #include "platform/hosted/own_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -26,11 +27,20 @@ std::string DirectoryOf(const std::string& path) {
     return end == std::string::npos ? "." : path.substr(0, end == 0 ? 1 : end);
 }
 
-// Whether a new file may take this place: nothing is there, or a regular file that may be written.
-bool MayTakePlace(const std::string& path) {
+[[noreturn]] void ThrowOpenError(std::string_view shownPath, std::string_view action, int error) {
+    throw CFileOpenError(shownPath, action, Win32Error(error), std::strerror(error));
+}
+
+// Whether a new file may take this place, with errno if not: nothing is there, or a regular file that may be written.
+// `mode` is then that file's, or what a new file gets.
+bool MayTakePlace(const std::string& path, mode_t& mode) {
     struct stat status {};
+    mode = 0;
     if (stat(path.c_str(), &status) != 0) return errno == ENOENT;
-    return S_ISREG(status.st_mode) && access(path.c_str(), W_OK) == 0;
+    mode = status.st_mode & 07777;
+    if (S_ISREG(status.st_mode)) return access(path.c_str(), W_OK) == 0;
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EACCES;
+    return false;
 }
 
 class CHostFileWriter : public CFileWriter {
@@ -59,6 +69,7 @@ public:
         ThrowIfInterrupted();
         if (fsync(m_file.Get()) != 0) throw ErrorOf(m_strShownPath, "flush", errno);
         if (close(m_file.Release()) != 0) throw ErrorOf(m_strShownPath, "close", errno);
+        ThrowIfInterrupted();  // flushing takes the longest
         if (rename(m_strTemporary.c_str(), m_strTarget.c_str()) != 0) {
             throw ErrorOf(m_strShownPath, "replace", errno);
         }
@@ -76,43 +87,46 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CFileWriter> CreateHostFile(const std::string& hostPath, std::string_view shownPath) {
+std::unique_ptr<CFileWriter> CreateHostFile(const std::optional<std::string>& hostPath, std::string_view shownPath) {
+    if (!hostPath) ThrowOpenError(shownPath, "create", ENOENT);
     // Through a link, the file it leads to is replaced and not the link.
-    const std::string real = RealHostPath(hostPath);
-    const std::string& target = real.empty() ? hostPath : real;
-    if (!MayTakePlace(target)) return nullptr;
+    const std::string real = RealHostPath(*hostPath);
+    const std::string& target = real.empty() ? *hostPath : real;
+    mode_t mode = 0;
+    if (!MayTakePlace(target, mode)) ThrowOpenError(shownPath, "create", errno);
     // The name says whose it is, should a power failure leave it behind. It holds nothing of the target's name, which
     // may be as long as the file system allows.
     const std::string stem = DirectoryOf(target) + "/.delvane-" + std::to_string(getpid()) + "-";
-    for (int attempt = 0; attempt < 100; ++attempt) {
+    for (int attempt = 0;; ++attempt) {
         std::string temporary = stem + std::to_string(attempt) + ".tmp";
         CDescriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-        if (file) {
-            return std::make_unique<CHostFileWriter>(std::move(file), std::move(temporary), target, shownPath);
-        }
-        if (errno != EEXIST) break;
+        if (!file && (errno != EEXIST || attempt > 100)) ThrowOpenError(shownPath, "create", errno);
+        if (!file) continue;
+        if (mode != 0) fchmod(file.Get(), mode);  // the new file is as open to others as the one that it replaces
+        return std::make_unique<CHostFileWriter>(std::move(file), std::move(temporary), target, shownPath);
     }
-    return nullptr;
 }
 
 std::unique_ptr<std::ostream> CreateHostTextFile(const std::string& hostPath) {
-    if (!MayTakePlace(hostPath)) return nullptr;
+    mode_t mode = 0;
+    if (!MayTakePlace(hostPath, mode)) return nullptr;
     auto stream = std::make_unique<std::ofstream>(hostPath, std::ios::binary | std::ios::trunc);
     if (!stream->is_open()) return nullptr;
     return stream;
 }
 
-std::optional<CFileBytes> ReadWholeHostFile(const std::string& hostPath, std::string_view shownPath,
-                                            std::uint64_t limit) {
-    const std::optional<CHostFile> file = CHostFile::Open(hostPath);
-    if (!file) return std::nullopt;
-    if (file->GetSize() > limit) {
+CFileBytes ReadOwnFile(const std::optional<std::string>& hostPath, std::string_view shownPath, std::uint64_t limit,
+                       bool headOnly) {
+    if (!hostPath) ThrowOpenError(shownPath, "open", ENOENT);
+    const std::optional<CHostFile> file = CHostFile::Open(*hostPath);
+    if (!file) ThrowOpenError(shownPath, "open", errno);
+    if (file->GetSize() > limit && !headOnly) {
         throw CFileError(shownPath, "read", Win32Error(EFBIG),
                          "the file is larger than " + GroupedDecimalText(static_cast<std::int64_t>(limit)) + " bytes");
     }
     CFileBytes bytes;
     if (file->GetSize() == 0) return bytes;
-    bytes.m_buffer = CPageBuffer(static_cast<std::size_t>(file->GetSize()));
+    bytes.m_buffer = CPageBuffer(static_cast<std::size_t>(std::min(file->GetSize(), limit)));
     while (bytes.m_nSize < bytes.m_buffer.GetSize()) {
         const ssize_t got = read(file->GetDescriptor(), bytes.m_buffer.GetData() + bytes.m_nSize,
                                  bytes.m_buffer.GetSize() - bytes.m_nSize);

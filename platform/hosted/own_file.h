@@ -12,17 +12,20 @@ namespace delvane {
 // Asked by searches and file writers: throws CInterrupted once a CInterruptGuard has seen a signal.
 void ThrowIfInterrupted();
 
-// A writer that fills a file beside the target and renames it over the target at Commit. Null where the directory
-// takes no file, or where something other than a regular file, or one that may not be written, stands at the target.
-// `shownPath` is the name by which errors speak of it.
-std::unique_ptr<CFileWriter> CreateHostFile(const std::string& hostPath, std::string_view shownPath);
+// The path of the host is absent where there is none for it; `shownPath` is the name by which errors speak of it.
+
+// A writer that fills a file beside the target and renames it over the target at Commit. CFileOpenError where the
+// directory takes no file, or where something other than a regular file, or one that may not be written, stands at
+// the target.
+std::unique_ptr<CFileWriter> CreateHostFile(const std::optional<std::string>& hostPath, std::string_view shownPath);
 
 // A text stream into a file that is created or emptied; null where that cannot be.
 std::unique_ptr<std::ostream> CreateHostTextFile(const std::string& hostPath);
 
-// The whole of a regular file. Nothing where it cannot be opened.
-std::optional<CFileBytes> ReadWholeHostFile(const std::string& hostPath, std::string_view shownPath,
-                                            std::uint64_t limit);
+// A regular file of no more than `limit` bytes, or, for `headOnly`, its first `limit` bytes. CFileOpenError where it
+// cannot be opened.
+CFileBytes ReadOwnFile(const std::optional<std::string>& hostPath, std::string_view shownPath, std::uint64_t limit,
+                       bool headOnly);
 
 // Starts the desktop's own opener for the document.
 void OpenHostDocument(const std::string& hostPath);

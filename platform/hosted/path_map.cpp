@@ -25,18 +25,6 @@ std::string Join(const std::string& directory, std::string_view name) {
     return path += name;
 }
 
-// The name in the directory that equals `name` without regard to case; of several the first by byte.
-std::optional<std::string> FindName(const std::string& directory, std::string_view name) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.c_str()), &closedir);
-    if (stream == nullptr) return std::nullopt;
-    std::optional<std::string> found;
-    while (const dirent* const entry = readdir(stream.get())) {
-        const std::string_view candidate = entry->d_name;
-        if (mbsicmp(candidate, name) == 0 && (!found || candidate < *found)) found = candidate;
-    }
-    return found;
-}
-
 }  // namespace
 
 std::string ToHostForm(std::string_view hostPath) {
@@ -79,13 +67,25 @@ std::optional<CPathMap::CParts> CPathMap::Split(std::string_view path) const {
     return parts;
 }
 
-std::optional<std::string> CPathMap::Spell(std::string_view path) const {
-    const std::optional<CParts> parts = Split(path);
-    if (!parts) return std::nullopt;
-    std::string spelled = parts->m_base;
-    for (const std::string& name : parts->m_names)
-        spelled = Join(spelled, name);
-    return spelled;
+// A comparison asks for each file that has gone since the snapshot; listing its directory each time would make that the
+// square of their number. So the last directory is remembered, for as long as its times say that it is the same.
+std::optional<std::string> CPathMap::FindName(const std::string& directory, std::string_view name) const {
+    struct stat status {};
+    if (stat(directory.c_str(), &status) != 0) return std::nullopt;
+    const auto stamp = [](const timespec& time) { return std::pair(time.tv_sec, time.tv_nsec); };
+    if (m_listing.m_directory != directory || m_listing.m_changed != stamp(status.st_ctim)) {
+        m_listing.m_directory = directory;
+        m_listing.m_changed = stamp(status.st_ctim);
+        m_listing.m_names.clear();
+        const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.c_str()), &closedir);
+        if (stream == nullptr) return std::nullopt;
+        while (const dirent* const entry = readdir(stream.get())) {
+            std::string& found = m_listing.m_names[FoldCase(entry->d_name)];
+            if (found.empty() || found > entry->d_name) found = entry->d_name;
+        }
+    }
+    const auto found = m_listing.m_names.find(FoldCase(name));
+    return found == m_listing.m_names.end() ? std::nullopt : std::optional(found->second);
 }
 
 std::optional<std::string> CPathMap::Find(std::string_view path) const {

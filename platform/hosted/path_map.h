@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace delvane {
@@ -24,12 +26,10 @@ public:
     const std::vector<CHostedDrive>& GetDrives() const { return m_drives; }
     const CHostedDrive* FindDrive(char letter) const;
 
-    // The path of the host as the machine path spells it. "." and ".." are worked out in the text and never lead above
-    // the drive's root. Nothing for a path of neither form and for a drive that is not there.
-    std::optional<std::string> Spell(std::string_view path) const;
     // The path of the host for something that exists: as it is spelled, else the first match (by byte) in each
-    // directory without regard to case. A path in host form is taken as it is spelled alone. Nothing where there is
-    // no such thing.
+    // directory without regard to case. A path in host form is taken as it is spelled alone. "." and ".." are worked
+    // out in the text and never lead above the drive's root. Nothing where there is no such thing, for a path of
+    // neither form and for a drive that is not there.
     std::optional<std::string> Find(std::string_view path) const;
     // The path of the host for something to be made: its directory by Find, and in it the name as it stands there, or
     // as it is spelled.
@@ -47,9 +47,17 @@ private:
         std::vector<std::string> m_names;
         bool m_bIsDrive = false;
     };
+    // The names of one directory by their folded form; of several that fold alike the first by byte.
+    struct CListing {
+        std::string m_directory;
+        std::pair<std::int64_t, std::int64_t> m_changed;  // the directory's change time
+        std::unordered_map<std::string, std::string> m_names;
+    };
     std::optional<CParts> Split(std::string_view path) const;
+    std::optional<std::string> FindName(const std::string& directory, std::string_view name) const;
 
     std::vector<CHostedDrive> m_drives;
+    mutable CListing m_listing;  // the last directory that was searched for a name
 };
 
 // \home\u\x of /home/u/x, and back.

@@ -102,8 +102,8 @@ CRegistryLookup::CRegistryLookup(std::string_view text, const std::vector<std::s
             wanted = &*found;
         }
         if (!reader.ReadKey(key)) continue;
-        if (wanted == nullptr) wanted = FindWanted(key.path);
-        if (wanted != nullptr) ReadValues(reader, key.isLink, *wanted);
+        if (wanted == nullptr) wanted = FindWanted(key.m_path);
+        if (wanted != nullptr) ReadValues(reader, key.m_bIsLink, *wanted);
     }
     m_problem = reader.GetProblem();
     m_bHeader = reader.HasHeader();
@@ -113,10 +113,10 @@ CRegistryLookup::CRegistryLookup(std::string_view text, const std::vector<std::s
 void CRegistryLookup::ReadValues(CRegistryText& reader, bool isLink, CWanted& wanted) {
     CRegistryText::CValue value;
     while (reader.NextValue(value)) {
-        if (isLink && value.type == REG_LINK && EqualNoCase(value.name, "SymbolicLinkValue")) {
-            wanted.m_target = CRegistryText::TextFromUtf16(value.data);
+        if (isLink && value.m_dwType == REG_LINK && EqualNoCase(value.m_name, "SymbolicLinkValue")) {
+            wanted.m_target = CRegistryText::TextFromUtf16(value.m_data);
         } else if (!wanted.m_bLinkOnly) {
-            wanted.m_values.push_back({std::string(value.name), value.type, std::string(value.data)});
+            wanted.m_values.push_back({std::string(value.m_name), value.m_dwType, std::string(value.m_data)});
         }
     }
 }

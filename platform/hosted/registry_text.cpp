@@ -121,10 +121,10 @@ bool CRegistryText::ReadKey(CKey& key) {
         SkipLine(end);
         return false;
     }
-    key.path = {m_path.data(), path.m_nLength};
-    key.isLink = false;
-    key.modified = 0;
-    key.className = {};
+    key.m_path = {m_path.data(), path.m_nLength};
+    key.m_bIsLink = false;
+    key.m_nModified = 0;
+    key.m_className = {};
     const char* at = SkipBlanks(path.m_pNext, m_pEnd);
     std::uint64_t seconds = 0;
     const char* const digits = at;
@@ -132,7 +132,7 @@ bool CRegistryText::ReadKey(CKey& key) {
     while (at < m_pEnd && at - digits < kMostDigits && *at >= '0' && *at <= '9') {
         seconds = seconds * 10 + static_cast<std::uint64_t>(*at++ - '0');
     }
-    if (at > digits && at < m_pEnd) key.modified = kUnixEpochTicks + seconds * kTicksPerSecond;
+    if (at > digits && at < m_pEnd) key.m_nModified = kUnixEpochTicks + seconds * kTicksPerSecond;
     FinishLine(at);
     ReadOptions(key);
     return true;
@@ -159,14 +159,14 @@ void CRegistryText::ReadOption(const char* line, const char* end, CKey& key) {
         const char* const digits = at;
         const auto time = ReadHexNumber<std::uint64_t>(at, end, 16);
         // At the end of the text the number may have lost digits.
-        if (at > digits && end < m_pEnd) key.modified = time;
+        if (at > digits && end < m_pEnd) key.m_nModified = time;
     } else if (StartsWith(line, end, "#link")) {
-        key.isLink = true;
+        key.m_bIsLink = true;
     } else if (StartsWith(line, end, kClass)) {
         const CDecoded name =
             Decode<'"', false>(line + kClass.size(), end, m_class, "a class name without a closing quotation mark");
         if (name.m_pReason == nullptr) {
-            key.className = {m_class.data(), name.m_nLength};
+            key.m_className = {m_class.data(), name.m_nLength};
         } else if (end < m_pEnd) {
             Note(name.m_pNext, name.m_pReason);
         }
@@ -209,17 +209,17 @@ bool CRegistryText::ReadValue(CValue& value) {
 // it cannot be read.
 const char* CRegistryText::ReadName(CValue& value) {
     const char* at = m_pNext + 1;
-    value.name = {};
+    value.m_name = {};
     if (*m_pNext == '"') {
         const char* const plain = SkipPlain(at, m_pEnd);
         if (plain < m_pEnd && *plain == '"') {
-            value.name = {at, static_cast<std::size_t>(plain - at)};
+            value.m_name = {at, static_cast<std::size_t>(plain - at)};
             at = plain + 1;
         } else {
             const CDecoded name =
                 Decode<'"', false>(at, m_pEnd, m_name, "a value name without a closing quotation mark");
             if (name.m_pReason != nullptr) return Refuse(name.m_pNext, name.m_pReason);
-            value.name = {m_name.data(), name.m_nLength};
+            value.m_name = {m_name.data(), name.m_nLength};
             at = name.m_pNext;
         }
     }
@@ -238,8 +238,8 @@ const char* CRegistryText::ReadNumber(const char* at, CValue& value) {
     for (unsigned i = 0; i < sizeof number; ++i) {
         m_data[i] = static_cast<char>(number >> 8 * i);
     }
-    value.type = REG_DWORD;
-    value.data = {m_data.data(), sizeof number};
+    value.m_dwType = REG_DWORD;
+    value.m_data = {m_data.data(), sizeof number};
     return at;
 }
 
@@ -256,8 +256,8 @@ const char* CRegistryText::ReadText(const char* at, CValue& value) {
             Decode<'"', false>(at + form.m_opening.size(), m_pEnd, m_data, "a value without a closing quotation mark");
         if (text.m_pReason != nullptr) return Refuse(text.m_pNext, text.m_pReason);
         m_data[text.m_nLength] = '\0';  // the file leaves the terminator out
-        value.type = form.m_dwType;
-        value.data = {m_data.data(), text.m_nLength + 1};
+        value.m_dwType = form.m_dwType;
+        value.m_data = {m_data.data(), text.m_nLength + 1};
         return text.m_pNext;
     }
     return Refuse(at, "data of an unknown form");
@@ -265,10 +265,10 @@ const char* CRegistryText::ReadText(const char* at, CValue& value) {
 
 // `:` or `(type):`, and the bytes behind it.
 const char* CRegistryText::ReadHex(const char* at, CValue& value) {
-    value.type = REG_BINARY;
+    value.m_dwType = REG_BINARY;
     if (StartsWith(at, m_pEnd, "(")) {
         const char* const digits = ++at;
-        value.type = ReadHexNumber<std::uint32_t>(at, m_pEnd, 8);
+        value.m_dwType = ReadHexNumber<std::uint32_t>(at, m_pEnd, 8);
         if (at == digits || !StartsWith(at, m_pEnd, ")")) {
             return Refuse(at, "a type that is not one to eight hexadecimal digits");
         }
@@ -278,11 +278,11 @@ const char* CRegistryText::ReadHex(const char* at, CValue& value) {
     std::size_t length = 0;
     at = ReadBytes(at + 1, length);
     if (at == nullptr) return nullptr;
-    value.data = {m_data.data(), length};
-    if (value.type == REG_SZ || value.type == REG_EXPAND_SZ || value.type == REG_MULTI_SZ) {
+    value.m_data = {m_data.data(), length};
+    if (value.m_dwType == REG_SZ || value.m_dwType == REG_EXPAND_SZ || value.m_dwType == REG_MULTI_SZ) {
         m_text.resize(std::max(m_text.size(), Utf8Room(length)));
-        const char* const end = PutUtf16AsUtf8(m_text.data(), value.data);
-        value.data = {m_text.data(), static_cast<std::size_t>(end - m_text.data())};
+        const char* const end = PutUtf16AsUtf8(m_text.data(), value.m_data);
+        value.m_data = {m_text.data(), static_cast<std::size_t>(end - m_text.data())};
     }
     return at;
 }

@@ -22,19 +22,19 @@ namespace delvane {
 class CRegistryText {
 public:
     struct CKey {
-        std::string_view path;       // below the root of the hive, components joined by one backslash; empty: the root
-        bool isLink = false;         // a symbolic link key; its value SymbolicLinkValue (type 6) names the target
-        std::uint64_t modified = 0;  // 100-nanosecond ticks since 1601; 0 where the file gives no time
-        std::string_view className;
+        std::string_view m_path;  // below the root of the hive, components joined by one backslash; empty: the root
+        bool m_bIsLink = false;   // a symbolic link key; its value SymbolicLinkValue (type 6) names the target
+        std::uint64_t m_nModified = 0;  // 100-nanosecond ticks since 1601; 0 where the file gives no time
+        std::string_view m_className;
     };
 
     // Name and data as the ANSI calls of the registry give them in the code page UTF-8: types 1, 2 and 7 converted with
     // their terminators, an odd last byte dropped; all other types as they are. An unpaired surrogate is its three
     // bytes. Bytes that stand unescaped in the file are passed on.
     struct CValue {
-        std::string_view name;  // empty: the unnamed value
-        std::uint32_t type = 0;
-        std::string_view data;
+        std::string_view m_name;  // empty: the unnamed value
+        std::uint32_t m_dwType = 0;
+        std::string_view m_data;
     };
 
     // The text must outlive the reader.

@@ -25,9 +25,10 @@ utf8proc_int32_t Fold(utf8proc_int32_t c) {
     return utf8proc_tolower(utf8proc_toupper(c));
 }
 
+constexpr utf8proc_int32_t kBeyondUnicode = 0x110000;
+
 // Takes one character off the text. A byte that begins no valid character stands for itself, above all characters.
 utf8proc_int32_t TakeCharacter(std::string_view& text) {
-    constexpr utf8proc_int32_t kBeyondUnicode = 0x110000;
     utf8proc_int32_t c = 0;
     const auto length = utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
                                          static_cast<utf8proc_ssize_t>(text.size()), &c);
@@ -62,7 +63,10 @@ int mbsicmp(std::string_view a, std::string_view b) {
     return a.empty() ? (b.empty() ? 0 : -1) : 1;
 }
 
-CString MakeLower(std::string_view text) {
+namespace {
+
+// Maps each character of the text. What maps to itself is copied, bytes that are no characters too.
+CString MapCharacters(std::string_view text, utf8proc_int32_t (*map)(utf8proc_int32_t)) {
     CString result;
     result.reserve(text.size());
     while (!text.empty()) {
@@ -74,16 +78,22 @@ CString MakeLower(std::string_view text) {
         }
         const std::string_view before = text;
         const utf8proc_int32_t c = TakeCharacter(text);
-        const utf8proc_int32_t lower = utf8proc_tolower(c);
-        if (lower == c) {
+        const utf8proc_int32_t mapped = c < kBeyondUnicode ? map(c) : c;
+        if (mapped == c) {
             result += before.substr(0, before.size() - text.size());
         } else {
             std::array<utf8proc_uint8_t, 4> bytes{};
-            const auto length = utf8proc_encode_char(lower, bytes.data());
+            const auto length = utf8proc_encode_char(mapped, bytes.data());
             result.append(reinterpret_cast<const char*>(bytes.data()), static_cast<std::size_t>(length));
         }
     }
     return result;
 }
+
+}  // namespace
+
+CString MakeLower(std::string_view text) { return MapCharacters(text, utf8proc_tolower); }
+
+CString FoldCase(std::string_view text) { return MapCharacters(text, Fold); }
 
 }  // namespace delvane

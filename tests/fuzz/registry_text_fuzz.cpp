@@ -36,12 +36,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     delvane::CRegistryText reader(text);
     std::size_t delivered = 0;
     for (delvane::CRegistryText::CKey key; reader.NextKey(key);) {
-        CheckPath(key.path);
-        sum += Sum(key.path) + Sum(key.className);
+        CheckPath(key.m_path);
+        sum += Sum(key.m_path) + Sum(key.m_className);
         ++delivered;
         for (delvane::CRegistryText::CValue value; reader.NextValue(value);) {
-            sum += Sum(value.name) + Sum(value.data);
-            Expect(value.data.size() <= 2 * text.size());
+            sum += Sum(value.m_name) + Sum(value.m_data);
+            Expect(value.m_data.size() <= 2 * text.size());
             ++delivered;
         }
     }
@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::size_t keys = 0;
     std::string last;
     for (delvane::CRegistryText::CKey key; skipping.NextKey(key); ++keys)
-        last = key.path;
+        last = key.m_path;
     Expect(keys <= delivered && skipping.IsCut() == reader.IsCut());
 
     const delvane::CRegistryLookup lookup(text, {"Software\\Key", last});

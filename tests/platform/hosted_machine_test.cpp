@@ -137,8 +137,8 @@ TEST_F(HostedMachine, PathsAreFoundWithoutRegardToCaseAndStayOnTheirDrive) {
     EXPECT_TRUE(machine.FileExists("c:\\PROGRAM FILES\\app\\lies mich.txt"));
     EXPECT_TRUE(machine.FileExists("C:/Program Files//App\\Lies Mich.TXT"));
     EXPECT_TRUE(machine.DirectoryExists("C:\\windows\\"));
-    EXPECT_EQ(machine.ReadFile("C:\\Twice\\a", 100)->GetBytes(), "lower") << "an exact match first";
-    EXPECT_EQ(machine.ReadFile("C:\\tWICE\\A", 100)->GetBytes(), "upper") << "then the first by byte";
+    EXPECT_EQ(machine.ReadFile("C:\\Twice\\a", 100).GetBytes(), "lower") << "an exact match first";
+    EXPECT_EQ(machine.ReadFile("C:\\tWICE\\A", 100).GetBytes(), "upper") << "then the first by byte";
     EXPECT_FALSE(machine.FileExists("C:\\Program Files\\missing"));
     EXPECT_TRUE(machine.DirectoryExists("C:\\..\\..\\windows")) << "no way above a drive's root";
     EXPECT_FALSE(machine.FileExists("C:\\..\\system.reg"));
@@ -277,13 +277,13 @@ TEST_F(OwnFiles, OnlyRegularFilesAreEverOpened) {
     m_home.MakeFolder("folder");
     fs::create_symlink("/dev/full", m_home / "device");
     for (const char* name : {"pipe", "folder", "device"}) {
-        EXPECT_EQ(m_pMachine->CreateFile(Host(name)), nullptr) << name;
+        EXPECT_THROW(m_pMachine->CreateFile(Host(name)), CFileOpenError) << name;
         EXPECT_EQ(m_pMachine->CreateTextFile(Host(name)), nullptr) << name;
-        EXPECT_FALSE(m_pMachine->ReadFile(Host(name), 100)) << name;
+        EXPECT_THROW(m_pMachine->ReadFile(Host(name), 100), CFileOpenError) << name;
         CLoadedImage image;
         EXPECT_FALSE(m_pMachine->MapAndLoad(Host(name), image)) << name;
     }
-    EXPECT_EQ(m_pMachine->CreateFile(Host("missing/x")), nullptr);
+    EXPECT_THROW(m_pMachine->CreateFile(Host("missing/x")), CFileOpenError);
 }
 
 TEST_F(OwnFiles, ALinkIsWrittenThroughAndALargeFileRefused) {

@@ -83,9 +83,9 @@ TEST(RegistryLookup, KeysAreThoseThatAFullReadingFinds) {
     std::map<std::string, std::string> all;  // path and its "line"
     CRegistryText reader(text);
     for (CRegistryText::CKey key; reader.NextKey(key);) {
-        const std::string path(key.path);
+        const std::string path(key.m_path);
         for (CRegistryText::CValue value; reader.NextValue(value);) {
-            if (value.name == "line") all[path] = value.data.substr(0, value.data.size() - 1);
+            if (value.m_name == "line") all[path] = value.m_data.substr(0, value.m_data.size() - 1);
         }
     }
     ASSERT_EQ(all.size(), lines.size());

@@ -34,14 +34,14 @@ CReading Read(std::string_view text) {
     CRegistryText reader(text);
     CReading reading;
     for (CRegistryText::CKey key; reader.NextKey(key);) {
-        const std::string path = Shown(key.path);
-        std::string line = "[" + path + "] " + std::to_string(key.modified);
-        if (key.isLink) line += " link";
-        if (!key.className.empty()) line += " class " + Shown(key.className);
+        const std::string path = Shown(key.m_path);
+        std::string line = "[" + path + "] " + std::to_string(key.m_nModified);
+        if (key.m_bIsLink) line += " link";
+        if (!key.m_className.empty()) line += " class " + Shown(key.m_className);
         reading.m_lines.push_back(line);
         for (CRegistryText::CValue value; reader.NextValue(value);) {
-            reading.m_lines.push_back(path + ": " + Shown(value.name) + " (" + std::to_string(value.type) + ") " +
-                                      Shown(value.data));
+            reading.m_lines.push_back(path + ": " + Shown(value.m_name) + " (" + std::to_string(value.m_dwType) + ") " +
+                                      Shown(value.m_data));
         }
     }
     reading.m_nProblems = reader.GetProblemCount();
@@ -110,11 +110,11 @@ TEST(RegistryText, ValuesAreGivenAsTheAnsiCallsGiveThem) {
             CRegistryText::CValue value;
             ASSERT_TRUE(reader.NextKey(key));
             ASSERT_TRUE(reader.NextValue(value));
-            EXPECT_EQ(value.name, test.m_name);
-            EXPECT_EQ(value.type, test.m_dwType);
-            EXPECT_EQ(value.data, test.m_data);
+            EXPECT_EQ(value.m_name, test.m_name);
+            EXPECT_EQ(value.m_dwType, test.m_dwType);
+            EXPECT_EQ(value.m_data, test.m_data);
             ASSERT_TRUE(reader.NextValue(value));
-            EXPECT_EQ(value.name, "");
+            EXPECT_EQ(value.m_name, "");
             EXPECT_FALSE(reader.NextValue(value));
             EXPECT_FALSE(reader.NextKey(key));
             EXPECT_EQ(reader.GetProblem(), "");
@@ -178,16 +178,16 @@ TEST(RegistryText, NextKeyPassesOverTheValuesLeft) {
     CRegistryText::CValue value;
     EXPECT_FALSE(reader.NextValue(value)) << "no key yet";
     ASSERT_TRUE(reader.NextKey(key));
-    EXPECT_EQ(key.path, "A");
+    EXPECT_EQ(key.m_path, "A");
     ASSERT_TRUE(reader.NextValue(value));
-    EXPECT_EQ(value.name, "1");
+    EXPECT_EQ(value.m_name, "1");
     std::string_view line;
     ASSERT_TRUE(reader.FindKeyLine(line));
     EXPECT_EQ(line, "B]");
     ASSERT_TRUE(reader.FindKeyLine(line));
     EXPECT_EQ(line, "C]");
     ASSERT_TRUE(reader.ReadKey(key));
-    EXPECT_EQ(key.path, "C");
+    EXPECT_EQ(key.m_path, "C");
     EXPECT_FALSE(reader.NextKey(key));
     EXPECT_FALSE(reader.NextValue(value));
 }

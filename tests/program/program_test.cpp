@@ -74,7 +74,7 @@ TEST_F(Program, EachFailureHasItsBitAndOneSentence) {
         {"/s /bc:a", "DELVANE_MACHINE=/nowhere", 4, "DELVANE_MACHINE names no machine"},
         {"/s /bc:a", "DELVANE_MACHINE= WINEPREFIX=/tmp", 4, "WINEPREFIX names no machine"},
         {"/s /bc:a", "DELVANE_MACHINE= HOME=/nowhere", 4, "no machine to examine"},
-        {"/s /bc:a '/res:/proc/'", "", 4, "cannot be created"},
+        {"/s /bc:a '/res:/proc/'", "", 4, "snapshot \"a\" was not created: /proc/a.dvs: create: "},
     };
     for (const auto& test : kCases) {
         SCOPED_TRACE(std::string(test.m_arguments) + " " + test.m_environment);
@@ -162,12 +162,6 @@ TEST_F(Program, HelpAndVersionAnswerBeforeAnythingElse) {
     EXPECT_FALSE(m_home.Exists("delvane.cfg"));
     EXPECT_EQ(Run("/s --version"), 0) << "beside another switch it is a bad switch";
     EXPECT_EQ(m_home.Read("delvane.err"), "Bad Cmdline Switch: --version\n");
-}
-
-TEST_F(Program, LoadsNoWindowSystem) {
-    const std::string command = "ldd '" + std::string(DELVANE_PROGRAM) + "' | grep -c Qt >" + m_home / "count";
-    std::system(command.c_str());
-    EXPECT_EQ(m_home.Read("count"), "0\n");
 }
 
 }  // namespace

@@ -227,14 +227,21 @@ bool CScriptedMachine::CreateDirectory(std::string_view path) {
 
 bool CScriptedMachine::DeleteFile(std::string_view path) { return m_files.erase(CString(path)) != 0; }
 
-std::optional<CFileBytes> CScriptedMachine::ReadFile(std::string_view path, std::uint64_t limit) {
+CFileBytes CScriptedMachine::ReadFile(std::string_view path, std::uint64_t limit) {
     const auto found = m_files.find(CString(path));
-    if (found == m_files.end()) return std::nullopt;
+    if (found == m_files.end()) throw CFileOpenError(path, "open", ERROR_FILE_NOT_FOUND, "not there");
     if (found->second.size() > limit) throw CFileError(path, "read", ERROR_DISK_FULL, "too large");
+    return ReadFileHead(path, found->second.size());
+}
+
+CFileBytes CScriptedMachine::ReadFileHead(std::string_view path, std::size_t size) {
+    const auto found = m_files.find(CString(path));
+    if (found == m_files.end()) throw CFileOpenError(path, "open", ERROR_FILE_NOT_FOUND, "not there");
     CFileBytes bytes;
-    if (found->second.empty()) return bytes;
-    bytes.m_buffer = CPageBuffer(found->second.size());
-    bytes.m_nSize = found->second.copy(bytes.m_buffer.GetData(), found->second.size());
+    size = std::min(size, found->second.size());
+    if (size == 0) return bytes;
+    bytes.m_buffer = CPageBuffer(size);
+    bytes.m_nSize = found->second.copy(bytes.m_buffer.GetData(), size);
     return bytes;
 }
 
@@ -257,7 +264,9 @@ private:
 };
 
 std::unique_ptr<CFileWriter> CScriptedMachine::CreateFile(std::string_view path) {
-    if (m_bReadOnly || !DirectoryExists(path.substr(0, path.rfind('\\')))) return nullptr;
+    if (m_bReadOnly || !DirectoryExists(path.substr(0, path.rfind('\\')))) {
+        throw CFileOpenError(path, "create", ERROR_ACCESS_DENIED, "access denied");
+    }
     return std::make_unique<CWriter>(*this, path);
 }
 
