@@ -164,6 +164,17 @@ TEST_F(Walk, PathsFindTheirNodesWithoutRegardToCase) {
     EXPECT_EQ(found("C:"), "directory C:");
 }
 
+TEST_F(Walk, ANodeWithoutDataAsksTheMachineForThem) {
+    Start("C: fixed\n  f  size=7");
+    CSnapshot snapshot;
+    CDelvDriveObj drive(snapshot.m_pDrives, snapshot.GetArena(), "C:");
+    CDelvFileObj file(&drive, snapshot.GetArena().Copy("f"));
+    CDelvFileObj missing(&drive, snapshot.GetArena().Copy("g"));
+    EXPECT_TRUE(file.Capture(nullptr));
+    EXPECT_EQ(file.GetSize(), 7U);
+    EXPECT_FALSE(missing.Capture(nullptr));
+}
+
 class Changes : public CMachineTest {
 protected:
     // What a comparison of two states of drive C: calls changed, added and deleted, in its order.
@@ -234,6 +245,16 @@ TEST_F(Changes, DrivesOfOneSideAreWarnedOfAsASetAndOneByOne) {
                   "! WARNING - Drive(D:): This drive was not found in current snapshot. It will be ignored. "
                   "! WARNING - Drive(E:): This drive was not found in baseline snapshot. It will be ignored. "
                   "! WARNING - Drive(F:): This drive was not found in current snapshot. It will be ignored. ");
+}
+
+TEST_F(Changes, ADriveOnTheSkipListIsNotMissed) {
+    Start("C: fixed");
+    const auto baseline = TakeSnapshotOf("C: fixed\nD: fixed", "Before");
+    const auto current = TakeSnapshotOf("C: fixed\nE: fixed", "After");
+    theContext.m_lstSkipDirs.insert(theContext.m_lstSkipDirs.end(), {"d:", "E:"});
+    CMasterReport report(*current, *baseline);
+    current->Compare(*baseline, report);
+    EXPECT_EQ(report.m_lstWarnings[0].size(), 2U) << "the two warnings of the set alone";
 }
 
 // Paths of a captured tree are composed, those of a loaded one are stored; the two must agree.

@@ -96,6 +96,55 @@ TEST_F(Program, RunningOutOfDescriptorsIsAFailedCapture) {
     EXPECT_EQ(m_home.Read("Results/a.dvs"), good);
 }
 
+TEST_F(Program, EachVariableChoosesThePrefix) {
+    EXPECT_EQ(Run("/s /bc:a", "DELVANE_MACHINE= WINEPREFIX=" + m_prefix.GetPath()), 0) << m_errors;
+    fs::create_directory_symlink(m_prefix.GetPath(), m_home / ".wine");
+    EXPECT_EQ(Run("/s /cc:b", "DELVANE_MACHINE= HOME=" + m_home.GetPath()), 0) << m_errors;
+    EXPECT_EQ(Run("/s /b:a /c:b /g"), 1);
+    const std::string page = m_home.Read("Results/b - a.htm");
+    EXPECT_NE(page.find("<TR><TD>Files Changed:</TD><TD>0</TD></TR>"), std::string::npos) << "the same machine";
+}
+
+TEST_F(Program, AFailedCurrentSnapshotEndsTheRun) {
+    ASSERT_EQ(Run("/s /bc:a"), 0);
+    EXPECT_EQ(Run("/s /b:a /c:none /g"), 8);
+    EXPECT_EQ(Lines(m_errors), 1) << m_errors;
+}
+
+// A signal in the middle of a large walk: no file, no temporary file, and the earlier snapshot as it was.
+TEST_F(Program, ASignalDuringACaptureIsAFailedCapture) {
+    ASSERT_EQ(Run("/s /bc:a"), 0);
+    const std::string good = m_home.Read("Results/a.dvs");
+    // Each link is a way to the other directories, so the walk has more to do than any test waits for.
+    for (const char* name : {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"}) {
+        m_prefix.MakeFolder(std::string("drive_c/w/") + name);
+        fs::create_directory_symlink("..", m_prefix / ("drive_c/w/" + std::string(name) + "/up"));
+        for (const char* other : {"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11"}) {
+            fs::create_directory_symlink(std::string("../") + other,
+                                         m_prefix / ("drive_c/w/" + std::string(name) + "/to" + other));
+        }
+    }
+    EXPECT_EQ(Run("/s /bc:a 2>said & child=$!; sleep 1; kill -TERM $child; wait $child"), 4);
+    EXPECT_EQ(m_home.Read("said"), "delvane: snapshot \"a\" was not created: interrupted by a signal\n");
+    EXPECT_EQ(m_home.Read("Results/a.dvs"), good);
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_home / "Results"), {}), 1);
+}
+
+// A chain of lists, each of which claims the whole rest of the file, takes memory by what is there, not by the claims.
+TEST_F(Program, NestedClaimsTakeNoMemory) {
+    ASSERT_EQ(Run("/s /bc:a"), 0);
+    const std::string whole = m_home.Read("Results/a.dvs");
+    const auto number = [](std::uint32_t value) { return std::string(reinterpret_cast<const char*>(&value), 4); };
+    const std::string registry = "\x0BMy Computer" + std::string(1, '\0');
+    std::string file = whole.substr(0, whole.find(registry) + registry.size()) + number(1) + number(0x80000002);
+    constexpr std::uint32_t kRest = 1 << 20;
+    for (std::uint32_t i = 0; i < 900; ++i)
+        file += std::string(2, '\0') + number(0) + number(kRest / 10 - i * 2);
+    m_home.Write("Results/x.dvs", file + std::string(kRest, '\xFF'));
+    EXPECT_EQ(Run("/s /b:x", {}, "ulimit -v 400000 && "), 8);
+    EXPECT_NE(m_errors.find("damaged at byte"), std::string::npos) << m_errors;
+}
+
 TEST_F(Program, TheDeepestWalkCanBeLoadedAgain) {
     const fs::path before = fs::current_path();
     fs::current_path(m_prefix / "drive_c");

@@ -148,6 +148,26 @@ TEST_F(FileReport, KnownFoldersTakeWhatLiesInThemAndTheStartMenuIsNotedOnce) {
     EXPECT_EQ(files.m_nFilesDeleted, 2U);
 }
 
+TEST_F(FileReport, DeletionsFileNoFinding) {
+    CMasterReport& report = Compare(R"(
+        C: fixed
+          Prof\
+            me\
+              Start Menu\
+                gone.lnk
+          autoexec.bat
+          tool.exe  image=dos
+    )",
+                                    R"(
+        C: fixed
+          Prof\
+            me\
+              Start Menu\
+    )");
+    EXPECT_EQ(report.m_fileReport.m_startDeleted.size(), 1U);
+    EXPECT_EQ(theApp.m_nExitCode, 0);
+}
+
 TEST_F(FileReport, SystemFilesCountInTheirOwnPlacesOnly) {
     CMasterReport& report = Compare(R"(
         C: fixed

@@ -1,0 +1,55 @@
+// The steps of an unattended run.
+#include "shell/main_dialog.h"
+
+#include "tests/support/machine_test.h"
+
+namespace delvane {
+namespace {
+
+using UnattendedRun = CMachineTest;
+
+TEST_F(UnattendedRun, TheReportIsOpenedOnDemandAlone) {
+    const CString page = "C:\\Delvane\\Results\\b - a.htm";
+    Start("C: fixed", "/s /bc:a /cc:b /g");
+    CMainDlg().RunUnattended();
+    EXPECT_TRUE(m_pMachine->m_opened.empty());
+    Parse("/gd");
+    CMainDlg().RunUnattended();
+    EXPECT_EQ(m_pMachine->m_opened, std::vector<CString>{page});
+    m_pMachine->m_files[page] = "kept";
+    Parse("/gu");
+    CMainDlg().RunUnattended();
+    EXPECT_EQ(m_pMachine->m_files[page], "kept");
+    EXPECT_EQ(m_pMachine->m_opened.size(), 2U);
+    EXPECT_EQ(theApp.m_nExitCode, kExitFindings);
+}
+
+TEST_F(UnattendedRun, AFullDiskIsAFailedSaveAndAFailedReport) {
+    Start("C: fixed", "/s /bc:a /cc:b");
+    CMainDlg().RunUnattended();
+    EXPECT_EQ(theApp.m_nExitCode, 0);
+    m_pMachine->m_nFreeBytes = 10;
+    CMainDlg().RunUnattended();
+    EXPECT_EQ(theApp.m_nExitCode, kExitCreateFailed);
+    EXPECT_FALSE(m_pMachine->m_files["C:\\Delvane\\Results\\a.dvs"].empty());
+    theContext.m_bCreateBaseline = theContext.m_bCreateCurrent = false;
+    Parse("/g");
+    m_pMachine->m_files["C:\\Delvane\\Results\\b - a.htm"] = "earlier";
+    theApp.m_nExitCode = 0;
+    CMainDlg().RunUnattended();
+    EXPECT_EQ(theApp.m_nExitCode, kExitFindings | kExitNoReport);
+    EXPECT_EQ(m_pMachine->m_files["C:\\Delvane\\Results\\b - a.htm"], "earlier");
+}
+
+TEST_F(UnattendedRun, AnUnreadableSnapshotIsLoggedInOneLine) {
+    Start("C: fixed", "/s /b:a /cc:never");
+    m_pMachine->m_directories.emplace_back("C:\\Delvane\\Results");
+    m_pMachine->m_files["C:\\Delvane\\Results\\a.dvs"] = "VLED";
+    CMainDlg().RunUnattended();
+    EXPECT_EQ(theApp.m_nExitCode, kExitLoadFailed);
+    EXPECT_EQ(ErrorLog(), "C:\\Delvane\\Results\\a.dvs: damaged at byte 4: the file ends after 0 of 4 bytes\n");
+    EXPECT_FALSE(m_pMachine->FileExists("C:\\Delvane\\Results\\never.dvs"));
+}
+
+}  // namespace
+}  // namespace delvane
