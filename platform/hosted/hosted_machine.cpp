@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <ctime>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -175,6 +176,11 @@ void CHostedMachine::OpenDocument(std::string_view path) {
 }
 
 std::unique_ptr<CMachine> MakeMachine() {
+    // Started with a standard stream closed, the program would give its number to a file, and a message would go there.
+    int stream = open("/dev/null", O_RDWR);
+    while (stream >= 0 && stream <= STDERR_FILENO)
+        stream = open("/dev/null", O_RDWR);
+    if (stream >= 0) close(stream);
     std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is a failed write, not the program's end
     return std::make_unique<CHostedMachine>(ChooseMachine(), ChooseProgramFolder());
 }
