@@ -233,7 +233,7 @@ std::uint32_t CSearchSet::ReadDosAttributes(int directory, const char* name, std
     text[static_cast<std::size_t>(length)] = '\0';
     char* end = nullptr;
     const unsigned long attributes = std::strtoul(text.data(), &end, 16);
-    if (end != text.data() + length) return 0;  // with anything behind the digits Wine takes none of it
+    if (*end != '\0') return 0;  // with anything but a NUL behind the digits Wine takes none of it
     constexpr std::uint32_t kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
     return static_cast<std::uint32_t>(attributes) & kKept;
 }

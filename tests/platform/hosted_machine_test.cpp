@@ -182,7 +182,8 @@ TEST_F(HostedMachine, HiddenAndSystemComeFromTheExtendedAttribute) {
     if (setxattr(file.c_str(), "user.DOSATTRIB", "0x27", 4, 0) != 0) GTEST_SKIP() << "no extended attributes here";
     setxattr(prefix.Write("drive_c/t/g").c_str(), "user.DOSATTRIB", "6", 1, 0);
     setxattr(prefix.Write("drive_c/t/h").c_str(), "user.DOSATTRIB", "0x2zz", 5, 0);
-    const std::map<std::string, std::uint32_t> expected = {{"f", 0x26}, {"g", 0x20}, {"h", 0x20}};
+    setxattr(prefix.Write("drive_c/t/i").c_str(), "user.DOSATTRIB", "0x2", 4, 0);
+    const std::map<std::string, std::uint32_t> expected = {{"f", 0x26}, {"g", 0x20}, {"h", 0x20}, {"i", 0x22}};
     EXPECT_EQ(List(Open(prefix), "C:\\t"), expected) << "only hidden and system count, and only behind 0x";
 }
 
