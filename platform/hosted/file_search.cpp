@@ -240,20 +240,19 @@ std::uint32_t CSearchSet::ReadDosAttributes(int directory, const char* name, std
 
 // The directory that the innermost search has just delivered is opened from there; any other through its path.
 int CSearchSet::OpenDirectory(std::string_view path, CIdentity& identity) {
-    constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC;
     if (!m_open.empty()) {
         const CLevel& parent = *m_open.back();
         if (!parent.m_current.empty() && path.size() == parent.m_path.size() + 1 + parent.m_current.size() &&
             path.starts_with(parent.m_path) && path[parent.m_path.size()] == '\\' && path.ends_with(parent.m_current)) {
             identity = parent.m_currentIdentity;
-            const int fd = openat(parent.m_directory.Get(), parent.m_current.data(), kFlags);
+            const int fd = OpenUntouched(parent.m_directory.Get(), parent.m_current.data(), O_DIRECTORY);
             if (fd < 0) ThrowIfExhausted(path);
             return fd;
         }
     }
     const std::optional<std::string> hostPath = m_paths.Find(path);
     if (!hostPath) return -1;
-    const int fd = open(hostPath->c_str(), kFlags);
+    const int fd = OpenUntouched(AT_FDCWD, hostPath->c_str(), O_DIRECTORY);
     if (fd < 0) ThrowIfExhausted(path);
     struct stat status {};
     if (fd >= 0 && fstat(fd, &status) == 0) identity = {status.st_dev, status.st_ino};
@@ -293,7 +292,7 @@ bool CSearchSet::FindPath(std::string_view path, CFileWords& words) {
     if (!hostPath) return false;
     const std::size_t nameStart = hostPath->rfind('/') + 1;
     const std::string directoryPath = hostPath->substr(0, nameStart);
-    const CDescriptor directory(open(directoryPath.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    const CDescriptor directory(OpenUntouched(AT_FDCWD, directoryPath.c_str(), O_DIRECTORY));
     struct stat status {};
     if (!directory || fstat(directory.Get(), &status) != 0) return false;
     CEntry entry;

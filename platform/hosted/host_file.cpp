@@ -51,6 +51,12 @@ void CDescriptor::Reset(int fd) {
     m_fd = fd;
 }
 
+int OpenUntouched(int directory, const char* path, int flags) {
+    const int fd = openat(directory, path, flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOATIME);
+    if (fd >= 0 || errno != EPERM) return fd;
+    return openat(directory, path, flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
 // The kind is looked at before the file is opened, and O_NONBLOCK keeps a pipe that took its place meanwhile from
 // holding the program.
 std::optional<CHostFile> CHostFile::Open(const std::string& path) {
@@ -61,7 +67,7 @@ std::optional<CHostFile> CHostFile::Open(const std::string& path) {
         return std::nullopt;
     }
     CHostFile file;
-    file.m_fd.Reset(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    file.m_fd.Reset(OpenUntouched(AT_FDCWD, path.c_str(), O_NOCTTY));
     if (!file.m_fd) return std::nullopt;
     file.m_nSize = static_cast<std::uint64_t>(status.st_size);
     return file;

@@ -39,6 +39,10 @@ private:
     int m_fd = -1;
 };
 
+// Opens for reading without a trace: the access time stays as it was where the system lets this process have it so (it
+// asks for the owner or a privileged user). `directory` is what a relative path begins at, AT_FDCWD or a descriptor.
+int OpenUntouched(int directory, const char* path, int flags);
+
 // A regular file open for reading. Nothing else is ever opened: not a device, a socket or a pipe.
 class CHostFile : public CByteSource {
 public:

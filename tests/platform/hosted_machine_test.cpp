@@ -193,6 +193,24 @@ TEST_F(HostedMachine, DotFilesAreShownWhereThePrefixSaysSo) {
     EXPECT_EQ(List(Open(prefix), "C:\\t")[".dot"], 0x20U);
 }
 
+TEST_F(HostedMachine, AWalkLeavesAccessTimesAsTheyWere) {
+    const CPrefix prefix;
+    const std::string file = prefix.Write("drive_c/t/f", "MZ");
+    timespec times[2] = {{1000, 0}, {2000, 0}};  // an access before the last write is one that reading would renew
+    for (const std::string& path : {file, prefix / "drive_c/t"})
+        utimensat(AT_FDCWD, path.c_str(), times, 0);
+    CHostedMachine& machine = Open(prefix);
+    EXPECT_EQ(List(machine, "C:\\t").size(), 1U);
+    CLoadedImage image;
+    machine.MapAndLoad("C:\\t\\f", image);
+    EXPECT_TRUE(image.fDOSImage);
+    for (const std::string& path : {file, prefix / "drive_c/t"}) {
+        struct stat status {};
+        stat(path.c_str(), &status);
+        EXPECT_EQ(status.st_atim.tv_sec, 1000) << path;
+    }
+}
+
 TEST_F(HostedMachine, LinksRoundInACircleEndTheWalk) {
     const CPrefix prefix;
     fs::create_directory_symlink(".", prefix / "drive_c/self");
