@@ -1,5 +1,4 @@
 // The program's entry: the one place that chooses a concrete machine.
-#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <string_view>

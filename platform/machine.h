@@ -126,6 +126,9 @@ public:
     using CFileError::CFileError;
 };
 
+// What the exception that is being handled says, in words. Called in a catch block.
+CString DescribeCurrentException();
+
 // Somebody asked the process to end while a capture or a save was under way (SIGINT, SIGTERM, SIGHUP).
 class CInterrupted : public std::runtime_error {
 public:

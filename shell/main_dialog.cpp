@@ -1,8 +1,5 @@
 #include "shell/main_dialog.h"
 
-#include <exception>
-#include <new>
-
 #include "core/app.h"
 #include "core/context.h"
 #include "report/master.h"
@@ -16,12 +13,8 @@ template <class Action>
 CString ReasonOfFailure(Action action) {
     try {
         return action();
-    } catch (const std::bad_alloc&) {
-        return "not enough memory";
-    } catch (const std::exception& error) {
-        return error.what();
     } catch (...) {
-        return "an unknown failure";
+        return DescribeCurrentException();
     }
 }
 

@@ -1,7 +1,6 @@
 // The memory of one tree: nodes, their lists and their texts come from here and die together.
 #pragma once
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

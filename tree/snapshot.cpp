@@ -1,7 +1,5 @@
 #include "tree/snapshot.h"
 
-#include <new>
-
 #include "capture/drives.h"
 #include "capture/extensions.h"
 #include "capture/registry.h"
@@ -163,12 +161,8 @@ bool CSnapshot::Capture(CCaptureProgress* progress) {
         return true;
     } catch (const CUserException&) {
         m_strError.clear();
-    } catch (const std::bad_alloc&) {
-        m_strError = "not enough memory";
-    } catch (const std::exception& error) {
-        m_strError = error.what();
     } catch (...) {
-        m_strError = "an unknown failure";
+        m_strError = DescribeCurrentException();
     }
     if (progress != nullptr) progress->m_bKeepGoing = false;
     ended(true);
