@@ -1,5 +1,11 @@
 #include "capture/extensions.h"
 
+#include <algorithm>
+#include <functional>
+
+#include "capture/registry.h"
+#include "core/context.h"
+#include "report/base.h"
 #include "resources/strings.h"
 #include "tree/archive.h"
 #include "tree/snapshot.h"
@@ -8,6 +14,18 @@ namespace delvane {
 namespace {
 
 constexpr std::size_t kSmallestRecord = 5 + 4;  // five empty strings and a word
+constexpr unsigned kFirstIndexPower = 10;
+
+CString PathInClasses(std::string_view name) { return CString("HKCR\\").append(name); }
+
+// The text of the value that stands at that path below the node: its bytes up to the first NUL, whatever its type.
+// Null where there is no value.
+const CDelvRegValObj* FindValue(CDelvObj& node, std::string_view path) {
+    CDelvObj* const found = node.FindObject(CString(node.m_name).append(path));
+    return found != nullptr && IsExactly<CDelvRegValObj>(*found) ? static_cast<CDelvRegValObj*>(found) : nullptr;
+}
+
+std::string_view TextOf(const CDelvRegValObj& value) { return value.m_data.substr(0, value.m_data.find('\0')); }
 
 }  // namespace
 
@@ -24,8 +42,43 @@ void CDelvExtObj::Serialize(CArchive& archive) {
         archive.WriteU32(m_bNoOpen);
     } else {
         m_bNoOpen = archive.ReadU32();
+        m_pKey = FindSnapshot(this)->FindObject(PathInClasses(m_name));
         m_bCaptured = true;
     }
+}
+
+bool CDelvExtObj::Compare(CDelvObj& other, CReportObj& report) {
+    if (!CDelvObj::Compare(other, report)) return false;
+    const CDelvExtObj& baseline = static_cast<const CDelvExtObj&>(other);
+    if (mbsicmp(m_strFileType, baseline.m_strFileType) != 0 || mbsicmp(m_strIcon, baseline.m_strIcon) != 0 ||
+        mbsicmp(m_strOpenCommand, baseline.m_strOpenCommand) != 0) {
+        report.AddChanged(*this, other);
+    }
+    return true;
+}
+
+bool CDelvExtObj::Capture(CCaptureProgress*) {
+    if (m_bCaptured) return true;
+    m_bCaptured = true;
+    CArena& arena = FindSnapshot(this)->GetArena();
+    const CDelvRegValObj* const typeName = FindValue(*m_pKey, "\\(default)");
+    if (typeName == nullptr) return true;
+    m_strFileType = arena.Copy(TextOf(*typeName));
+    CDelvObj* const type = FindSnapshot(this)->FindObject(PathInClasses(m_strFileType));
+    if (type == nullptr) return true;
+    if (const CDelvRegValObj* const value = FindValue(*type, "\\(default)")) m_strFileType = arena.Copy(TextOf(*value));
+    m_bNoOpen = type->FindObject(CString(type->m_name).append("\\NoOpen")) != nullptr ? 1 : 0;
+    if (const CDelvRegValObj* const value = FindValue(*type, "\\DefaultIcon\\(default)")) {
+        m_strIcon = arena.Copy(TextOf(*value));
+    }
+    if (const CDelvRegValObj* const value = FindValue(*type, "\\shell\\open\\command\\(default)")) {
+        m_strOpenCommand = arena.Copy(TextOf(*value));
+    }
+    return true;
+}
+
+bool CDelvExtObj::IsProperlyRegistered() const {
+    return !m_strFileType.empty() && !m_strIcon.empty() && (!m_strOpenCommand.empty() || m_bNoOpen != 0);
 }
 
 CDelvAllExts::CDelvAllExts(CSnapshot& snapshot) : CDelvObj(&snapshot), m_extensions(snapshot.GetArena()) {
@@ -48,7 +101,76 @@ void CDelvAllExts::Serialize(CArchive& archive) {
         CDelvExtObj* const extension = archive.GetArena().New<CDelvExtObj>(this);
         m_extensions.push_back(extension);
         extension->Serialize(archive);
+        Index(extension);
     }
+}
+
+CDelvObj* CDelvAllExts::FindObject(std::string_view name) {
+    if (!name.starts_with('.') || m_index == nullptr) return nullptr;
+    return *FindSlot(name);
+}
+
+bool CDelvAllExts::Compare(CDelvObj& other, CReportObj& report) {
+    if (!CDelvObj::Compare(other, report)) return false;
+    CDelvAllExts& baseline = static_cast<CDelvAllExts&>(other);
+    const bool wanted = theContext.m_bExtensions;
+    if (wanted && m_extensions.empty()) report.AddWarning(4, *this, IDS_CURRENT_WITHOUT_EXTENSIONS);
+    if (wanted && baseline.m_extensions.empty()) report.AddWarning(4, baseline, IDS_BASELINE_WITHOUT_EXTENSIONS);
+    if (m_extensions.empty() || baseline.m_extensions.empty()) return false;
+    if (wanted) CompareLists(m_extensions, baseline.m_extensions, report);
+    return true;
+}
+
+void CDelvAllExts::AddRegisteredExtension(CDelvRegKeyObj& key, CCaptureProgress* progress) {
+    if (!theContext.m_bExtensions) return;
+    if (auto* const known = static_cast<CDelvExtObj*>(FindObject(key.m_name))) {
+        if (known->m_pKey != nullptr) return;
+        known->m_pKey = &key;
+        known->Capture(progress);
+    } else {
+        Add(m_extensions.GetArena().Copy(MakeLower(key.m_name)), &key).Capture(progress);
+    }
+    Count(progress, &CCaptureProgress::m_nExtensions, kCodeExtensions);
+}
+
+void CDelvAllExts::AddFileExtension(const CString& name, CCaptureProgress* progress) {
+    if (!theContext.m_bExtensions || FindObject(name) != nullptr) return;
+    Add(m_extensions.GetArena().Copy(name), nullptr);
+    Count(progress, &CCaptureProgress::m_nExtensions, kCodeExtensions);
+}
+
+CDelvExtObj& CDelvAllExts::Add(CTextRef name, CDelvObj* key) {
+    CDelvExtObj* const extension = m_extensions.GetArena().New<CDelvExtObj>(this, name, key);
+    m_extensions.push_back(extension);
+    Index(extension);
+    return *extension;
+}
+
+// The place of that name in the index: it holds the extension, or null where there is none.
+CDelvObj** CDelvAllExts::FindSlot(std::string_view name) const {
+    const std::size_t mask = (std::size_t{1} << m_nIndexPower) - 1;
+    for (std::size_t at = std::hash<std::string_view>()(name);; ++at) {
+        CDelvObj** const slot = m_index + (at & mask);
+        if (*slot == nullptr || (*slot)->m_name == name) return slot;
+    }
+}
+
+// Of two extensions of one name the later one is found.
+void CDelvAllExts::Index(CDelvObj* extension) {
+    if (m_index == nullptr || m_nIndexed * 2 >= std::size_t{1} << m_nIndexPower) {
+        CArena& arena = m_extensions.GetArena();
+        if (m_index != nullptr) arena.ReturnArray(reinterpret_cast<void**>(m_index), m_nIndexPower);
+        m_nIndexPower = m_index == nullptr ? kFirstIndexPower : m_nIndexPower + 1;
+        m_index = reinterpret_cast<CDelvObj**>(arena.TakeArray(m_nIndexPower));
+        std::fill_n(m_index, std::size_t{1} << m_nIndexPower, nullptr);
+        m_nIndexed = 0;
+        for (CDelvObj* known : m_extensions) {
+            if (known != extension) Index(known);
+        }
+    }
+    CDelvObj** const slot = FindSlot(extension->m_name);
+    if (*slot == nullptr) ++m_nIndexed;
+    *slot = extension;
 }
 
 }  // namespace delvane

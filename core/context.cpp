@@ -13,8 +13,7 @@ CRunContext theContext;
 CRunContext::~CRunContext() = default;
 
 void CRunContext::Initialize() {
-    for (const CString& notice : m_pMachine->GetNotices())
-        Say(notice);
+    TellNotices();
     ReadSystemVersion();
     m_pfnGetFolderPath = m_pMachine->LoadFolderLibrary();
     m_strSystemDir = m_pMachine->GetSystemDirectory();
@@ -164,6 +163,11 @@ const CString& CRunContext::GetResultsDir() {
         m_strResultsDir = m_strProgramDir;
     }
     return m_strResultsDir;
+}
+
+void CRunContext::TellNotices() {
+    for (const CString& notice : m_pMachine->TakeNotices())
+        Say(notice);
 }
 
 void CRunContext::Say(CString sentence) {

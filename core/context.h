@@ -65,6 +65,8 @@ public:
     std::ostream& GetErrorLog();
     // Writes a plain sentence to standard error, once: the same sentence a second time is not said again.
     void Say(CString sentence);
+    // Says what the machine has found wrong with itself since the last call.
+    void TellNotices();
 
     bool m_bWin98 = false;
     bool m_bWinNT4 = false;

@@ -28,11 +28,15 @@ constexpr std::uint32_t ERROR_PATH_NOT_FOUND = 3;
 constexpr std::uint32_t ERROR_TOO_MANY_OPEN_FILES = 4;
 constexpr std::uint32_t ERROR_ACCESS_DENIED = 5;
 constexpr std::uint32_t ERROR_WRITE_PROTECT = 19;
+constexpr std::uint32_t ERROR_INVALID_HANDLE = 6;
 constexpr std::uint32_t ERROR_GEN_FAILURE = 31;
 constexpr std::uint32_t ERROR_DISK_FULL = 112;
 constexpr std::uint32_t ERROR_INVALID_NAME = 123;
 constexpr std::uint32_t ERROR_ALREADY_EXISTS = 183;
 constexpr std::uint32_t ERROR_FILENAME_EXCED_RANGE = 206;
+constexpr std::uint32_t ERROR_MORE_DATA = 234;
+constexpr std::uint32_t ERROR_NO_MORE_ITEMS = 259;
+constexpr std::uint32_t ERROR_BADKEY = 1010;
 constexpr std::uint32_t ERROR_CANT_RESOLVE_FILENAME = 1921;
 constexpr std::uint32_t ERROR_NOT_CONNECTED = 2250;
 
@@ -51,6 +55,24 @@ constexpr std::uint32_t DRIVE_FIXED = 3;
 constexpr std::uint32_t DRIVE_REMOTE = 4;
 constexpr std::uint32_t DRIVE_CDROM = 5;
 constexpr std::uint32_t DRIVE_RAMDISK = 6;
+
+// An open key of the registry; 0 is none. The predefined ones are open at all times.
+using HKEY = std::uint32_t;
+constexpr HKEY HKEY_CLASSES_ROOT = 0x80000000;
+constexpr HKEY HKEY_CURRENT_USER = 0x80000001;
+constexpr HKEY HKEY_LOCAL_MACHINE = 0x80000002;
+constexpr HKEY HKEY_USERS = 0x80000003;
+constexpr HKEY HKEY_CURRENT_CONFIG = 0x80000005;
+
+constexpr std::uint32_t REG_NONE = 0;
+constexpr std::uint32_t REG_SZ = 1;
+constexpr std::uint32_t REG_EXPAND_SZ = 2;
+constexpr std::uint32_t REG_BINARY = 3;
+constexpr std::uint32_t REG_DWORD = 4;
+constexpr std::uint32_t REG_DWORD_BIG_ENDIAN = 5;
+constexpr std::uint32_t REG_LINK = 6;
+constexpr std::uint32_t REG_MULTI_SZ = 7;
+constexpr std::uint32_t REG_RESOURCE_LIST = 8;
 
 constexpr std::uint32_t VER_PLATFORM_WIN32_WINDOWS = 1;
 constexpr std::uint32_t VER_PLATFORM_WIN32_NT = 2;
@@ -99,6 +121,21 @@ public:
     virtual ~CFileSearch() = default;
     // The next entry, in ascending order of names (by byte); false when there is none. "." and ".." may be among them.
     virtual bool Next(CFindData& data) = 0;
+};
+
+// What a key holds, in numbers: the lengths of names are without their NUL, all are in bytes.
+struct CKeyInfo {
+    std::uint32_t m_nSubkeys = 0;
+    std::uint32_t m_nLongestSubkey = 0;
+    std::uint32_t m_nValues = 0;
+    std::uint32_t m_nLongestValueName = 0;
+    std::uint32_t m_nLargestData = 0;
+};
+
+// Room for a text or for data that a call is to fill in.
+struct CRoom {
+    char* m_pBytes = nullptr;
+    std::uint32_t m_nSize = 0;  // on the way in the room, on the way out what was written; a name's NUL does not count
 };
 
 struct CVersionRecord {
@@ -163,8 +200,9 @@ public:
     // how to name it.
     virtual bool IsPresent() const = 0;
     virtual CString GetProblem() const = 0;
-    // What the user should be told at the start: a variable that names no machine, a damaged registry file.
-    virtual std::vector<CString> GetNotices() const = 0;
+    // What the user should be told and has not been told yet, a sentence each: a variable that names no machine, a
+    // damaged registry file. Asked for at the start and after each capture.
+    virtual std::vector<CString> TakeNotices() = 0;
 
     // Identity.
     virtual CVersionRecord GetVersion() = 0;
@@ -191,6 +229,18 @@ public:
     // descriptors or memory: it must not call a directory empty then.
     virtual std::unique_ptr<CFileSearch> OpenSearch(std::string_view path) = 0;
     virtual bool FindPath(std::string_view path, CFileWords& words) = 0;
+
+    // The registry under examination. Each but RegCloseKey gives a Win32 error number. Text is in the code page, data
+    // of the types REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ too. A name's room needs a byte more for a NUL. A key that
+    // stands for something else than itself (performance data) cannot be opened. ERROR_MORE_DATA where a room is too
+    // small; RegQueryValueEx takes a null room for a question after the size alone, and gives the size either way.
+    virtual std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) = 0;
+    virtual void RegCloseKey(HKEY key) = 0;
+    virtual std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) = 0;
+    virtual std::uint32_t RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type,
+                                       CRoom& data) = 0;
+    virtual std::uint32_t RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) = 0;
+    virtual std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) = 0;
 
     // Executables. MapAndLoad is that of platform/image.h on the file at `path`; false too where it is no regular
     // file or cannot be read.

@@ -6,40 +6,11 @@
 #include "capture/executable.h"
 #include "capture/extensions.h"
 #include "capture/registry.h"
+#include "report/heading.h"
 #include "report/master.h"
 #include "tree/snapshot.h"
 
 namespace delvane {
-namespace {
-
-// Follows the heading of the entries written so far.
-class CHeading {
-public:
-    // True when the object's parent is another than that of the entry before.
-    bool Moves(const CDelvObj& object) {
-        if (object.m_pParent == m_pParent) return false;  // no parent, or the same: no need to put its path together
-        m_pParent = object.m_pParent;
-        CString name = m_pParent == nullptr ? CString() : m_pParent->GetFullName();
-        if (name == m_strName) return false;
-        m_bOpen = !m_strName.empty();
-        m_strName = std::move(name);
-        return true;
-    }
-    bool WasOpen() const { return m_bOpen; }  // before the last move
-    bool IsOpen() const { return !m_strName.empty(); }
-    const CString& GetName() const { return m_strName; }
-
-private:
-    const CDelvObj* m_pParent = nullptr;
-    CString m_strName;
-    bool m_bOpen = false;
-};
-
-constexpr std::string_view kObjectGroupEnd = "</TABLE>\n</DD>\n</DL>\n";
-constexpr std::string_view kNameGroupEnd = "</DL>\n";
-
-}  // namespace
-
 void CReportObj::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
     m_pMaster->AddInfo(section, object, textId);
 }

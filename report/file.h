@@ -11,6 +11,7 @@
 namespace delvane {
 
 class CDelvExeObj;
+class CDelvFileObj;
 
 // The folders that sort the files are those of the machine and the user that compare, not of the snapshots.
 class CFileReport : public CReportObj {
@@ -26,6 +27,9 @@ public:
     void WriteDetails(std::ostream& stream) override;
     void WriteRawData(std::ostream& stream) override;
     void WriteChange(std::ostream& stream, CDelvObj& item) override;
+
+    // Appends a copy of the file to the kernel mode executables: a service of the registry names it. No finding.
+    void AddKernelService(CDelvFileObj& file);
 
     std::uint32_t m_nFilesAdded = 0;  // a file is whatever is no directory
     std::uint32_t m_nDirsAdded = 0;

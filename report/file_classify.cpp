@@ -128,6 +128,11 @@ CDelvExeObj* CFileReport::CopyIfExecutable(CDelvObj& object, const CString& full
     return m_exeCopies.back().get();
 }
 
+void CFileReport::AddKernelService(CDelvFileObj& file) {
+    m_exeCopies.push_back(std::make_unique<CDelvExeObj>(file));
+    m_exesKernelMode.push_back(m_exeCopies.back().get());
+}
+
 void CFileReport::NoteSystemExe(CDelvObj& object) {
     if (m_bSystemExeNoted) return;
     m_bSystemExeNoted = true;

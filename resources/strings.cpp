@@ -19,6 +19,37 @@ constexpr CEntry kTable[] = {
     {IDS_DRIVE_NOT_IN_BASELINE, "This drive was not found in baseline snapshot. It will be ignored."},
     {IDS_DRIVE_NOT_IN_CURRENT, "This drive was not found in current snapshot. It will be ignored."},
     {IDS_MY_COMPUTER_EXTENSIONS, "My Computer (Extensions)"},
+    {IDS_CURRENT_WITHOUT_EXTENSIONS,
+     "The Current Snapshot was saved without Extension information. This portion of the report will be ignored."},
+    {IDS_BASELINE_WITHOUT_EXTENSIONS,
+     "The Baseline Snapshot was saved without Extension information. This portion of the report will be ignored."},
+    {IDS_CURRENT_WITHOUT_HIVE,
+     "The Current Snapsnot was created without this Hive's information. This portion of the report will not be "
+     "generated."},
+    {IDS_BASELINE_WITHOUT_HIVE,
+     "The Baseline Snapsnot was created without this Hive's information. This portion of the report will not be "
+     "generated."},
+    {IDS_EXTENSION_SUMMARY, "Summary of Extension Changes"},
+    {IDS_EXTENSIONS_ADDED_COUNT, "Extensions Added:"},
+    {IDS_EXTENSIONS_DELETED_COUNT, "Extensions Deleted:"},
+    {IDS_EXTENSIONS_CHANGED_COUNT, "Extensions Changed:"},
+    {IDS_BAD_EXTENSIONS_COUNT, "Improperly Registered Extensions:"},
+    {IDS_BAD_EXTENSIONS_TITLE, "Extensions That Were Added or Changed But Improperly Registered"},
+    {IDS_EXTENSION_RAW_DATA, "Raw Extension Change Data"},
+    {IDS_EXTENSIONS_ADDED, "Extensions Added"},
+    {IDS_EXTENSIONS_DELETED, "Extensions Deleted"},
+    {IDS_EXTENSIONS_CHANGED, "Extensions Changed"},
+    {IDS_AFTER, "<B>After</B>"},
+    {IDS_BEFORE, "<B>Before</B>"},
+    {IDS_REGISTERED, "Registered"},
+    {IDS_NOT_REGISTERED, "<B>Not Registered</B>"},
+    {IDS_NO_FILE_TYPE, "<B>No Filetype</B>"},
+    {IDS_NO_ICON, "<B>No Icon</B>"},
+    {IDS_NO_OPEN, "NoOpen"},
+    {IDS_NO_COMMAND, "<B>No Command</B>"},
+    {IDS_BAD_EXTENSIONS,
+     "One or more extensions were not registered, or improperly registered; this may be a Logo violation. Click <A "
+     "HREF=\"#BadRef\">here</A> for a list."},
     {IDS_EXES_ADDED_OUTSIDE,
      "Executables Added Outside of Program Files or System Directory. May be a Logo Violation. Click <A "
      "HREF=\"#ExesAdd\">here</A> for a list."},
@@ -28,6 +59,23 @@ constexpr CEntry kTable[] = {
     {IDS_SYSTEM_FILE,
      "System File Added or Changed, may be a violation of Logo requirement. Click <A HREF=\"#%1\">here</A> for file "
      "details."},
+    {IDS_REGISTRY_SUMMARY, "Summary of Registry Changes"},
+    {IDS_VALUES_ADDED, "Values Added:"},
+    {IDS_KEYS_ADDED, "Keys Added:"},
+    {IDS_VALUES_DELETED, "Values Deleted:"},
+    {IDS_KEYS_DELETED, "Keys Deleted:"},
+    {IDS_VALUES_CHANGED, "Values Changed:"},
+    {IDS_REGISTRY_RAW_DATA, "Raw Registry Change Data"},
+    {IDS_REGISTRY_ADDITIONS, "Registry Additions"},
+    {IDS_REGISTRY_DELETIONS, "Registry Deletions"},
+    {IDS_REGISTRY_CHANGES, "Registry Changes"},
+    {IDS_BINARY, "Binary"},
+    {IDS_DWORD, "DWORD"},
+    {IDS_STRING, "String"},
+    {IDS_STRINGS, "Strings"},
+    {IDS_LINK, "Link"},
+    {IDS_NONE, "None"},
+    {IDS_RESOURCE_LIST, "Resource List"},
     {IDS_OTHER_MACHINES,
      "The Current Snapshot was created on a different machine (%1) than the Baseline Snapshot (%2). Results may be "
      "unreliable!"},
@@ -58,8 +106,12 @@ constexpr CEntry kTable[] = {
      "The following drives (%1) found in the Current are not found in the Baseline. They will be ignored."},
     {IDS_BASELINE_ELSEWHERE,
      "Baseline Snapshot created on machine (%1) other than this one (%2). Results may be unreliable!"},
+    {IDS_UNINSTALL_TITLE, "Additions to the Uninstall Section of the Registry"},
     {IDS_NO_UNINSTALL_ADDITIONS,
      "No additions detected in the Uninstall section of the registry. May be a Logo Violation."},
+    {IDS_UNINSTALL_ADDITIONS,
+     "Additions were detected in the Uninstall Section of the Registry. Click <A HREF=\"#UninstAdd\">here</A> to "
+     "examine this list and ensure that these additions conform to the Application Specification."},
     {IDS_FILES_OUTSIDE,
      "Files were added outside of the Program Files or App Data areas. Click <A HREF=#OtherAdd>here</A> to see the "
      "list."},
@@ -71,6 +123,10 @@ constexpr CEntry kTable[] = {
      "Install Delvane has detected executable files added or changed in the system directories. This may be a logo "
      "violation. Click <A HREF=\"#SyseAdd\">here</A> and <A HREF=\"#SyseChg\">here</A> to see a list of the additions "
      "& modifications. "},
+    {IDS_HKCU_CHANGES,
+     "Install Delvane has detected changes in HKEY_CURRENT_USER, but cannot analyze this requirement directly. Click "
+     "<A HREF=\"#HKCUAdd\">here</A>, <A HREF=\"#HKCUChg\">here</A> and <A HREF=\"#HKCUDel\">here</A> to see a list of "
+     "the changes, and to verify that they were made to the appropriate sections of the hive. "},
 };
 
 static_assert(std::is_sorted(std::begin(kTable), std::end(kTable),

@@ -25,6 +25,7 @@ bool CreateSnapshot(CSnapshot& snapshot) {
         if (!snapshot.Save()) return snapshot.GetError();
         return {};
     });
+    theContext.TellNotices();
     if (reason.empty()) return true;
     // Without a machine the sentence tells everything, and it may have been said at the start.
     const bool noMachine = !theContext.GetMachine().IsPresent();

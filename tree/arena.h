@@ -44,6 +44,12 @@ public:
         return CTextRef(copy);
     }
 
+    std::string_view CopyBytes(std::string_view bytes) {
+        char* const copy = static_cast<char*>(Take(bytes.size(), 1));
+        std::memcpy(copy, bytes.data(), bytes.size());
+        return {copy, bytes.size()};
+    }
+
     // Arrays of 2^power pointers. One that was given back serves the next list that asks for its size.
     void** TakeArray(unsigned power);
     void ReturnArray(void** array, unsigned power);

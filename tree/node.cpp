@@ -108,6 +108,12 @@ void CDelvObj::RemoveFrom(CNodeList& list) {
     if (position != list.end()) list.erase(position);
 }
 
+void SortByName(CNodeList& list) {
+    const auto sortsBefore = [](const CDelvObj* a, const CDelvObj* b) { return mbscmp(a->m_name, b->m_name) < 0; };
+    if (std::is_sorted(list.begin(), list.end(), sortsBefore)) return;
+    std::stable_sort(list.begin(), list.end(), sortsBefore);
+}
+
 CDelvDiffObj::CDelvDiffObj(CDelvObj& object, CDelvObj& baseline)
     : m_pObject(&object), m_pBaseline(&baseline), m_strFullName(EncodeText(object.GetFullName())) {
     m_name = object.m_name;

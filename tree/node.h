@@ -92,6 +92,9 @@ private:
     CString m_strFullName;  // with its head; what m_fullName points to
 };
 
+// Brings siblings that stand in the order of their coming into the order of their names; equal names keep theirs.
+void SortByName(CNodeList& list);
+
 // Merges two sorted lists: Compare on the Current's node for a name in both, ReportAdded or ReportDeleted for a name
 // in one.
 bool CompareLists(const CNodeList& current, const CNodeList& baseline, CReportObj& report);

@@ -157,6 +157,7 @@ bool CSnapshot::Capture(CCaptureProgress* progress) {
         m_ftCreated = FILETIME::FromTicks(theContext.GetSystemFileTime());
         m_pRegistry->Capture(progress);
         m_pDrives->Capture(progress);
+        m_pExtensions->Sort();
         ended(progress != nullptr && !progress->m_bKeepGoing);
         return true;
     } catch (const CUserException&) {

@@ -9,6 +9,7 @@
 
 #include "platform/hosted/host_file.h"
 #include "platform/hosted/own_file.h"
+#include "platform/hosted/prefix_registry.h"
 
 namespace delvane {
 namespace {
@@ -39,10 +40,22 @@ CHostedMachine::CHostedMachine(CMachineChoice choice, std::string programFolder)
     }
 }
 
-std::vector<CString> CHostedMachine::GetNotices() const {
-    if (m_pIdentity != nullptr) return m_pIdentity->GetNotices();
-    if (m_choice.m_bVariable) return {m_choice.m_strProblem};
-    return {};
+std::vector<CString> CHostedMachine::TakeNotices() {
+    std::vector<CString> notices;
+    if (m_pIdentity != nullptr) {
+        notices = m_pIdentity->GetNotices();
+    } else if (m_choice.m_bVariable) {
+        notices = {m_choice.m_strProblem};
+    }
+    if (m_pRegistry != nullptr) {
+        std::vector<std::string> problems = m_pRegistry->GetProblems();
+        std::move(problems.begin(), problems.end(), std::back_inserter(notices));
+    }
+    // The same file may be found damaged in one line at the start and in another during a capture: once is enough.
+    std::erase_if(notices, [this](const CString& notice) {
+        return !m_told.insert(notice.substr(0, notice.find(": line "))).second;
+    });
+    return notices;
 }
 
 CVersionRecord CHostedMachine::GetVersion() {
@@ -118,6 +131,21 @@ std::uint32_t CHostedMachine::GetVolumeLabel(std::string_view root, CString& lab
 }
 
 std::uint32_t CHostedMachine::GetConnection(std::string_view, CString&) { return ERROR_NOT_CONNECTED; }
+
+CHostedRegistry& CHostedMachine::GetRegistry() {
+    if (m_pRegistry == nullptr) {
+        m_pRegistry =
+            m_choice.m_folder.empty() ? std::make_unique<CHostedRegistry>() : LoadPrefixRegistry(m_choice.m_folder);
+    }
+    return *m_pRegistry;
+}
+
+// Between two captures of one run an installation may have changed the files. A walk asks for a predefined key first.
+std::uint32_t CHostedMachine::RegQueryInfoKey(HKEY key, CKeyInfo& info) {
+    const bool isBetweenWalks = m_pRegistry != nullptr && m_pRegistry->GetOpenCount() == 0;
+    if (key >= HKEY_CLASSES_ROOT && isBetweenWalks && m_pRegistry->HasChanged()) m_pRegistry.reset();
+    return GetRegistry().QueryInfo(key, info);
+}
 
 bool CHostedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {
     image = {};

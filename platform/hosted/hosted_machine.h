@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "platform/hosted/file_search.h"
 #include "platform/hosted/identity.h"
 #include "platform/hosted/path_map.h"
+#include "platform/hosted/registry.h"
 #include "platform/machine.h"
 
 namespace delvane {
@@ -22,7 +24,7 @@ public:
     CString GetProblem() const override {
         return m_pIdentity != nullptr ? m_pIdentity->GetProblem() : m_choice.m_strProblem;
     }
-    std::vector<CString> GetNotices() const override;
+    std::vector<CString> TakeNotices() override;
 
     CVersionRecord GetVersion() override;
     bool GetUserName(CString& name) override;
@@ -42,6 +44,21 @@ public:
     std::unique_ptr<CFileSearch> OpenSearch(std::string_view path) override { return m_searches.Open(path); }
     bool FindPath(std::string_view path, CFileWords& words) override { return m_searches.FindPath(path, words); }
 
+    std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override {
+        return GetRegistry().OpenKey(parent, name, key);
+    }
+    void RegCloseKey(HKEY key) override { GetRegistry().CloseKey(key); }
+    std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) override;
+    std::uint32_t RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) override {
+        return GetRegistry().EnumValue(key, index, name, type, data);
+    }
+    std::uint32_t RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) override {
+        return GetRegistry().EnumKey(key, index, name);
+    }
+    std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) override {
+        return GetRegistry().QueryValue(key, name, type, data);
+    }
+
     bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
     std::optional<CVersionBlock> GetFileVersionInfo(std::string_view path) override;
 
@@ -57,11 +74,15 @@ public:
     void OpenDocument(std::string_view path) override;
 
 private:
+    CHostedRegistry& GetRegistry();
+
     CMachineChoice m_choice;
     std::string m_programFolder;
     std::unique_ptr<CPrefixIdentity> m_pIdentity;  // null without a machine
     CPathMap m_paths;
     CSearchSet m_searches;
+    std::unique_ptr<CHostedRegistry> m_pRegistry;  // read when it is first asked for
+    std::set<CString> m_told;                      // the notices that were taken
 };
 
 }  // namespace delvane

@@ -6,15 +6,11 @@
 #include <utility>
 
 #include "platform/hosted/registry_text.h"
+#include "platform/machine.h"
 #include "platform/text.h"
 
 namespace delvane {
 namespace {
-
-constexpr std::uint32_t REG_SZ = 1;
-constexpr std::uint32_t REG_EXPAND_SZ = 2;
-constexpr std::uint32_t REG_DWORD = 4;
-constexpr std::uint32_t REG_LINK = 6;
 
 bool EqualNoCase(std::string_view a, std::string_view b) { return mbsicmp(a, b) == 0; }
 

@@ -20,6 +20,7 @@
 #include <cstring>
 
 #include "platform/hosted/registry_escape.h"
+#include "platform/machine.h"
 #include "platform/text.h"
 
 namespace delvane {
@@ -29,11 +30,6 @@ using namespace registry_escape;
 namespace {
 
 constexpr std::string_view kHeader = "WINE REGISTRY Version 2";
-constexpr std::uint32_t REG_SZ = 1;
-constexpr std::uint32_t REG_EXPAND_SZ = 2;
-constexpr std::uint32_t REG_BINARY = 3;
-constexpr std::uint32_t REG_DWORD = 4;
-constexpr std::uint32_t REG_MULTI_SZ = 7;
 
 constexpr const char* kEndsInValue = "the text ends inside a value";
 constexpr const char* kEndsInKey = "the text ends inside a key line";

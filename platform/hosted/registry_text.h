@@ -55,6 +55,11 @@ public:
     bool FindKeyLine(std::string_view& line);
     bool ReadKey(CKey& key);
 
+    // Where reading goes on, as an offset into the text. Behind NextKey that is where the key's values begin; NextValue
+    // hands them out again once the position is set there.
+    std::size_t GetPosition() const { return static_cast<std::size_t>(m_pNext - m_pBegin); }
+    void SetPosition(std::size_t position) { m_pNext = m_pBegin + position; }
+
     // What was wrong with the part read so far: how often, and the first in the form "line 12: a value without a
     // closing quotation mark"; empty when nothing was.
     std::size_t GetProblemCount() const { return m_nProblems; }

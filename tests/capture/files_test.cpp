@@ -96,7 +96,7 @@ TEST_F(Walk, CountsAndPostsOnceUntilTheMessageIsHandled) {
     watcher.m_progress.m_pDialog = &watcher;
     CSnapshot snapshot;
     EXPECT_TRUE(snapshot.Capture(&watcher.m_progress));
-    EXPECT_EQ(watcher.m_posted, "1000 end 0 ");
+    EXPECT_EQ(watcher.m_posted, "1009 end 0 ");
     EXPECT_EQ(watcher.m_progress.m_nFiles, 2U);
     EXPECT_EQ(watcher.m_progress.m_nDirs, 1U);
     EXPECT_EQ(watcher.m_progress.m_nDrives, 1U);
@@ -106,7 +106,7 @@ TEST_F(Walk, CountsAndPostsOnceUntilTheMessageIsHandled) {
     CSnapshot second;
     second.m_pProgress = &watcher.m_progress;
     EXPECT_TRUE(second.Capture(nullptr)) << "the snapshot's own record serves";
-    EXPECT_EQ(watcher.m_posted, "1000 1001 1002 1002 end 0 ");
+    EXPECT_EQ(watcher.m_posted, "1009 1010 1009 1010 1009 1010 1007 1000 1001 1002 1002 end 0 ");
 }
 
 TEST_F(Walk, ACancelEndsItAtTheNextEntryAndClosesEverySearch) {

@@ -76,7 +76,7 @@ TEST_F(HostedMachine, ReadsItsIdentityOutOfTheRegistry) {
     EXPECT_TRUE(folder(38, text));
     EXPECT_EQ(text, "C:\\Program Files");
     EXPECT_FALSE(folder(26, text));
-    EXPECT_TRUE(machine.GetNotices().empty());
+    EXPECT_TRUE(machine.TakeNotices().empty());
 }
 
 TEST_F(HostedMachine, TellsAnotherVersionThanTheRegistryWhereWineWould) {
@@ -96,16 +96,17 @@ TEST_F(HostedMachine, DamagedRegistryTextIsToldAndTheRestCounts) {
     prefix.Write("system.reg", whole.substr(0, whole.find("ProgramFilesDir") + 20));
     fs::remove(prefix / "user.reg");
     CHostedMachine& machine = Open(prefix);
-    ASSERT_EQ(machine.GetNotices().size(), 2U);
-    EXPECT_NE(machine.GetNotices()[0].find("system.reg is cut off"), CString::npos) << machine.GetNotices()[0];
+    const std::vector<CString> notices = machine.TakeNotices();
+    ASSERT_EQ(notices.size(), 2U);
+    EXPECT_NE(notices[0].find("system.reg is cut off"), CString::npos) << notices[0];
     EXPECT_FALSE(machine.IsPresent()) << "half a registry is no machine to take a snapshot of";
-    EXPECT_EQ(machine.GetProblem(), machine.GetNotices()[0]);
-    EXPECT_NE(machine.GetNotices()[1].find("user.reg cannot be read"), CString::npos);
+    EXPECT_EQ(machine.GetProblem(), notices[0]);
+    EXPECT_NE(notices[1].find("user.reg cannot be read"), CString::npos);
     EXPECT_EQ(machine.GetVersion().m_dwBuildNumber, 7601U);
     prefix.Write("user.reg", "garbage");
-    EXPECT_NE(Open(prefix).GetNotices()[1].find("user.reg is no registry text"), CString::npos);
+    EXPECT_NE(Open(prefix).TakeNotices()[1].find("user.reg is no registry text"), CString::npos);
     prefix.Write("system.reg", whole + "no value\n");
-    EXPECT_NE(Open(prefix).GetNotices()[0].find("system.reg is damaged"), CString::npos);
+    EXPECT_NE(Open(prefix).TakeNotices()[0].find("system.reg is damaged"), CString::npos);
     EXPECT_TRUE(m_pMachine->IsPresent()) << "a line that cannot be read costs that line";
 }
 
@@ -253,7 +254,7 @@ TEST_F(HostedMachine, TheProgramsFolderIsADrivePathOnlyOnADisk) {
 TEST_F(HostedMachine, WithoutAMachineItsOwnFilesStillWork) {
     CHostedMachine machine({{}, "nothing here", true}, m_home.GetPath());
     EXPECT_FALSE(machine.IsPresent());
-    EXPECT_EQ(machine.GetNotices(), std::vector<CString>{"nothing here"});
+    EXPECT_EQ(machine.TakeNotices(), std::vector<CString>{"nothing here"});
     EXPECT_EQ(machine.OpenSearch("C:"), nullptr);
     EXPECT_EQ(machine.GetDriveType("C:\\"), DRIVE_FIXED) << "what two snapshots hold may be compared";
     std::string host = m_home.GetPath() + "/x";

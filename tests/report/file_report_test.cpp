@@ -1,15 +1,11 @@
 // What the report makes of changes: categories, findings, and the page.
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-
 #include "capture/executable.h"
-#include "tests/support/machine_test.h"
+#include "tests/support/report_test.h"
 
 namespace delvane {
 namespace {
 
-class FileReport : public CMachineTest {
+class FileReport : public CReportTest {
 protected:
     FileReport() {
         m_pMachine->m_folders = {{CSIDL_STARTMENU, "C:\\Prof\\me\\Start Menu"},
@@ -21,41 +17,6 @@ protected:
                                  {CSIDL_COMMON_DOCUMENTS, "C:\\Prof\\All\\Documents"},
                                  {CSIDL_PROGRAM_FILES, "C:\\Program Files"}};
     }
-
-    // Compares two states and keeps the report.
-    CMasterReport& Compare(std::string_view before, std::string_view after) {
-        Start(before);
-        m_pBaseline = TakeSnapshotOf(before, "Before");
-        m_pCurrent = TakeSnapshotOf(after, "After");
-        m_pReport = std::make_unique<CMasterReport>(*m_pCurrent, *m_pBaseline);
-        m_pCurrent->Compare(*m_pBaseline, *m_pReport);
-        return *m_pReport;
-    }
-    static CString PathsOf(const CObjectList& list) {
-        CString paths;
-        for (const CDelvObj* object : list)
-            paths += object->GetFullName() + "\n";
-        return paths;
-    }
-    static CString PathsOf(const CDiffList& list) {
-        CString paths;
-        for (const auto& change : list)
-            paths += change->GetFullName() + "\n";
-        return paths;
-    }
-    // The findings of a section, each by its object: "File(C:\config.sys)".
-    static CString ObjectsOf(const std::vector<CString>& findings) {
-        CString objects;
-        for (const CString& line : findings) {
-            const std::size_t begin = line.find(" - ") + 3;
-            objects += line.substr(begin, line.find(": ", begin) - begin) + "\n";
-        }
-        return objects;
-    }
-
-    std::unique_ptr<CSnapshot> m_pBaseline;
-    std::unique_ptr<CSnapshot> m_pCurrent;
-    std::unique_ptr<CMasterReport> m_pReport;
 };
 
 TEST_F(FileReport, ExecutablesAreSortedByPlaceAndByKind) {
@@ -267,60 +228,6 @@ TEST_F(FileReport, AFullDiskKeepsTheEarlierPageAndAReadOnlyFolderEndsNothing) {
     EXPECT_EQ(m_pMachine->m_files[report.m_strReportPath], "earlier");
     m_pMachine->m_bReadOnly = true;
     EXPECT_TRUE(report.GenerateReport());
-}
-
-// Whole pages, byte by byte. UPDATE_GOLDEN=1 writes them anew; read the difference like code.
-class Page : public FileReport {
-protected:
-    void ExpectGolden(const CString& name, const CString& page) {
-        const CString path = CString(DELVANE_SOURCE_DIR) + "/tests/report/golden/" + name;
-        if (std::getenv("UPDATE_GOLDEN") != nullptr) std::ofstream(path, std::ios::binary) << page;
-        std::ifstream file(path, std::ios::binary);
-        const CString golden{std::istreambuf_iterator<char>(file), {}};
-        ASSERT_FALSE(golden.empty()) << path;
-        EXPECT_EQ(page, golden);
-    }
-};
-
-TEST_F(Page, OfTwoIdenticalSnapshots) {
-    Start("C: fixed\n  f");
-    const auto snapshot = TakeSnapshot("Same");
-    ExpectGolden("identical.htm", PageOf(*snapshot, *snapshot));
-    EXPECT_EQ(theApp.m_nExitCode, kExitFindings) << "no addition under the Uninstall key is a warning";
-}
-
-TEST_F(Page, OfAnInstallation) {
-    Compare(R"(
-        C: fixed [System]
-          Prof\
-            me\
-              Start Menu\
-                old.lnk  size=300 written=2000-01-01T00:00:00
-          WINNT\
-            gone.dll  size=1 written=2000-02-29T12:00:00
-            system32\
-              shared.dll  size=1500 written=1999-12-31T23:59:59 image=pe32
-            win.ini  size=10 written=2000-01-01T00:00:00
-    )",
-            R"(
-        C: fixed [System]
-          Prof\
-            me\
-              Start Menu\
-                old.lnk  size=301 written=2000-01-01T00:00:00
-          Program Files\
-            App & Co\
-              app.exe  size=123456 written=2001-02-03T16:05:06 image=pe32 version=1.2.3
-              café.txt  size=0 written=2001-02-03T04:05:06
-          WINNT\
-            system32\
-              drivers\
-                app.sys  size=5000 written=2001-02-03T04:05:06 image=native version=4.5
-              shared.dll  size=1600 written=2001-02-03T04:05:06 image=dos
-            win.ini  size=11 written=2001-02-03T04:05:06
-          setup.log  size=70 written=2001-02-03T04:05:06
-    )");
-    ExpectGolden("installation.htm", PageOf(*m_pCurrent, *m_pBaseline));
 }
 
 }  // namespace

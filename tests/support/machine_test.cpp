@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "capture/drives.h"
+#include "capture/registry.h"
 
 namespace delvane {
 namespace {
@@ -83,6 +84,19 @@ CString ListTree(const CDelvObj& node) {
             lines += subdir->GetFullName() + "\\\n" + ListTree(*subdir);
         }
     }
+    return lines;
+}
+
+CString ListRegistry(const CDelvObj& node) {
+    CString lines;
+    const auto& key = dynamic_cast<const CDelvRegKeyObj&>(node);
+    for (const CDelvObj* child : key.m_values) {
+        const auto& value = dynamic_cast<const CDelvRegValObj&>(*child);
+        lines += value.GetFullName() + " " + CString(value.m_name) + " " + std::to_string(value.m_dwType) + ":" +
+                 std::to_string(value.m_data.size()) + "\n";
+    }
+    for (const CDelvObj* child : key.m_subkeys)
+        lines += child->GetFullName() + "\\\n" + ListRegistry(*child);
     return lines;
 }
 

@@ -29,6 +29,8 @@ protected:
     // Writes the snapshot and gives the file's bytes; loads a snapshot from bytes (what Load throws comes out).
     CString Store(CSnapshot& snapshot);
     std::unique_ptr<CSnapshot> LoadFrom(const CString& bytes);
+    // The machine's registry from now on (see CScriptedRegistry).
+    void SetRegistry(std::string_view text) { m_pMachine->m_registry = CScriptedRegistry(text); }
     // The page of a comparison.
     CString PageOf(CSnapshot& current, CSnapshot& baseline);
 
@@ -39,6 +41,9 @@ protected:
 
 // The paths under a node, each on a line, directories with a backslash behind.
 CString ListTree(const CDelvObj& node);
+
+// The keys and values under a key, each on a line: keys with a backslash behind, values with type and length.
+CString ListRegistry(const CDelvObj& node);
 
 // How often the part stands in the text.
 int CountOf(std::string_view text, std::string_view part);

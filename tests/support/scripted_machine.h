@@ -5,9 +5,11 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/machine.h"
+#include "tests/support/scripted_registry.h"
 
 namespace delvane {
 
@@ -24,7 +26,7 @@ public:
 
     bool IsPresent() const override { return m_bPresent; }
     CString GetProblem() const override { return m_bPresent ? "" : "no machine here"; }
-    std::vector<CString> GetNotices() const override { return {}; }
+    std::vector<CString> TakeNotices() override { return std::exchange(m_notices, {}); }
     CVersionRecord GetVersion() override { return m_version; }
     bool GetUserName(CString& name) override;
     bool GetComputerName(CString& name) override;
@@ -40,6 +42,20 @@ public:
     std::uint32_t GetConnection(std::string_view name, CString& share) override;
     std::unique_ptr<CFileSearch> OpenSearch(std::string_view path) override;
     bool FindPath(std::string_view path, CFileWords& words) override;
+    std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override {
+        return m_registry.OpenKey(parent, name, key);
+    }
+    void RegCloseKey(HKEY key) override { m_registry.CloseKey(key); }
+    std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) override { return m_registry.QueryInfo(key, info); }
+    std::uint32_t RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) override {
+        return m_registry.EnumValue(key, index, name, type, data);
+    }
+    std::uint32_t RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) override {
+        return m_registry.EnumKey(key, index, name);
+    }
+    std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) override {
+        return m_registry.QueryValue(key, name, type, data);
+    }
     bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
     std::optional<CVersionBlock> GetFileVersionInfo(std::string_view path) override;
     bool FileExists(std::string_view path) override;
@@ -53,7 +69,9 @@ public:
     CString GetDisplayPath(std::string_view path) const override { return CString(path); }
     void OpenDocument(std::string_view path) override { m_opened.emplace_back(path); }
 
+    CScriptedRegistry m_registry{"HKCR\n  .x\\\nHKCU\n  Software\\\nHKLM\n  SOFTWARE\\\n"};
     bool m_bPresent = true;
+    std::vector<CString> m_notices;
     CVersionRecord m_version{VER_PLATFORM_WIN32_NT, 5, 0, 2195, "Service Pack 4"};
     CString m_strUser = "tester";
     CString m_strComputer = "BENCH";

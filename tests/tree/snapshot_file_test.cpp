@@ -47,6 +47,15 @@ protected:
 };
 
 TEST_F(SnapshotFile, HoldsExactlyTheseBytes) {
+    SetRegistry(R"(
+        HKCR
+          .txt\
+            @ = sz "t"
+        HKLM
+          K\
+            v = dword 7
+    )");
+    const CString noText = EncodeText("");
     Start(R"(
         C: fixed [System]
           a.txt  size=4294967297 written=2001-02-03T04:05:06
@@ -70,8 +79,17 @@ TEST_F(SnapshotFile, HoldsExactlyTheseBytes) {
                                        U32(126'227'808'000'000'000 >> 32),
                                        U32(static_cast<std::uint32_t>(126'227'808'000'000'000)),
                                        EncodeText("My Computer"),
-                                       EncodeText(""),
-                                       U32(0),  // the registry
+                                       noText,
+                                       U32(3),  // the hives: root key, names, values, keys
+                                       U32(HKEY_CLASSES_ROOT) + EncodeText("HKCR") + noText + U32(0) + U32(1),
+                                       EncodeText(".txt") + noText + U32(1),
+                                       EncodeText("(default)") + noText + U32(REG_SZ) + U32(2) + CString("t", 2),
+                                       U32(0),
+                                       U32(HKEY_CURRENT_USER) + EncodeText("HKCU") + noText + U32(0) + U32(0),
+                                       U32(HKEY_LOCAL_MACHINE) + EncodeText("HKLM") + noText + U32(0) + U32(1),
+                                       EncodeText("K") + noText + U32(1),
+                                       EncodeText("v") + noText + U32(REG_DWORD) + U32(4) + U32(7),
+                                       U32(0),
                                        U32(4),
                                        File("My Computer", "My Computer"),
                                        U32(0),
@@ -95,7 +113,9 @@ TEST_F(SnapshotFile, HoldsExactlyTheseBytes) {
                                        CString(32, '\0'),
                                        U32(0),
                                        U32(0),
-                                       NoExtensions()}));
+                                       EncodeText("My Computer (Extensions)") + EncodeText("My Computer (Extensions)"),
+                                       U32(1) + EncodeText(".txt") + EncodeText(".txt") + EncodeText("t"),
+                                       noText + noText + U32(0)}));
 }
 
 // No helper of the program's own writes these.

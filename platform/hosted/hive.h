@@ -1,0 +1,75 @@
+// A hive of a hosted machine: keys below a root, whatever file they come from.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace delvane {
+
+// What one key holds. Names and data are as the ANSI calls of the registry give them in the code page UTF-8: types 1, 2
+// and 7 converted with their terminators, an odd last byte dropped; all other types as they are. An unpaired surrogate
+// is its three bytes, a NUL inside a name stays. One object serves key after key, so that its memory is taken once.
+class CKeyContents {
+public:
+    struct CSpan {
+        std::size_t m_nAt = 0;
+        std::size_t m_nLength = 0;
+    };
+    struct CSubkey {
+        CSpan m_name;
+        std::uint32_t m_nKey = 0;  // the hive's number of the key
+    };
+    struct CValue {
+        CSpan m_name;  // empty: the unnamed value
+        std::uint32_t m_dwType = 0;
+        CSpan m_data;
+    };
+
+    void Clear() {
+        m_bytes.clear();
+        m_subkeys.clear();
+        m_values.clear();
+    }
+    std::string_view Get(CSpan span) const { return {m_bytes.data() + span.m_nAt, span.m_nLength}; }
+    CSpan Add(std::string_view bytes) {
+        const CSpan span{m_bytes.size(), bytes.size()};
+        m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
+        return span;
+    }
+
+    std::vector<char> m_bytes;  // what the spans point into
+    std::vector<CSubkey> m_subkeys;
+    std::vector<CValue> m_values;
+};
+
+// Read only. Keys go by 32-bit numbers of the hive's own, which stay good as long as it lives.
+class CHive {
+public:
+    virtual ~CHive() = default;
+
+    virtual std::uint32_t GetRoot() const = 0;
+    // Adds what the key holds to `contents`, in the order of the file. False where the key itself is damaged or no
+    // ordinary one; what was added then is of no use. A damaged value or subkey is left out and told by GetProblems.
+    virtual bool ReadKey(std::uint32_t key, CKeyContents& contents) = 0;
+    // The subkey of that name, an exact match before one without regard to case.
+    virtual std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) = 0;
+    // Where a symbolic link key leads ("\Registry\Machine\Software\X"); nothing for any other key.
+    virtual std::optional<std::string> GetLink(std::uint32_t key) = 0;
+    // What was found wrong so far, one sentence for each hive file: "FILE is damaged: 3 keys ..., the first ...".
+    virtual std::vector<std::string> GetProblems() const = 0;
+
+    // The key at that path below `key`, components joined by one backslash; nothing where there is none. Links are not
+    // followed.
+    std::optional<std::uint32_t> FindKey(std::uint32_t key, std::string_view path);
+    // One value, by name without regard to case: the text of a REG_SZ or REG_EXPAND_SZ up to its first NUL, the number
+    // of a REG_DWORD.
+    std::optional<std::string> FindText(std::string_view path, std::string_view name);
+    std::optional<std::uint32_t> FindNumber(std::string_view path, std::string_view name);
+};
+
+}  // namespace delvane

@@ -1,0 +1,397 @@
+// An open key holds all that it shows, decoded once: the number and the sizes of its values are asked for first and the
+// values one by one afterwards. Closed keys are kept for their memory, so a walk takes memory for as many keys as it
+// has open at a time.
+#include "platform/hosted/registry.h"
+
+#include <algorithm>
+#include <cstring>
+#include <sys/stat.h>
+#include <unordered_map>
+
+#include "platform/hosted/own_file.h"
+#include "platform/text.h"
+
+namespace delvane {
+namespace {
+
+// A link may lead to a link, but not for ever.
+constexpr unsigned kMostLinks = 32;
+
+// Links that fan out show the same keys again and again, exponentially at worst. Real registries have some thousand
+// keys behind links.
+constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 21;
+
+bool EqualNoCase(std::string_view a, std::string_view b) { return mbsicmp(a, b) == 0; }
+
+bool TakePrefixNoCase(std::string_view& text, std::string_view prefix) {
+    if (text.size() < prefix.size() || !EqualNoCase(text.substr(0, prefix.size()), prefix)) return false;
+    text.remove_prefix(prefix.size());
+    return true;
+}
+
+std::string_view TakeComponent(std::string_view& path) {
+    const std::size_t end = path.find('\\');
+    const std::string_view component = path.substr(0, end);
+    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
+    return component;
+}
+
+// Puts the bytes into the room; false if it is too small.
+bool Fill(CRoom& room, std::string_view bytes, std::uint32_t extra) {
+    const bool fits = room.m_nSize >= bytes.size() + extra;
+    room.m_nSize = static_cast<std::uint32_t>(bytes.size());
+    if (fits) {
+        std::memcpy(room.m_pBytes, bytes.data(), bytes.size());
+        if (extra != 0) room.m_pBytes[bytes.size()] = '\0';
+    }
+    return fits;
+}
+
+}  // namespace
+
+struct CHostedRegistry::COpenKey {
+    CLayers m_layers;
+    const COpenKey* m_pParent = nullptr;
+    std::uint32_t m_nDepth = 0;
+    bool m_bBehindLink = false;
+    bool m_bRead = false;
+    std::size_t m_nLastChild = 0;  // the one that was enumerated last, which is the one opened next
+    CKeyContents m_contents;
+    std::vector<CLayers> m_children;  // by index, where the hive's numbers do not tell; else empty
+
+    CLayers GetChild(std::size_t index) const {
+        if (!m_children.empty()) return m_children[index];
+        return {{m_layers.m_first.m_pHive, m_contents.m_subkeys[index].m_nKey}, {}};
+    }
+    std::string_view GetChildName(std::size_t index) const {
+        return m_contents.Get(m_contents.m_subkeys[index].m_name);
+    }
+    // Turns the hive's numbers into layers, so that a child may come from elsewhere.
+    void SpreadChildren() {
+        if (!m_children.empty()) return;
+        for (const CKeyContents::CSubkey& subkey : m_contents.m_subkeys)
+            m_children.push_back({{m_layers.m_first.m_pHive, subkey.m_nKey}, {}});
+    }
+};
+
+CHostedRegistry::CHostedRegistry() = default;
+CHostedRegistry::~CHostedRegistry() = default;
+
+CHive& CHostedRegistry::AddHive(std::unique_ptr<CHive> hive) {
+    m_hives.push_back(std::move(hive));
+    return *m_hives.back();
+}
+
+void CHostedRegistry::SetRoot(HKEY root, CLayers layers) { m_roots.emplace_back(root, layers); }
+
+void CHostedRegistry::Mount(CPlace parent, std::string_view name, CPlace target) {
+    m_mounts.push_back({parent, std::string(name), target});
+}
+
+CHostedRegistry::CFileStamp CHostedRegistry::StampOf(const std::string& hostPath) {
+    struct stat status {};
+    if (stat(hostPath.c_str(), &status) != 0) return {hostPath, {-1}};
+    return {hostPath,
+            {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino), status.st_size,
+             status.st_mtim.tv_sec, status.st_mtim.tv_nsec}};
+}
+
+void CHostedRegistry::Watch(const std::string& hostPath) { m_files.push_back(StampOf(hostPath)); }
+
+bool CHostedRegistry::HasChanged() const {
+    return std::any_of(m_files.begin(), m_files.end(),
+                       [](const CFileStamp& file) { return StampOf(file.m_path).m_marks != file.m_marks; });
+}
+
+std::vector<std::string> CHostedRegistry::GetProblems() const {
+    std::vector<std::string> problems = m_problems;
+    for (const auto& hive : m_hives) {
+        std::vector<std::string> more = hive->GetProblems();
+        std::move(more.begin(), more.end(), std::back_inserter(problems));
+    }
+    return problems;
+}
+
+// The handles.
+
+CHostedRegistry::COpenKey* CHostedRegistry::GetOpenKey(HKEY key) {
+    if (key >= HKEY_CLASSES_ROOT) {
+        std::unique_ptr<COpenKey>& root = m_openRoots[key];
+        if (root == nullptr) {
+            root = std::make_unique<COpenKey>();
+            root->m_layers = FindRoot(key).value_or(CLayers{});
+        }
+        return root.get();
+    }
+    return key != 0 && key <= m_open.size() ? m_open[key - 1].get() : nullptr;
+}
+
+std::unique_ptr<CHostedRegistry::COpenKey> CHostedRegistry::TakeOpenKey() {
+    if (m_spare.empty()) return std::make_unique<COpenKey>();
+    std::unique_ptr<COpenKey> key = std::move(m_spare.back());
+    m_spare.pop_back();
+    return key;
+}
+
+std::uint32_t CHostedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY& key) {
+    ThrowIfInterrupted();
+    COpenKey* const above = GetOpenKey(parent);
+    if (above == nullptr || !Read(*above)) return ERROR_INVALID_HANDLE;
+    const std::optional<std::size_t> index = FindChild(*above, name);
+    if (!index) return ERROR_FILE_NOT_FOUND;
+    const CLayers child = above->GetChild(*index);
+    const std::optional<CLayers> layers = FollowLinks(child, 0);
+    if (!layers) return ERROR_FILE_NOT_FOUND;
+    const bool isLink = layers->m_first != child.m_first || layers->m_second != child.m_second;
+    if (isLink && IsOpenAbove(above, layers->m_first)) return ERROR_CANT_RESOLVE_FILENAME;
+    if (above->m_nDepth >= kMaxTreeDepth) return ERROR_FILENAME_EXCED_RANGE;
+    if (std::find(m_unopenable.begin(), m_unopenable.end(), layers->m_first) != m_unopenable.end()) {
+        return ERROR_INVALID_HANDLE;
+    }
+    const bool isBehindLink = isLink || above->m_bBehindLink;
+    if (isBehindLink && ++m_nBehindLinks > kMostKeysBehindLinks) {
+        if (m_nBehindLinks == kMostKeysBehindLinks + 1) {
+            AddProblem("the registry's links lead to each other: of more than " + std::to_string(kMostKeysBehindLinks) +
+                       " keys behind links the rest is left out");
+        }
+        return ERROR_CANT_RESOLVE_FILENAME;
+    }
+    std::unique_ptr<COpenKey> opened = TakeOpenKey();
+    opened->m_layers = *layers;
+    opened->m_pParent = above;
+    opened->m_nDepth = above->m_nDepth + 1;
+    opened->m_bBehindLink = isBehindLink;
+    if (!Read(*opened)) {
+        m_spare.push_back(std::move(opened));
+        return ERROR_BADKEY;
+    }
+    if (m_freeHandles.empty()) {
+        m_open.push_back(nullptr);
+        m_freeHandles.push_back(static_cast<HKEY>(m_open.size()));
+    }
+    key = m_freeHandles.back();
+    m_freeHandles.pop_back();
+    m_open[key - 1] = std::move(opened);
+    ++m_nOpen;
+    return ERROR_SUCCESS;
+}
+
+void CHostedRegistry::CloseKey(HKEY key) {
+    if (key == 0 || key > m_open.size() || m_open[key - 1] == nullptr) return;
+    COpenKey& closed = *m_open[key - 1];
+    closed.m_bRead = false;
+    closed.m_nLastChild = 0;
+    m_spare.push_back(std::move(m_open[key - 1]));
+    m_freeHandles.push_back(key);
+    --m_nOpen;
+}
+
+bool CHostedRegistry::IsOpenAbove(const COpenKey* parent, CPlace place) const {
+    for (; parent != nullptr; parent = parent->m_pParent) {
+        if (parent->m_layers.m_first == place) return true;
+    }
+    return false;
+}
+
+std::optional<std::size_t> CHostedRegistry::FindChild(const COpenKey& key, std::string_view name) const {
+    const std::size_t count = key.m_contents.m_subkeys.size();
+    if (key.m_nLastChild < count && key.GetChildName(key.m_nLastChild) == name) return key.m_nLastChild;
+    for (const bool exact : {true, false}) {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (exact ? key.GetChildName(i) == name : EqualNoCase(key.GetChildName(i), name)) return i;
+        }
+    }
+    return std::nullopt;
+}
+
+// What an open key shows.
+
+bool CHostedRegistry::Read(COpenKey& key) {
+    if (key.m_bRead) return true;
+    key.m_contents.Clear();
+    key.m_children.clear();
+    const CPlace first = key.m_layers.m_first;
+    if (first && !first.m_pHive->ReadKey(first.m_nKey, key.m_contents)) {
+        if (key.m_pParent != nullptr) return false;
+        key.m_contents.Clear();  // a hive with a damaged root is an empty one
+    }
+    if (key.m_layers.m_second) ReadSecondLayer(key);
+    ApplyMounts(key);
+    key.m_bRead = true;
+    return true;
+}
+
+void CHostedRegistry::ReadSecondLayer(COpenKey& key) {
+    CKeyContents& contents = key.m_contents;
+    m_scratch.Clear();
+    CHive* const hive = key.m_layers.m_second.m_pHive;
+    if (!hive->ReadKey(key.m_layers.m_second.m_nKey, m_scratch)) return;
+    key.SpreadChildren();
+    std::unordered_map<CString, std::size_t> subkeys;
+    for (std::size_t i = 0; i < contents.m_subkeys.size(); ++i)
+        subkeys.emplace(FoldCase(key.GetChildName(i)), i);
+    for (const CKeyContents::CSubkey& subkey : m_scratch.m_subkeys) {
+        const std::string_view name = m_scratch.Get(subkey.m_name);
+        const CPlace place{hive, subkey.m_nKey};
+        const auto found = subkeys.find(FoldCase(name));
+        if (found == subkeys.end()) {
+            contents.m_subkeys.push_back({contents.Add(name), subkey.m_nKey});
+            key.m_children.push_back({place, {}});
+        } else if (!key.m_children[found->second].m_second) {
+            key.m_children[found->second].m_second = place;
+        }
+    }
+    std::unordered_map<CString, bool> values;
+    for (const CKeyContents::CValue& value : contents.m_values)
+        values.emplace(FoldCase(contents.Get(value.m_name)), true);
+    for (const CKeyContents::CValue& value : m_scratch.m_values) {
+        const std::string_view name = m_scratch.Get(value.m_name);
+        if (values.contains(FoldCase(name))) continue;
+        const CKeyContents::CSpan nameSpan = contents.Add(name);
+        contents.m_values.push_back({nameSpan, value.m_dwType, contents.Add(m_scratch.Get(value.m_data))});
+    }
+}
+
+void CHostedRegistry::ApplyMounts(COpenKey& key) {
+    for (const CMount& mount : m_mounts) {
+        if (mount.m_parent != key.m_layers.m_first && mount.m_parent != key.m_layers.m_second) continue;
+        key.SpreadChildren();
+        const std::optional<std::size_t> index = FindChild(key, mount.m_name);
+        if (index) {
+            key.m_children[*index] = {mount.m_target, {}};
+        } else {
+            key.m_contents.m_subkeys.push_back({key.m_contents.Add(mount.m_name), mount.m_target.m_nKey});
+            key.m_children.push_back({mount.m_target, {}});
+        }
+    }
+}
+
+std::uint32_t CHostedRegistry::QueryInfo(HKEY key, CKeyInfo& info) {
+    COpenKey* const open = GetOpenKey(key);
+    if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
+    const CKeyContents& contents = open->m_contents;
+    std::size_t longestSubkey = 0;
+    std::size_t longestName = 0;
+    std::size_t largestData = 0;
+    for (const CKeyContents::CSubkey& subkey : contents.m_subkeys)
+        longestSubkey = std::max(longestSubkey, subkey.m_name.m_nLength);
+    for (const CKeyContents::CValue& value : contents.m_values) {
+        longestName = std::max(longestName, value.m_name.m_nLength);
+        largestData = std::max(largestData, value.m_data.m_nLength);
+    }
+    info.m_nSubkeys = static_cast<std::uint32_t>(contents.m_subkeys.size());
+    info.m_nLongestSubkey = static_cast<std::uint32_t>(longestSubkey);
+    info.m_nValues = static_cast<std::uint32_t>(contents.m_values.size());
+    info.m_nLongestValueName = static_cast<std::uint32_t>(longestName);
+    info.m_nLargestData = static_cast<std::uint32_t>(largestData);
+    return ERROR_SUCCESS;
+}
+
+std::uint32_t CHostedRegistry::EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) {
+    COpenKey* const open = GetOpenKey(key);
+    if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
+    const CKeyContents& contents = open->m_contents;
+    if (index >= contents.m_values.size()) return ERROR_NO_MORE_ITEMS;
+    const CKeyContents::CValue& value = contents.m_values[index];
+    type = value.m_dwType;
+    const bool nameFits = Fill(name, contents.Get(value.m_name), 1);
+    const bool dataFits = Fill(data, contents.Get(value.m_data), 0);
+    return nameFits && dataFits ? ERROR_SUCCESS : ERROR_MORE_DATA;
+}
+
+std::uint32_t CHostedRegistry::EnumKey(HKEY key, std::uint32_t index, CRoom& name) {
+    COpenKey* const open = GetOpenKey(key);
+    if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
+    if (index >= open->m_contents.m_subkeys.size()) return ERROR_NO_MORE_ITEMS;
+    open->m_nLastChild = index;
+    return Fill(name, open->GetChildName(index), 1) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+}
+
+std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
+    COpenKey* const open = GetOpenKey(key);
+    if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
+    const CKeyContents& contents = open->m_contents;
+    for (const bool exact : {true, false}) {
+        for (const CKeyContents::CValue& value : contents.m_values) {
+            const std::string_view candidate = contents.Get(value.m_name);
+            if (exact ? candidate != name : !EqualNoCase(candidate, name)) continue;
+            if (type != nullptr) *type = value.m_dwType;
+            if (data.m_pBytes != nullptr) {
+                return Fill(data, contents.Get(value.m_data), 0) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+            }
+            data.m_nSize = static_cast<std::uint32_t>(value.m_data.m_nLength);
+            return ERROR_SUCCESS;
+        }
+    }
+    return ERROR_FILE_NOT_FOUND;
+}
+
+// Paths and links.
+
+std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindRoot(HKEY root) const {
+    for (const auto& [key, layers] : m_roots) {
+        if (key == root && layers.m_first) return layers;
+    }
+    return std::nullopt;
+}
+
+std::optional<CHostedRegistry::CLayers> CHostedRegistry::Find(HKEY root, std::string_view path) {
+    const std::optional<CLayers> layers = FindRoot(root);
+    return layers ? FindBelow(*layers, path, 0) : std::nullopt;
+}
+
+CHostedRegistry::CPlace CHostedRegistry::FindSubkey(CPlace parent, std::string_view name) {
+    if (!parent) return {};
+    for (const CMount& mount : m_mounts) {
+        if (mount.m_parent == parent && EqualNoCase(mount.m_name, name)) return mount.m_target;
+    }
+    const std::optional<std::uint32_t> found = parent.m_pHive->FindSubkey(parent.m_nKey, name);
+    return found ? CPlace{parent.m_pHive, *found} : CPlace{};
+}
+
+std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindBelow(CLayers key, std::string_view path, unsigned links) {
+    while (!path.empty()) {
+        const std::string_view name = TakeComponent(path);
+        CLayers child{FindSubkey(key.m_first, name), FindSubkey(key.m_second, name)};
+        if (!child.m_first) std::swap(child.m_first, child.m_second);
+        if (!child.m_first) return std::nullopt;
+        const std::optional<CLayers> target = FollowLinks(child, links);
+        if (!target) return std::nullopt;
+        key = *target;
+    }
+    return key;
+}
+
+// A link in the first layer leads away as a whole; one in the second only the second.
+std::optional<CHostedRegistry::CLayers> CHostedRegistry::FollowLinks(CLayers key, unsigned links) {
+    if (const std::optional<std::string> target = key.m_first.m_pHive->GetLink(key.m_first.m_nKey)) {
+        return FindLinkTarget(*target, links + 1);
+    }
+    if (!key.m_second) return key;
+    if (const std::optional<std::string> target = key.m_second.m_pHive->GetLink(key.m_second.m_nKey)) {
+        const std::optional<CLayers> second = FindLinkTarget(*target, links + 1);
+        key.m_second = second ? second->m_first : CPlace{};
+    }
+    return key;
+}
+
+std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindLinkTarget(std::string_view target, unsigned links) {
+    if (links > kMostLinks || !TakePrefixNoCase(target, "\\Registry\\")) return std::nullopt;
+    const std::string_view top = TakeComponent(target);
+    if (EqualNoCase(top, "Machine")) {
+        const std::optional<CLayers> root = FindRoot(HKEY_LOCAL_MACHINE);
+        return root ? FindBelow(*root, target, links) : std::nullopt;
+    }
+    if (!EqualNoCase(top, "User")) return std::nullopt;
+    std::string_view sid = TakeComponent(target);
+    constexpr std::string_view kClasses = "_Classes";
+    const bool isClasses =
+        sid.size() > kClasses.size() && EqualNoCase(sid.substr(sid.size() - kClasses.size()), kClasses);
+    if (isClasses) sid.remove_suffix(kClasses.size());
+    if (m_userSid.empty() ? EqualNoCase(sid, ".Default") : !EqualNoCase(sid, m_userSid)) return std::nullopt;
+    std::optional<CLayers> key = FindRoot(HKEY_CURRENT_USER);
+    if (key && isClasses) key = FindBelow(*key, "Software\\Classes", links);
+    return key ? FindBelow(*key, target, links) : std::nullopt;
+}
+
+}  // namespace delvane

@@ -1,0 +1,203 @@
+#include "platform/hosted/text_hive.h"
+
+#include <algorithm>
+
+#include "platform/hosted/own_file.h"
+#include "platform/text.h"
+
+namespace delvane {
+namespace {
+
+// Registry text of a real machine takes some megabytes. Positions in it are kept in 32 bits.
+constexpr std::uint64_t kLargestText = std::uint64_t{1} << 30;
+
+constexpr std::size_t kFirstBuckets = 1024;
+
+// The same for names that are equal without regard to case.
+std::size_t HashOf(std::uint32_t parent, std::string_view name) {
+    std::uint64_t hash = 0xCBF2'9CE4'8422'2325 ^ (parent * std::uint64_t{0x9E37'79B9'7F4A'7C15});
+    const auto add = [&hash](unsigned char c) { hash = (hash ^ c) * 0x0000'0100'0000'01B3; };
+    const bool isAscii = std::all_of(name.begin(), name.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
+    if (isAscii) {
+        for (const char c : name)
+            add(static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c));
+    } else {
+        for (const char c : FoldCase(name))
+            add(static_cast<unsigned char>(c));
+    }
+    return static_cast<std::size_t>(hash ^ hash >> 32);
+}
+
+std::string_view TakeComponent(std::string_view& path) {
+    const std::size_t end = path.find('\\');
+    const std::string_view component = path.substr(0, end);
+    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
+    return component;
+}
+
+// Wine writes values in the order of their names, so names seldom come twice. Where they do not ascend, one that came
+// before is replaced, as Wine does when it reads the file.
+void ReplaceRepeated(CKeyContents& contents) {
+    auto& values = contents.m_values;
+    const auto sortsBefore = [&](const CKeyContents::CValue& a, const CKeyContents::CValue& b) {
+        return mbsicmp(contents.Get(a.m_name), contents.Get(b.m_name)) < 0;
+    };
+    const auto ascends = [&](const auto& a, const auto& b) { return !sortsBefore(a, b); };
+    if (std::adjacent_find(values.begin(), values.end(), ascends) == values.end()) return;
+    std::unordered_map<CString, std::size_t> known;
+    std::size_t kept = 0;
+    for (const CKeyContents::CValue& value : values) {
+        const auto [entry, isNew] = known.emplace(FoldCase(contents.Get(value.m_name)), kept);
+        if (isNew) {
+            values[kept++] = value;
+        } else {
+            values[entry->second].m_dwType = value.m_dwType;
+            values[entry->second].m_data = value.m_data;
+        }
+    }
+    values.resize(kept);
+}
+
+}  // namespace
+
+std::unique_ptr<CTextHive> CTextHive::Open(const std::string& hostPath, std::string& problem) {
+    try {
+        auto hive = std::make_unique<CTextHive>(ReadOwnFile(hostPath, hostPath, kLargestText, false), hostPath);
+        if (hive->m_text.HasHeader()) return hive;
+        problem = hostPath + " is no registry text of Wine";
+    } catch (const CFileError& error) {
+        problem = error.what();
+    }
+    return nullptr;
+}
+
+CTextHive::CTextHive(CFileBytes bytes, std::string name)
+    : m_bytes(std::move(bytes)),
+      m_name(std::move(name)),
+      m_text(m_bytes.GetBytes()),
+      m_nodes(1),
+      m_buckets(kFirstBuckets) {
+    for (CRegistryText::CKey key; m_text.NextKey(key);) {
+        const std::uint32_t node = MakeKey(key.m_path);
+        AddSection(node, m_text.GetPosition());
+        if (key.m_bIsLink) ReadLink(node);
+    }
+}
+
+// Keys come in the order of their paths, so most of a path is that of the key before.
+std::uint32_t CTextHive::MakeKey(std::string_view path) {
+    std::uint32_t key = 0;
+    std::size_t depth = 0;
+    while (!path.empty()) {
+        const std::string_view name = TakeComponent(path);
+        if (depth == m_chain.size() || NameOf(m_nodes[m_chain[depth]]) != name) {
+            m_chain.resize(depth);
+            std::uint32_t child = FindChild(key, name);
+            if (child == 0) child = MakeChild(key, name);
+            m_chain.push_back(child);
+        }
+        key = m_chain[depth++];
+    }
+    m_chain.resize(depth);
+    return key;
+}
+
+std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name) {
+    if (m_nodes.size() >= m_buckets.size()) GrowBuckets();
+    const auto child = static_cast<std::uint32_t>(m_nodes.size());
+    std::uint32_t& bucket = m_buckets[BucketOf(parent, name)];
+    CNode node;
+    node.m_nName = static_cast<std::uint32_t>(m_names.size());
+    node.m_nNameLength = static_cast<std::uint32_t>(name.size());
+    node.m_nParent = parent;
+    node.m_nNextInBucket = bucket;
+    bucket = child;
+    m_names.insert(m_names.end(), name.begin(), name.end());
+    m_nodes.push_back(node);
+    CNode& above = m_nodes[parent];
+    (above.m_nFirstChild == 0 ? above.m_nFirstChild : m_nodes[above.m_nLastChild].m_nNextSibling) = child;
+    above.m_nLastChild = child;
+    return child;
+}
+
+std::size_t CTextHive::BucketOf(std::uint32_t parent, std::string_view name) const {
+    return HashOf(parent, name) & (m_buckets.size() - 1);
+}
+
+void CTextHive::GrowBuckets() {
+    m_buckets.assign(m_buckets.size() * 4, 0);
+    for (std::uint32_t key = 1; key < m_nodes.size(); ++key) {
+        std::uint32_t& bucket = m_buckets[BucketOf(m_nodes[key].m_nParent, NameOf(m_nodes[key]))];
+        m_nodes[key].m_nNextInBucket = bucket;
+        bucket = key;
+    }
+}
+
+// 0 where there is none.
+std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) const {
+    std::uint32_t found = 0;
+    for (std::uint32_t key = m_buckets[BucketOf(parent, name)]; key != 0; key = m_nodes[key].m_nNextInBucket) {
+        if (m_nodes[key].m_nParent != parent) continue;
+        if (NameOf(m_nodes[key]) == name) return key;
+        if (mbsicmp(NameOf(m_nodes[key]), name) == 0) found = key;
+    }
+    return found;
+}
+
+void CTextHive::AddSection(std::uint32_t key, std::size_t position) {
+    if (m_nodes[key].m_nSection == 0) {
+        m_nodes[key].m_nSection = static_cast<std::uint32_t>(position);
+    } else {
+        m_moreSections[key].push_back(position);
+    }
+}
+
+void CTextHive::ReadLink(std::uint32_t key) {
+    for (CRegistryText::CValue value; m_text.NextValue(value);) {
+        if (value.m_dwType == REG_LINK && mbsicmp(value.m_name, "SymbolicLinkValue") == 0) {
+            m_links[key] = CRegistryText::TextFromUtf16(value.m_data);
+        }
+    }
+}
+
+bool CTextHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
+    const CNode& node = m_nodes[key];
+    for (std::uint32_t child = node.m_nFirstChild; child != 0; child = m_nodes[child].m_nNextSibling)
+        contents.m_subkeys.push_back({contents.Add(NameOf(m_nodes[child])), child});
+    if (node.m_nSection != 0) ReadSection(node.m_nSection, contents);
+    if (!m_moreSections.empty()) {
+        const auto more = m_moreSections.find(key);
+        if (more != m_moreSections.end()) {
+            for (const std::size_t position : more->second)
+                ReadSection(position, contents);
+        }
+    }
+    ReplaceRepeated(contents);
+    return true;
+}
+
+void CTextHive::ReadSection(std::size_t position, CKeyContents& contents) {
+    m_text.SetPosition(position);
+    for (CRegistryText::CValue value; m_text.NextValue(value);) {
+        const CKeyContents::CSpan name = contents.Add(value.m_name);
+        contents.m_values.push_back({name, value.m_dwType, contents.Add(value.m_data)});
+    }
+}
+
+std::optional<std::uint32_t> CTextHive::FindSubkey(std::uint32_t key, std::string_view name) {
+    const std::uint32_t found = FindChild(key, name);
+    return found == 0 ? std::nullopt : std::optional(found);
+}
+
+std::optional<std::string> CTextHive::GetLink(std::uint32_t key) {
+    if (m_links.empty()) return std::nullopt;
+    const auto found = m_links.find(key);
+    return found == m_links.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::vector<std::string> CTextHive::GetProblems() const {
+    if (m_text.GetProblemCount() == 0) return {};
+    return {m_name + (m_text.IsCut() ? " is cut off: " : " is damaged: ") + m_text.GetProblem()};
+}
+
+}  // namespace delvane

@@ -1,0 +1,65 @@
+// A hive in Wine's text form: system.reg, user.reg.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/hosted/hive.h"
+#include "platform/hosted/registry_text.h"
+#include "platform/machine.h"
+
+namespace delvane {
+
+// Keeps the text and a table of the keys in it; what a key holds is decoded when it is asked for. Keys are numbered in
+// the order of their first appearance, the root is 0.
+class CTextHive : public CHive {
+public:
+    // Reads the registry text at that path of the host into memory. Null where it cannot be read or is none: `problem`
+    // then says so in one sentence that names the file.
+    static std::unique_ptr<CTextHive> Open(const std::string& hostPath, std::string& problem);
+    // The same on bytes in memory; `name` is what messages call it.
+    CTextHive(CFileBytes bytes, std::string name);
+
+    std::uint32_t GetRoot() const override { return 0; }
+    bool ReadKey(std::uint32_t key, CKeyContents& contents) override;
+    std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) override;
+    std::optional<std::string> GetLink(std::uint32_t key) override;
+    std::vector<std::string> GetProblems() const override;
+
+private:
+    struct CNode {
+        std::uint32_t m_nName = 0;  // where it begins in m_names
+        std::uint32_t m_nNameLength = 0;
+        std::uint32_t m_nParent = 0;
+        std::uint32_t m_nFirstChild = 0;  // 0: none, since nobody has the root for a child
+        std::uint32_t m_nLastChild = 0;
+        std::uint32_t m_nNextSibling = 0;
+        std::uint32_t m_nNextInBucket = 0;
+        std::uint32_t m_nSection = 0;  // where its values begin in the text; 0: it has no section
+    };
+
+    std::string_view NameOf(const CNode& node) const { return {m_names.data() + node.m_nName, node.m_nNameLength}; }
+    std::uint32_t MakeKey(std::string_view path);
+    std::uint32_t MakeChild(std::uint32_t parent, std::string_view name);
+    std::uint32_t FindChild(std::uint32_t parent, std::string_view name) const;
+    std::size_t BucketOf(std::uint32_t parent, std::string_view name) const;
+    void GrowBuckets();
+    void AddSection(std::uint32_t key, std::size_t position);
+    void ReadLink(std::uint32_t key);
+    void ReadSection(std::size_t position, CKeyContents& contents);
+
+    CFileBytes m_bytes;
+    std::string m_name;
+    CRegistryText m_text;
+    std::vector<CNode> m_nodes;
+    std::vector<char> m_names;
+    std::vector<std::uint32_t> m_buckets;  // of a hash table of all keys by parent and name; a power of two
+    std::vector<std::uint32_t> m_chain;    // the keys on the path that was made last, the root left out
+    std::unordered_map<std::uint32_t, std::vector<std::size_t>> m_moreSections;  // of keys that stand twice in the file
+    std::unordered_map<std::uint32_t, std::string> m_links;
+};
+
+}  // namespace delvane

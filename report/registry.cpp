@@ -1,0 +1,288 @@
+#include "report/registry.h"
+
+#include <array>
+#include <cstdio>
+
+#include "capture/executable.h"
+#include "capture/registry.h"
+#include "core/context.h"
+#include "report/heading.h"
+#include "report/master.h"
+#include "resources/strings.h"
+#include "tree/snapshot.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::string_view kUninstallKey = "HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall";
+constexpr std::string_view kServicesKey = "HKLM\\SYSTEM\\CurrentControlSet\\Services";
+
+struct CSummaryRow {
+    std::uint32_t m_labelId;
+    std::uint32_t CRegistryReport::*m_count;
+    std::string_view m_anchorSuffix;
+};
+
+constexpr std::array<CSummaryRow, 5> kSummaryRows = {{
+    {IDS_VALUES_ADDED, &CRegistryReport::m_nValuesAdded, "Add"},
+    {IDS_KEYS_ADDED, &CRegistryReport::m_nKeysAdded, "Add"},
+    {IDS_VALUES_DELETED, &CRegistryReport::m_nValuesDeleted, "Del"},
+    {IDS_KEYS_DELETED, &CRegistryReport::m_nKeysDeleted, "Del"},
+    {IDS_VALUES_CHANGED, &CRegistryReport::m_nValuesChanged, "Chg"},
+}};
+
+CDelvObj& RegistryOf(CDelvObj& object) { return *FindSnapshot(&object)->m_pRegistry; }
+
+CString HiveOf(const CDelvObj& object) { return object.GetFullName().substr(0, 4); }
+
+// The file that a service's path means: the forms in which services name the Windows directory are replaced by it.
+CString ServiceFile(CString text) {
+    const CString& windows = theContext.m_strWindowsDir;
+    if (text.starts_with("System32") || text.starts_with("SYSTEM32")) return windows + "\\" + text;
+    for (const std::string_view root : {"\\SystemRoot", "%SystemRoot%"}) {
+        if (text.starts_with(root)) return windows + text.substr(root.size());
+    }
+    return text;
+}
+
+std::uint8_t ByteAt(std::string_view data, std::size_t index) {
+    return index < data.size() ? static_cast<std::uint8_t>(data[index]) : 0;
+}
+
+CString NumberText(std::string_view data, bool bigEndian) {
+    std::uint32_t number = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        number = number << 8 | ByteAt(data, bigEndian ? i : 3 - i);
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "0x%08x", number);
+    return text.data();
+}
+
+CString StringsText(std::string_view data) {
+    CString text;
+    while (!data.empty() && data.front() != '\0') {
+        const std::size_t end = std::min(data.find('\0'), data.size());
+        if (!text.empty()) text += "\n<BR>";
+        text += data.substr(0, end);
+        data.remove_prefix(std::min(end + 1, data.size()));
+    }
+    return text;
+}
+
+CString DumpText(std::string_view data) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    constexpr std::size_t kBytesInLine = 16;
+    CString text;
+    text.reserve(data.size() * 3 + data.size() / kBytesInLine * 5);
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        if (i != 0 && i % kBytesInLine == 0) text += "\n<BR>";
+        const std::uint8_t byte = ByteAt(data, i);
+        text += kDigits[byte >> 4];
+        text += kDigits[byte & 0xF];
+        text += ' ';
+    }
+    return text;
+}
+
+void WriteValueCells(std::ostream& stream, const CDelvRegValObj& value) {
+    stream << "</TD><TD>" << ValueTypeName(value) << "</TD><TD>" << ValueDataText(value);
+}
+
+void WriteSide(std::ostream& stream, std::uint32_t labelId, const CDelvObj& object) {
+    stream << "<TR><TD></TD><TD>" << LoadResString(labelId);
+    WriteValueCells(stream, static_cast<const CDelvRegValObj&>(object));
+    stream << "</TD></TR>\n";
+}
+
+// Follows the hive of the entries written so far.
+class CHiveMark {
+public:
+    void Follow(std::ostream& stream, const CDelvObj& object, const CString& suffix) {
+        CString hive = HiveOf(object);
+        if (hive == m_strHive) return;
+        if (!m_strHive.empty()) stream << "<HR WIDTH=100%>\n";
+        stream << MakeAnchor("", hive + suffix);
+        m_strHive = std::move(hive);
+    }
+
+private:
+    CString m_strHive;
+};
+
+}  // namespace
+
+CString ValueTypeName(const CDelvRegValObj& value) {
+    std::uint32_t textId = IDS_BINARY;
+    switch (value.m_dwType) {
+        case REG_NONE:
+            textId = IDS_NONE;
+            break;
+        case REG_SZ:
+        case REG_EXPAND_SZ:
+            textId = IDS_STRING;
+            break;
+        case REG_DWORD:
+        case REG_DWORD_BIG_ENDIAN:
+            textId = IDS_DWORD;
+            break;
+        case REG_LINK:
+            textId = IDS_LINK;
+            break;
+        case REG_MULTI_SZ:
+            textId = IDS_STRINGS;
+            break;
+        case REG_RESOURCE_LIST:
+            textId = IDS_RESOURCE_LIST;
+            break;
+        default:
+            break;
+    }
+    return CString(LoadResString(textId));
+}
+
+CString ValueDataText(const CDelvRegValObj& value) {
+    const std::string_view data = value.m_data;
+    switch (value.m_dwType) {
+        case REG_SZ:
+        case REG_EXPAND_SZ:
+            return data.data() == nullptr ? "<NULL>" : CString(data.substr(0, data.find('\0')));
+        case REG_DWORD:
+            return NumberText(data, false);
+        case REG_DWORD_BIG_ENDIAN:
+            return NumberText(data, true);
+        case REG_MULTI_SZ:
+            return data.data() == nullptr ? "<NULL>" : StringsText(data);
+        default:
+            return DumpText(data);
+    }
+}
+
+void CRegistryReport::NoteHkcu(CDelvObj& object) {
+    if (m_bHkcuReported || mbsicmp(HiveOf(object), "HKCU") != 0) return;
+    m_bHkcuReported = true;
+    AddInfo(5, RegistryOf(object), IDS_HKCU_CHANGES);
+}
+
+void CRegistryReport::AddChanged(CDelvObj& object, CDelvObj& baseline) {
+    ++m_nValuesChanged;
+    CReportObj::AddChanged(object, baseline);
+    NoteHkcu(object);
+}
+
+void CRegistryReport::AddDeleted(CDelvObj& object) {
+    ++(IsKindOf<CDelvRegKeyObj>(object) ? m_nKeysDeleted : m_nValuesDeleted);
+    CReportObj::AddDeleted(object);
+    NoteHkcu(object);
+}
+
+void CRegistryReport::AddAdded(CDelvObj& object) {
+    ++(IsKindOf<CDelvRegKeyObj>(object) ? m_nKeysAdded : m_nValuesAdded);
+    CReportObj::AddAdded(object);
+    NoteHkcu(object);
+    const CString fullName = object.GetFullName();
+    NoteUninstall(object, fullName);
+    NoteService(object, fullName);
+}
+
+void CRegistryReport::NoteUninstall(CDelvObj& object, const CString& fullName) {
+    if (!IsPrefixNoCase(kUninstallKey, fullName)) return;
+    if (m_uninstallAdded.empty()) AddInfo(1, RegistryOf(object), IDS_UNINSTALL_ADDITIONS);
+    m_uninstallAdded.push_back(&object);
+}
+
+// A kernel mode service: its executable goes to the file section's list, whatever kind of image it is.
+void CRegistryReport::NoteService(CDelvObj& object, const CString& fullName) {
+    if (!IsExactly<CDelvRegValObj>(object) || object.m_name != "ImagePath") return;
+    if (!IsPrefixNoCase(kServicesKey, fullName)) return;
+    const CString path = ServiceFile(ValueDataText(static_cast<const CDelvRegValObj&>(object)));
+    CDelvObj* const file = m_pMaster->m_pCurrent->FindObject(path);
+    if (file == nullptr || !IsExactly<CDelvFileObj>(*file)) return;
+    m_pMaster->m_fileReport.AddKernelService(static_cast<CDelvFileObj&>(*file));
+}
+
+void CRegistryReport::WriteSummary(std::ostream& stream) {
+    stream << "<TABLE><TR><TH>" << LoadResString(IDS_REGISTRY_SUMMARY) << "</TH></TR>\n";
+    for (const CSummaryRow& row : kSummaryRows) {
+        const std::uint32_t count = this->*row.m_count;
+        const CString suffix(row.m_anchorSuffix);
+        stream << "<TR><TD>" << MakeLink(LoadResString(row.m_labelId), count, "Reg" + suffix) << "</TD><TD>" << count;
+        for (const char* const hive : {"HKCR", "HKCU", "HKLM"})
+            stream << "</TD><TD>" << MakeLink(hive, count, hive + suffix);
+        stream << "</TD></TR>\n";
+    }
+    stream << "</TABLE>\n";
+}
+
+void CRegistryReport::WriteDetails(std::ostream& stream) {
+    if (m_uninstallAdded.empty()) return;
+    stream << "<HR WIDTH=100%>\n<H4>" << MakeAnchor(LoadResString(IDS_UNINSTALL_TITLE), "UninstAdd") << "</H4>\n";
+    WriteObjectList(stream, m_uninstallAdded);
+}
+
+void CRegistryReport::WriteRawData(std::ostream& stream) {
+    if (m_added.empty() && m_deleted.empty() && m_changed.empty()) return;
+    stream << "<H3>" << LoadResString(IDS_REGISTRY_RAW_DATA) << "</H3>\n";
+    const auto begin = [&](std::uint32_t titleId, const char* suffix) {
+        m_strAnchorSuffix = suffix;
+        stream << "<HR SIZE=4 WIDTH=100%>\n<H4>" << MakeAnchor(LoadResString(titleId), "Reg" + m_strAnchorSuffix)
+               << "</H4>\n";
+    };
+    if (!m_added.empty()) {
+        begin(IDS_REGISTRY_ADDITIONS, "Add");
+        WriteObjectList(stream, m_added);
+    }
+    if (!m_deleted.empty()) {
+        begin(IDS_REGISTRY_DELETIONS, "Del");
+        WriteObjectList(stream, m_deleted);
+    }
+    if (!m_changed.empty()) {
+        begin(IDS_REGISTRY_CHANGES, "Chg");
+        WriteNameList(stream, m_changed);
+    }
+}
+
+void CRegistryReport::WriteObjectList(std::ostream& stream, const CObjectList& list) {
+    CHeading heading;
+    CHiveMark hive;
+    for (CDelvObj* object : list) {
+        const bool moves = heading.Moves(*object);
+        if (moves && heading.WasOpen()) stream << kObjectGroupEnd;
+        hive.Follow(stream, *object, m_strAnchorSuffix);
+        if (moves) stream << "<DL>\n<DT>" << heading.GetName() << "\\</DT>\n<DD><TABLE>";
+        WriteChange(stream, *object);
+    }
+    if (heading.IsOpen()) stream << kObjectGroupEnd;
+}
+
+void CRegistryReport::WriteNameList(std::ostream& stream, const CDiffList& list) {
+    CHeading heading;
+    CHiveMark hive;
+    for (const auto& change : list) {
+        const bool moves = heading.Moves(*change->m_pObject);
+        if (moves && heading.WasOpen()) stream << kNameGroupEnd;
+        hive.Follow(stream, *change->m_pObject, m_strAnchorSuffix);
+        if (moves) stream << "<DL>\n<DT>" << heading.GetName() << "\\</DT>\n";
+        WriteChange(stream, *change);
+    }
+    if (heading.IsOpen()) stream << kNameGroupEnd;
+}
+
+void CRegistryReport::WriteChange(std::ostream& stream, CDelvObj& item) {
+    if (IsExactly<CDelvDiffObj>(item)) {
+        const auto& change = static_cast<const CDelvDiffObj&>(item);
+        stream << "<DD><TABLE><TR>" << change.m_pObject->m_name << "</TR>\n";
+        WriteSide(stream, IDS_AFTER, *change.m_pObject);
+        WriteSide(stream, IDS_BEFORE, *change.m_pBaseline);
+        stream << "</TABLE>\n</DD>\n";
+        return;
+    }
+    stream << "<TR><TD>" << item.m_name;
+    if (IsKindOf<CDelvRegKeyObj>(item)) {
+        stream << "\\";
+    } else {
+        WriteValueCells(stream, static_cast<const CDelvRegValObj&>(item));
+    }
+    stream << "</TD></TR>\n";
+}
+
+}  // namespace delvane

@@ -1,0 +1,52 @@
+// A registry in memory, written as indented text, on which the refusals of real ones can be staged.
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "platform/machine.h"
+
+namespace delvane {
+
+// The text: a hive a line ("HKLM"), what it holds indented by two blanks a level below it. A name that ends in a
+// backslash is a key, any other line a value, "@" the unnamed one:
+//   Setup\                      behind two blanks one of: unopenable, shrinks (a value goes during the walk)
+//     Path = sz "C:\Tools"      also expand "..", multi "a" "b", dword 12, hex(3) 01 02 ff; \" and \0 in texts
+// Behind the data of a value, separated by two blanks: grows (its data grew between the calls), late (the enumeration
+// gives no data, the query does), vanishes (neither gives any).
+class CScriptedRegistry {
+public:
+    explicit CScriptedRegistry(std::string_view text = {});
+
+    std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
+    void CloseKey(HKEY key);
+    std::uint32_t QueryInfo(HKEY key, CKeyInfo& info);
+    std::uint32_t EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data);
+    std::uint32_t EnumKey(HKEY key, std::uint32_t index, CRoom& name);
+    std::uint32_t QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data);
+
+    std::size_t m_nOpen = 0;  // keys that are open now
+
+private:
+    struct CValue {
+        CString m_name;
+        std::uint32_t m_dwType = REG_NONE;
+        CString m_data;
+        CString m_refusal;
+    };
+    struct CKey {
+        CString m_name;
+        CString m_refusal;
+        std::vector<CValue> m_values;
+        std::vector<std::shared_ptr<CKey>> m_subkeys;
+    };
+
+    static CValue ParseValue(std::string_view line);
+    const CKey* Find(HKEY key) const;
+
+    CKey m_top;                          // of the hives
+    std::vector<const CKey*> m_handles;  // by handle less one
+};
+
+}  // namespace delvane
