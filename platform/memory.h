@@ -1,7 +1,11 @@
 // Memory in large blocks, for what comes in millions.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
+#include <cstring>
+#include <type_traits>
+#include <utility>
 
 namespace delvane {
 
@@ -39,6 +43,44 @@ public:
 private:
     char* m_pBytes = nullptr;
     std::size_t m_nSize = 0;
+};
+
+// An array of plain things that grows in such memory.
+template <class T>
+class CPageVector {
+    static_assert(std::is_trivially_copyable_v<T>);
+
+public:
+    std::size_t size() const { return m_nCount; }
+    T* data() const { return reinterpret_cast<T*>(m_buffer.GetData()); }
+    T& operator[](std::size_t index) const { return data()[index]; }
+    void Reserve(std::size_t count) {
+        if (count * sizeof(T) <= m_buffer.GetSize()) return;
+        CPageBuffer larger(std::max({count * sizeof(T), m_buffer.GetSize() * 2, kFirstSize}));
+        if (m_nCount != 0) std::memcpy(larger.GetData(), m_buffer.GetData(), m_nCount * sizeof(T));
+        m_buffer = std::move(larger);
+    }
+    // What is new reads as zero, since nothing ever leaves the array.
+    void Resize(std::size_t count) {
+        Reserve(count);
+        m_nCount = count;
+    }
+    void push_back(const T& item) {
+        Reserve(m_nCount + 1);
+        std::memcpy(m_buffer.GetData() + m_nCount++ * sizeof(T), &item, sizeof(T));
+    }
+    void Append(const T* items, std::size_t count) {
+        if (count == 0) return;
+        Reserve(m_nCount + count);
+        std::memcpy(m_buffer.GetData() + m_nCount * sizeof(T), items, count * sizeof(T));
+        m_nCount += count;
+    }
+
+private:
+    static constexpr std::size_t kFirstSize = 1 << 16;
+
+    CPageBuffer m_buffer;
+    std::size_t m_nCount = 0;
 };
 
 }  // namespace delvane

@@ -57,6 +57,13 @@ int OpenUntouched(int directory, const char* path, int flags) {
     return openat(directory, path, flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC);
 }
 
+CFileStamp::CFileStamp(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return;
+    m_marks = {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino), status.st_size,
+               status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
 // The kind is looked at before the file is opened, and O_NONBLOCK keeps a pipe that took its place meanwhile from
 // holding the program.
 std::optional<CHostFile> CHostFile::Open(const std::string& path) {

@@ -1,6 +1,7 @@
 // Files of the host: small owners and calls shared by the rooms of this folder.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -42,6 +43,16 @@ private:
 // Opens for reading without a trace: the access time stays as it was where the system lets this process have it so (it
 // asks for the owner or a privileged user). `directory` is what a relative path begins at, AT_FDCWD or a descriptor.
 int OpenUntouched(int directory, const char* path, int flags);
+
+// What tells one state of a file from a later one.
+class CFileStamp {
+public:
+    explicit CFileStamp(const std::string& path);
+    bool operator==(const CFileStamp&) const = default;
+
+private:
+    std::array<std::int64_t, 5> m_marks{};  // device, inode, size, last write; zeros where there is no file
+};
 
 // A regular file open for reading. Nothing else is ever opened: not a device, a socket or a pipe.
 class CHostFile : public CByteSource {

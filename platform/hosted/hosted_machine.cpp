@@ -9,7 +9,6 @@
 
 #include "platform/hosted/host_file.h"
 #include "platform/hosted/own_file.h"
-#include "platform/hosted/prefix_registry.h"
 
 namespace delvane {
 namespace {
@@ -134,8 +133,7 @@ std::uint32_t CHostedMachine::GetConnection(std::string_view, CString&) { return
 
 CHostedRegistry& CHostedMachine::GetRegistry() {
     if (m_pRegistry == nullptr) {
-        m_pRegistry =
-            m_choice.m_folder.empty() ? std::make_unique<CHostedRegistry>() : LoadPrefixRegistry(m_choice.m_folder);
+        m_pRegistry = m_pIdentity == nullptr ? std::make_unique<CHostedRegistry>() : m_pIdentity->LoadRegistry();
     }
     return *m_pRegistry;
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <dirent.h>
@@ -27,9 +26,6 @@ constexpr const char* kEnvironmentKey = "Environment";
 constexpr const char* kVolatileEnvironmentKey = "Volatile Environment";
 constexpr const char* kWineKey = "Software\\Wine";
 constexpr const char* kWineDrivesKey = "Software\\Wine\\Drives";
-
-// Registry text of a real machine takes some megabytes.
-constexpr std::uint64_t kLargestRegistry = std::uint64_t{1} << 30;
 
 struct CShellFolder {
     int m_kind;
@@ -88,38 +84,45 @@ std::uint32_t NumberOf(std::string_view text) {
 
 }  // namespace
 
-CPrefixIdentity::CPrefixIdentity(const std::string& folder) : m_folder(folder) {
-    m_pSystem = ReadRegistry("system.reg", {kVersionKey, kCurrentVersionKey, kShellFoldersKey, kUserShellFoldersKey,
-                                            kComputerNameKey, kSystemEnvironmentKey, kWineDrivesKey});
+CPrefixIdentity::CPrefixIdentity(const std::string& folder)
+    : m_folder(folder), m_systemText(folder + "/system.reg"), m_userText(folder + "/user.reg") {
+    m_pSystem = ReadRegistry(*m_systemText, {kVersionKey, kCurrentVersionKey, kShellFoldersKey, kUserShellFoldersKey,
+                                             kComputerNameKey, kSystemEnvironmentKey, kWineDrivesKey});
     m_pUser = ReadRegistry(
-        "user.reg", {kShellFoldersKey, kUserShellFoldersKey, kEnvironmentKey, kVolatileEnvironmentKey, kWineKey});
+        *m_userText, {kShellFoldersKey, kUserShellFoldersKey, kEnvironmentKey, kVolatileEnvironmentKey, kWineKey});
     CheckUser();
 }
 
 // Who the machine is stands in system.reg: a snapshot without it, or with half of it, would be taken for another
 // machine's. Lines that cannot be read and a missing user.reg cost what they would have said.
-std::unique_ptr<CRegistryLookup> CPrefixIdentity::ReadRegistry(const char* fileName,
+std::unique_ptr<CRegistryLookup> CPrefixIdentity::ReadRegistry(const CPrefixText& text,
                                                                const std::vector<std::string>& keys) {
-    const std::string path = m_folder + "/" + fileName;
-    const bool isSystem = std::string_view(fileName) == "system.reg";
-    errno = 0;
-    const std::optional<std::string> text = ReadHostFile(path, kLargestRegistry);
-    const int error = errno != 0 ? errno : EFBIG;
-    auto registry = std::make_unique<CRegistryLookup>(text ? std::string_view(*text) : std::string_view(), keys);
+    auto registry = std::make_unique<CRegistryLookup>(text.m_bytes.GetBytes(), keys);
+    const bool isRead = text.m_strProblem.empty();
     CString problem;
-    if (!text) {
-        problem = path + " cannot be read: " + std::strerror(error);
+    if (!isRead) {
+        problem = text.m_strProblem;
     } else if (!registry->HasHeader()) {
-        problem = path + " is no registry text of Wine";
+        problem = text.m_path + " is no registry text of Wine";
     } else if (!registry->GetProblem().empty()) {
-        problem = path + (registry->IsCut() ? " is cut off: " : " is damaged: ") + registry->GetProblem();
+        problem = text.m_path + (registry->IsCut() ? " is cut off: " : " is damaged: ") + registry->GetProblem();
     }
     if (problem.empty()) return registry;
-    if (isSystem && (!text || !registry->HasHeader() || registry->IsCut())) {
+    const bool isSystem = &text == &*m_systemText;
+    if (isSystem && (!isRead || !registry->HasHeader() || registry->IsCut())) {
         Refuse(std::move(problem));
     } else {
         m_notices.push_back(std::move(problem));
     }
+    return registry;
+}
+
+std::unique_ptr<CHostedRegistry> CPrefixIdentity::LoadRegistry() {
+    if (!m_systemText) m_systemText.emplace(m_folder + "/system.reg");
+    if (!m_userText) m_userText.emplace(m_folder + "/user.reg");
+    auto registry = LoadPrefixRegistry(std::move(*m_systemText), std::move(*m_userText));
+    m_systemText.reset();
+    m_userText.reset();
     return registry;
 }
 

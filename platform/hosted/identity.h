@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/hosted/path_map.h"
+#include "platform/hosted/prefix_registry.h"
 #include "platform/hosted/registry_lookup.h"
 #include "platform/machine.h"
 
@@ -36,8 +37,11 @@ public:
     // The drives that the prefix links to, in the order of their letters.
     std::vector<CHostedDrive> GetDrives() const;
 
+    // The registry, out of the same texts while their files are as they were. The first call gives the texts away.
+    std::unique_ptr<CHostedRegistry> LoadRegistry();
+
 private:
-    std::unique_ptr<CRegistryLookup> ReadRegistry(const char* fileName, const std::vector<std::string>& keys);
+    std::unique_ptr<CRegistryLookup> ReadRegistry(const CPrefixText& text, const std::vector<std::string>& keys);
     // The text with each %NAME% that is known replaced.
     CString Expand(const CString& text) const;
     std::optional<CString> FindVariable(const CString& name) const;
@@ -46,6 +50,8 @@ private:
     void Refuse(CString problem);
 
     std::string m_folder;
+    std::optional<CPrefixText> m_systemText;
+    std::optional<CPrefixText> m_userText;
     std::vector<CString> m_notices;
     CString m_strProblem;
     std::unique_ptr<CRegistryLookup> m_pSystem;  // HKLM

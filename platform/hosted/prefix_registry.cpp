@@ -1,28 +1,45 @@
 #include "platform/hosted/prefix_registry.h"
 
+#include <utility>
+
+#include "platform/hosted/own_file.h"
 #include "platform/hosted/text_hive.h"
 
 namespace delvane {
 namespace {
 
-void AddHiveFile(CHostedRegistry& registry, HKEY root, const std::string& path) {
-    registry.Watch(path);
-    std::string problem;
-    std::unique_ptr<CHive> hive = CTextHive::Open(path, problem);
-    if (hive == nullptr) {
-        registry.AddProblem(std::move(problem));
+// Registry text of a real machine takes some megabytes.
+constexpr std::uint64_t kLargestText = std::uint64_t{1} << 30;
+
+void AddTextHive(CHostedRegistry& registry, HKEY root, CPrefixText text) {
+    text.Refresh();
+    registry.Watch(text.m_path, text.m_stamp);
+    if (!text.m_strProblem.empty()) {
+        registry.AddProblem(std::move(text.m_strProblem));
         return;
     }
-    CHive& added = registry.AddHive(std::move(hive));
-    registry.SetRoot(root, {{&added, added.GetRoot()}, {}});
+    CHive& hive = registry.AddHive(std::make_unique<CTextHive>(std::move(text.m_bytes), text.m_path));
+    registry.SetRoot(root, {{&hive, hive.GetRoot()}, {}});
 }
 
 }  // namespace
 
-std::unique_ptr<CHostedRegistry> LoadPrefixRegistry(const std::string& folder) {
+CPrefixText::CPrefixText(std::string path) : m_path(std::move(path)), m_stamp(m_path) {
+    try {
+        m_bytes = ReadOwnFile(m_path, m_path, kLargestText, false);
+    } catch (const CFileError& error) {
+        m_strProblem = error.what();
+    }
+}
+
+void CPrefixText::Refresh() {
+    if (CFileStamp(m_path) != m_stamp) *this = CPrefixText(m_path);
+}
+
+std::unique_ptr<CHostedRegistry> LoadPrefixRegistry(CPrefixText system, CPrefixText user) {
     auto registry = std::make_unique<CHostedRegistry>();
-    AddHiveFile(*registry, HKEY_LOCAL_MACHINE, folder + "/system.reg");
-    AddHiveFile(*registry, HKEY_CURRENT_USER, folder + "/user.reg");
+    AddTextHive(*registry, HKEY_LOCAL_MACHINE, std::move(system));
+    AddTextHive(*registry, HKEY_CURRENT_USER, std::move(user));
     if (const auto classes = registry->Find(HKEY_LOCAL_MACHINE, "Software\\Classes")) {
         registry->SetRoot(HKEY_CLASSES_ROOT, *classes);
     }

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <sys/stat.h>
 #include <unordered_map>
 
 #include "platform/hosted/own_file.h"
@@ -88,19 +87,9 @@ void CHostedRegistry::Mount(CPlace parent, std::string_view name, CPlace target)
     m_mounts.push_back({parent, std::string(name), target});
 }
 
-CHostedRegistry::CFileStamp CHostedRegistry::StampOf(const std::string& hostPath) {
-    struct stat status {};
-    if (stat(hostPath.c_str(), &status) != 0) return {hostPath, {-1}};
-    return {hostPath,
-            {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino), status.st_size,
-             status.st_mtim.tv_sec, status.st_mtim.tv_nsec}};
-}
-
-void CHostedRegistry::Watch(const std::string& hostPath) { m_files.push_back(StampOf(hostPath)); }
-
 bool CHostedRegistry::HasChanged() const {
     return std::any_of(m_files.begin(), m_files.end(),
-                       [](const CFileStamp& file) { return StampOf(file.m_path).m_marks != file.m_marks; });
+                       [](const CWatchedFile& file) { return CFileStamp(file.m_path) != file.m_stamp; });
 }
 
 std::vector<std::string> CHostedRegistry::GetProblems() const {

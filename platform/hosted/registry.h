@@ -1,7 +1,6 @@
 // The registry of a hosted machine: hives put together under the predefined keys, and the handles to them.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "platform/hosted/hive.h"
+#include "platform/hosted/host_file.h"
 #include "platform/machine.h"
 
 namespace delvane {
@@ -50,8 +50,9 @@ public:
     // What was found wrong while the registry was put together: a sentence.
     void AddProblem(std::string problem) { m_problems.push_back(std::move(problem)); }
 
-    // A file that the registry was read from. HasChanged tells whether one of them is another one by now.
-    void Watch(const std::string& hostPath);
+    // A file that the registry was read from, in the state that it had then. HasChanged tells whether one of them is in
+    // another state by now.
+    void Watch(const std::string& hostPath, const CFileStamp& stamp) { m_files.push_back({hostPath, stamp}); }
     bool HasChanged() const;
 
     // The key at that path below a predefined key ("Software\Classes"); mounts and links are followed.
@@ -74,13 +75,12 @@ private:
         std::string m_name;
         CPlace m_target;
     };
-    struct CFileStamp {
+    struct CWatchedFile {
         std::string m_path;
-        std::array<std::int64_t, 5> m_marks;
+        CFileStamp m_stamp;
     };
     struct COpenKey;
 
-    static CFileStamp StampOf(const std::string& hostPath);
     COpenKey* GetOpenKey(HKEY key);
     std::unique_ptr<COpenKey> TakeOpenKey();
     bool Read(COpenKey& key);
@@ -101,7 +101,7 @@ private:
     std::string m_userSid;
     std::vector<CPlace> m_unopenable;
     std::vector<std::string> m_problems;
-    std::vector<CFileStamp> m_files;
+    std::vector<CWatchedFile> m_files;
 
     std::vector<std::unique_ptr<COpenKey>> m_open;  // by handle less one; null where it is closed
     std::vector<HKEY> m_freeHandles;

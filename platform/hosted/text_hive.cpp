@@ -1,20 +1,18 @@
 #include "platform/hosted/text_hive.h"
 
 #include <algorithm>
+#include <bit>
 
-#include "platform/hosted/own_file.h"
 #include "platform/text.h"
 
 namespace delvane {
 namespace {
 
-// Registry text of a real machine takes some megabytes. Positions in it are kept in 32 bits.
-constexpr std::uint64_t kLargestText = std::uint64_t{1} << 30;
-
-constexpr std::size_t kFirstBuckets = 1024;
+// Look-ups go from sibling to sibling until they have taken that many steps together; then an index is made.
+constexpr std::size_t kStepsWithoutIndex = 50'000;
 
 // The same for names that are equal without regard to case.
-std::size_t HashOf(std::uint32_t parent, std::string_view name) {
+std::uint32_t HashOf(std::uint32_t parent, std::string_view name) {
     std::uint64_t hash = 0xCBF2'9CE4'8422'2325 ^ (parent * std::uint64_t{0x9E37'79B9'7F4A'7C15});
     const auto add = [&hash](unsigned char c) { hash = (hash ^ c) * 0x0000'0100'0000'01B3; };
     const bool isAscii = std::all_of(name.begin(), name.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
@@ -25,7 +23,7 @@ std::size_t HashOf(std::uint32_t parent, std::string_view name) {
         for (const char c : FoldCase(name))
             add(static_cast<unsigned char>(c));
     }
-    return static_cast<std::size_t>(hash ^ hash >> 32);
+    return static_cast<std::uint32_t>(hash ^ hash >> 32);
 }
 
 std::string_view TakeComponent(std::string_view& path) {
@@ -60,23 +58,11 @@ void ReplaceRepeated(CKeyContents& contents) {
 
 }  // namespace
 
-std::unique_ptr<CTextHive> CTextHive::Open(const std::string& hostPath, std::string& problem) {
-    try {
-        auto hive = std::make_unique<CTextHive>(ReadOwnFile(hostPath, hostPath, kLargestText, false), hostPath);
-        if (hive->m_text.HasHeader()) return hive;
-        problem = hostPath + " is no registry text of Wine";
-    } catch (const CFileError& error) {
-        problem = error.what();
-    }
-    return nullptr;
-}
-
-CTextHive::CTextHive(CFileBytes bytes, std::string name)
-    : m_bytes(std::move(bytes)),
-      m_name(std::move(name)),
-      m_text(m_bytes.GetBytes()),
-      m_nodes(1),
-      m_buckets(kFirstBuckets) {
+CTextHive::CTextHive(CFileBytes text, std::string name)
+    : m_bytes(std::move(text)), m_name(std::move(name)), m_text(m_bytes.GetBytes()) {
+    constexpr std::size_t kUsualKey = 240;  // what a key takes in the text with its values
+    m_nodes.Reserve(m_bytes.m_nSize / kUsualKey + 1);
+    m_nodes.push_back({});
     for (CRegistryText::CKey key; m_text.NextKey(key);) {
         const std::uint32_t node = MakeKey(key.m_path);
         AddSection(node, m_text.GetPosition());
@@ -90,9 +76,10 @@ std::uint32_t CTextHive::MakeKey(std::string_view path) {
     std::size_t depth = 0;
     while (!path.empty()) {
         const std::string_view name = TakeComponent(path);
-        if (depth == m_chain.size() || NameOf(m_nodes[m_chain[depth]]) != name) {
+        if (depth == m_chain.size() || NameOf(m_chain[depth]) != name) {
             m_chain.resize(depth);
-            std::uint32_t child = FindChild(key, name);
+            std::uint32_t child = 0;
+            if (!SortsBehindChildren(key, name)) child = FindChild(key, name);
             if (child == 0) child = MakeChild(key, name);
             m_chain.push_back(child);
         }
@@ -102,46 +89,69 @@ std::uint32_t CTextHive::MakeKey(std::string_view path) {
     return key;
 }
 
+// Then the name is none of theirs, and need not be looked for.
+bool CTextHive::SortsBehindChildren(std::uint32_t parent, std::string_view name) const {
+    const std::uint32_t last = m_nodes[parent].m_nLastChild;
+    return last == 0 || (m_bAscends && mbsicmp(NameOf(last), name) < 0);
+}
+
 std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name) {
-    if (m_nodes.size() >= m_buckets.size()) GrowBuckets();
     const auto child = static_cast<std::uint32_t>(m_nodes.size());
-    std::uint32_t& bucket = m_buckets[BucketOf(parent, name)];
+    m_bAscends = m_bAscends && SortsBehindChildren(parent, name);
     CNode node;
     node.m_nName = static_cast<std::uint32_t>(m_names.size());
     node.m_nNameLength = static_cast<std::uint32_t>(name.size());
-    node.m_nParent = parent;
-    node.m_nNextInBucket = bucket;
-    bucket = child;
-    m_names.insert(m_names.end(), name.begin(), name.end());
+    m_names.Append(name.data(), name.size());
     m_nodes.push_back(node);
     CNode& above = m_nodes[parent];
     (above.m_nFirstChild == 0 ? above.m_nFirstChild : m_nodes[above.m_nLastChild].m_nNextSibling) = child;
     above.m_nLastChild = child;
+    if (!m_buckets.empty()) AddToIndex(child, parent);
     return child;
 }
 
-std::size_t CTextHive::BucketOf(std::uint32_t parent, std::string_view name) const {
-    return HashOf(parent, name) & (m_buckets.size() - 1);
-}
-
-void CTextHive::GrowBuckets() {
-    m_buckets.assign(m_buckets.size() * 4, 0);
-    for (std::uint32_t key = 1; key < m_nodes.size(); ++key) {
-        std::uint32_t& bucket = m_buckets[BucketOf(m_nodes[key].m_nParent, NameOf(m_nodes[key]))];
-        m_nodes[key].m_nNextInBucket = bucket;
-        bucket = key;
-    }
-}
-
 // 0 where there is none.
-std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) const {
+std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) {
+    if (!m_buckets.empty()) return FindIndexed(parent, name);
     std::uint32_t found = 0;
-    for (std::uint32_t key = m_buckets[BucketOf(parent, name)]; key != 0; key = m_nodes[key].m_nNextInBucket) {
-        if (m_nodes[key].m_nParent != parent) continue;
-        if (NameOf(m_nodes[key]) == name) return key;
-        if (mbsicmp(NameOf(m_nodes[key]), name) == 0) found = key;
+    for (std::uint32_t key = m_nodes[parent].m_nFirstChild; key != 0; key = m_nodes[key].m_nNextSibling) {
+        ++m_nSteps;
+        if (NameOf(key) == name) return key;
+        if (found == 0 && mbsicmp(NameOf(key), name) == 0) found = key;
+    }
+    if (m_nSteps > kStepsWithoutIndex) MakeIndex();
+    return found;
+}
+
+std::uint32_t CTextHive::FindIndexed(std::uint32_t parent, std::string_view name) const {
+    const std::uint32_t hash = HashOf(parent, name);
+    std::uint32_t found = 0;
+    for (std::uint32_t key = m_buckets[hash & (m_buckets.size() - 1)]; key != 0; key = m_index[key].m_nNext) {
+        if (m_index[key].m_nHash != hash || m_index[key].m_nParent != parent) continue;
+        if (NameOf(key) == name) return key;
+        if (mbsicmp(NameOf(key), name) == 0) found = key;
     }
     return found;
+}
+
+// Four keys a bucket at most.
+void CTextHive::MakeIndex() {
+    m_buckets.assign(std::bit_ceil(m_nodes.size()), 0);
+    m_index = {};
+    m_index.Resize(m_nodes.size());
+    for (std::uint32_t parent = 0; parent < m_nodes.size(); ++parent) {
+        for (std::uint32_t key = m_nodes[parent].m_nFirstChild; key != 0; key = m_nodes[key].m_nNextSibling)
+            AddToIndex(key, parent);
+    }
+}
+
+void CTextHive::AddToIndex(std::uint32_t key, std::uint32_t parent) {
+    if (key / 4 > m_buckets.size()) return MakeIndex();
+    if (key >= m_index.size()) m_index.Resize(key + std::size_t{1});
+    const std::uint32_t hash = HashOf(parent, NameOf(key));
+    std::uint32_t& bucket = m_buckets[hash & (m_buckets.size() - 1)];
+    m_index[key] = {hash, parent, bucket};
+    bucket = key;
 }
 
 void CTextHive::AddSection(std::uint32_t key, std::size_t position) {
@@ -163,7 +173,7 @@ void CTextHive::ReadLink(std::uint32_t key) {
 bool CTextHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
     const CNode& node = m_nodes[key];
     for (std::uint32_t child = node.m_nFirstChild; child != 0; child = m_nodes[child].m_nNextSibling)
-        contents.m_subkeys.push_back({contents.Add(NameOf(m_nodes[child])), child});
+        contents.m_subkeys.push_back({contents.Add(NameOf(child)), child});
     if (node.m_nSection != 0) ReadSection(node.m_nSection, contents);
     if (!m_moreSections.empty()) {
         const auto more = m_moreSections.find(key);

@@ -13,15 +13,12 @@
 
 namespace delvane {
 
-// Keeps the text and a table of the keys in it; what a key holds is decoded when it is asked for. Keys are numbered in
-// the order of their first appearance, the root is 0.
+// Keeps the text (of no more than 4 GB) and a table of the keys in it; what a key holds is decoded when it is asked
+// for. Keys are numbered in the order of their first appearance, the root is 0.
 class CTextHive : public CHive {
 public:
-    // Reads the registry text at that path of the host into memory. Null where it cannot be read or is none: `problem`
-    // then says so in one sentence that names the file.
-    static std::unique_ptr<CTextHive> Open(const std::string& hostPath, std::string& problem);
-    // The same on bytes in memory; `name` is what messages call it.
-    CTextHive(CFileBytes bytes, std::string name);
+    // `name` is what messages call the text.
+    CTextHive(CFileBytes text, std::string name);
 
     std::uint32_t GetRoot() const override { return 0; }
     bool ReadKey(std::uint32_t key, CKeyContents& contents) override;
@@ -33,20 +30,28 @@ private:
     struct CNode {
         std::uint32_t m_nName = 0;  // where it begins in m_names
         std::uint32_t m_nNameLength = 0;
-        std::uint32_t m_nParent = 0;
         std::uint32_t m_nFirstChild = 0;  // 0: none, since nobody has the root for a child
         std::uint32_t m_nLastChild = 0;
         std::uint32_t m_nNextSibling = 0;
-        std::uint32_t m_nNextInBucket = 0;
         std::uint32_t m_nSection = 0;  // where its values begin in the text; 0: it has no section
     };
+    // A key in the hash table of all keys by parent and name.
+    struct CIndexEntry {
+        std::uint32_t m_nHash = 0;
+        std::uint32_t m_nParent = 0;
+        std::uint32_t m_nNext = 0;  // in the same bucket
+    };
 
-    std::string_view NameOf(const CNode& node) const { return {m_names.data() + node.m_nName, node.m_nNameLength}; }
+    std::string_view NameOf(std::uint32_t key) const {
+        return {m_names.data() + m_nodes[key].m_nName, m_nodes[key].m_nNameLength};
+    }
     std::uint32_t MakeKey(std::string_view path);
     std::uint32_t MakeChild(std::uint32_t parent, std::string_view name);
-    std::uint32_t FindChild(std::uint32_t parent, std::string_view name) const;
-    std::size_t BucketOf(std::uint32_t parent, std::string_view name) const;
-    void GrowBuckets();
+    bool SortsBehindChildren(std::uint32_t parent, std::string_view name) const;
+    std::uint32_t FindChild(std::uint32_t parent, std::string_view name);
+    std::uint32_t FindIndexed(std::uint32_t parent, std::string_view name) const;
+    void MakeIndex();
+    void AddToIndex(std::uint32_t key, std::uint32_t parent);
     void AddSection(std::uint32_t key, std::size_t position);
     void ReadLink(std::uint32_t key);
     void ReadSection(std::size_t position, CKeyContents& contents);
@@ -54,10 +59,13 @@ private:
     CFileBytes m_bytes;
     std::string m_name;
     CRegistryText m_text;
-    std::vector<CNode> m_nodes;
-    std::vector<char> m_names;
-    std::vector<std::uint32_t> m_buckets;  // of a hash table of all keys by parent and name; a power of two
+    CPageVector<CNode> m_nodes;
+    CPageVector<char> m_names;
     std::vector<std::uint32_t> m_chain;    // the keys on the path that was made last, the root left out
+    bool m_bAscends = true;                // so far all siblings came in the order of their names without case
+    std::size_t m_nSteps = 0;              // from sibling to sibling, in all look-ups so far
+    CPageVector<CIndexEntry> m_index;      // by key; made when it is worth it
+    std::vector<std::uint32_t> m_buckets;  // the first key of each; a power of two
     std::unordered_map<std::uint32_t, std::vector<std::size_t>> m_moreSections;  // of keys that stand twice in the file
     std::unordered_map<std::uint32_t, std::string> m_links;
 };
