@@ -1,7 +1,6 @@
 #include "platform/hosted/text_hive.h"
 
 #include <algorithm>
-#include <bit>
 
 #include "platform/text.h"
 
@@ -10,21 +9,6 @@ namespace {
 
 // Look-ups go from sibling to sibling until they have taken that many steps together; then an index is made.
 constexpr std::size_t kStepsWithoutIndex = 50'000;
-
-// The same for names that are equal without regard to case.
-std::uint32_t HashOf(std::uint32_t parent, std::string_view name) {
-    std::uint64_t hash = 0xCBF2'9CE4'8422'2325 ^ (parent * std::uint64_t{0x9E37'79B9'7F4A'7C15});
-    const auto add = [&hash](unsigned char c) { hash = (hash ^ c) * 0x0000'0100'0000'01B3; };
-    const bool isAscii = std::all_of(name.begin(), name.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
-    if (isAscii) {
-        for (const char c : name)
-            add(static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c));
-    } else {
-        for (const char c : FoldCase(name))
-            add(static_cast<unsigned char>(c));
-    }
-    return static_cast<std::uint32_t>(hash ^ hash >> 32);
-}
 
 std::string_view TakeComponent(std::string_view& path) {
     const std::size_t end = path.find('\\');
@@ -106,13 +90,17 @@ std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name) 
     CNode& above = m_nodes[parent];
     (above.m_nFirstChild == 0 ? above.m_nFirstChild : m_nodes[above.m_nLastChild].m_nNextSibling) = child;
     above.m_nLastChild = child;
-    if (!m_buckets.empty()) AddToIndex(child, parent);
+    if (m_index.IsMade()) m_index.Add(child, parent, name);
     return child;
 }
 
 // 0 where there is none.
 std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) {
-    if (!m_buckets.empty()) return FindIndexed(parent, name);
+    if (m_index.IsMade()) {
+        const auto nameOf = [this](std::uint32_t key) { return NameOf(key); };
+        const std::uint32_t found = m_index.Find(parent, name, nameOf);
+        return found == CKeyIndex::kNoKey ? 0 : found;
+    }
     std::uint32_t found = 0;
     for (std::uint32_t key = m_nodes[parent].m_nFirstChild; key != 0; key = m_nodes[key].m_nNextSibling) {
         ++m_nSteps;
@@ -123,35 +111,12 @@ std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) 
     return found;
 }
 
-std::uint32_t CTextHive::FindIndexed(std::uint32_t parent, std::string_view name) const {
-    const std::uint32_t hash = HashOf(parent, name);
-    std::uint32_t found = 0;
-    for (std::uint32_t key = m_buckets[hash & (m_buckets.size() - 1)]; key != 0; key = m_index[key].m_nNext) {
-        if (m_index[key].m_nHash != hash || m_index[key].m_nParent != parent) continue;
-        if (NameOf(key) == name) return key;
-        if (mbsicmp(NameOf(key), name) == 0) found = key;
-    }
-    return found;
-}
-
-// Four keys a bucket at most.
 void CTextHive::MakeIndex() {
-    m_buckets.assign(std::bit_ceil(m_nodes.size()), 0);
-    m_index = {};
-    m_index.Resize(m_nodes.size());
+    m_index.Make(m_nodes.size());
     for (std::uint32_t parent = 0; parent < m_nodes.size(); ++parent) {
         for (std::uint32_t key = m_nodes[parent].m_nFirstChild; key != 0; key = m_nodes[key].m_nNextSibling)
-            AddToIndex(key, parent);
+            m_index.Add(key, parent, NameOf(key));
     }
-}
-
-void CTextHive::AddToIndex(std::uint32_t key, std::uint32_t parent) {
-    if (key / 4 > m_buckets.size()) return MakeIndex();
-    if (key >= m_index.size()) m_index.Resize(key + std::size_t{1});
-    const std::uint32_t hash = HashOf(parent, NameOf(key));
-    std::uint32_t& bucket = m_buckets[hash & (m_buckets.size() - 1)];
-    m_index[key] = {hash, parent, bucket};
-    bucket = key;
 }
 
 void CTextHive::AddSection(std::uint32_t key, std::size_t position) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/hosted/hive.h"
+#include "platform/hosted/key_index.h"
 #include "platform/hosted/registry_text.h"
 #include "platform/machine.h"
 
@@ -35,13 +36,6 @@ private:
         std::uint32_t m_nNextSibling = 0;
         std::uint32_t m_nSection = 0;  // where its values begin in the text; 0: it has no section
     };
-    // A key in the hash table of all keys by parent and name.
-    struct CIndexEntry {
-        std::uint32_t m_nHash = 0;
-        std::uint32_t m_nParent = 0;
-        std::uint32_t m_nNext = 0;  // in the same bucket
-    };
-
     std::string_view NameOf(std::uint32_t key) const {
         return {m_names.data() + m_nodes[key].m_nName, m_nodes[key].m_nNameLength};
     }
@@ -49,9 +43,7 @@ private:
     std::uint32_t MakeChild(std::uint32_t parent, std::string_view name);
     bool SortsBehindChildren(std::uint32_t parent, std::string_view name) const;
     std::uint32_t FindChild(std::uint32_t parent, std::string_view name);
-    std::uint32_t FindIndexed(std::uint32_t parent, std::string_view name) const;
     void MakeIndex();
-    void AddToIndex(std::uint32_t key, std::uint32_t parent);
     void AddSection(std::uint32_t key, std::size_t position);
     void ReadLink(std::uint32_t key);
     void ReadSection(std::size_t position, CKeyContents& contents);
@@ -61,11 +53,10 @@ private:
     CRegistryText m_text;
     CPageVector<CNode> m_nodes;
     CPageVector<char> m_names;
-    std::vector<std::uint32_t> m_chain;    // the keys on the path that was made last, the root left out
-    bool m_bAscends = true;                // so far all siblings came in the order of their names without case
-    std::size_t m_nSteps = 0;              // from sibling to sibling, in all look-ups so far
-    CPageVector<CIndexEntry> m_index;      // by key; made when it is worth it
-    std::vector<std::uint32_t> m_buckets;  // the first key of each; a power of two
+    std::vector<std::uint32_t> m_chain;  // the keys on the path that was made last, the root left out
+    bool m_bAscends = true;              // so far all siblings came in the order of their names without case
+    std::size_t m_nSteps = 0;            // from sibling to sibling, in all look-ups so far
+    CKeyIndex m_index;                   // made when it is worth it
     std::unordered_map<std::uint32_t, std::vector<std::size_t>> m_moreSections;  // of keys that stand twice in the file
     std::unordered_map<std::uint32_t, std::string> m_links;
 };

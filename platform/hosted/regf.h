@@ -1,0 +1,51 @@
+// The form of a registry hive file.
+//
+// A base block of 4096 bytes, then cells. A cell is told by its offset behind the base block; it begins with its size,
+// negative while it is in use. All numbers are little-endian.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+namespace delvane::regf {
+
+constexpr std::size_t kBaseBlock = 4096;
+constexpr std::size_t kBaseHead = 512;  // the part of it that a log holds too
+constexpr std::size_t kSector = 512;
+constexpr std::uint32_t kNoCell = 0xFFFF'FFFF;
+
+// Offsets in the base block.
+constexpr std::size_t kSequence1 = 4;
+constexpr std::size_t kSequence2 = 8;
+constexpr std::size_t kTimestamp = 12;
+constexpr std::size_t kMinorVersion = 24;
+constexpr std::size_t kFileType = 28;  // 0 a hive; 1, 2 and 6 logs
+constexpr std::size_t kRootCell = 36;
+constexpr std::size_t kCellsSize = 40;
+constexpr std::size_t kChecksum = 508;
+
+inline std::uint16_t U16(std::string_view bytes, std::size_t at) {
+    return static_cast<std::uint16_t>(static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1])
+                                                                                  << 8);
+}
+inline std::uint32_t U32(std::string_view bytes, std::size_t at) {
+    return U16(bytes, at) | static_cast<std::uint32_t>(U16(bytes, at + 2)) << 16;
+}
+inline std::uint64_t U64(std::string_view bytes, std::size_t at) {
+    return U32(bytes, at) | static_cast<std::uint64_t>(U32(bytes, at + 4)) << 32;
+}
+
+// Whether the bytes begin with a base block that is whole.
+inline bool IsBaseBlock(std::string_view bytes) {
+    if (bytes.size() < kBaseHead || !bytes.starts_with("regf")) return false;
+    std::uint32_t sum = 0;
+    for (std::size_t at = 0; at < kChecksum; at += 4)
+        sum ^= U32(bytes, at);
+    if (sum == 0) sum = 1;
+    if (sum == 0xFFFF'FFFF) sum = 0xFFFF'FFFE;
+    return sum == U32(bytes, kChecksum);
+}
+
+}  // namespace delvane::regf
