@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "platform/hosted/host_file.h"
+#include "platform/hosted/volume_identity.h"
 
 namespace delvane {
 namespace {
@@ -20,9 +21,13 @@ std::string HomeFolder() {
     return home;
 }
 
-bool HoldsRegistry(const std::string& folder) {
+bool TakeMachine(const std::string& folder, CMachineChoice& choice) {
     struct stat status {};
-    return stat((folder + "/system.reg").c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    const bool isPrefix = stat((folder + "/system.reg").c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    const std::string real = RealHostPath(folder);
+    choice.m_bIsVolume = !isPrefix && !real.empty() && !FindWindowsFolder(real).empty();
+    if (isPrefix || choice.m_bIsVolume) choice.m_folder = real;
+    return !choice.m_folder.empty();
 }
 
 std::string ExecutableFolder() {
@@ -49,23 +54,21 @@ CMachineChoice ChooseMachine() {
     for (const char* variable : {"DELVANE_MACHINE", "WINEPREFIX"}) {
         const std::string folder = GetVariable(variable);
         if (folder.empty()) continue;
-        if (HoldsRegistry(folder)) {
-            choice.m_folder = RealHostPath(folder);
-        } else {
+        if (!TakeMachine(folder, choice)) {
             choice.m_bVariable = true;
             choice.m_strProblem =
                 CString(variable) + " names no machine: " + folder +
-                (IsHostDirectory(folder) ? " holds no system.reg, as a Wine prefix does" : " is no directory");
+                (IsHostDirectory(folder) ? " holds neither system.reg, as a Wine prefix does, nor "
+                                           "Windows/System32/config/SOFTWARE, as a Windows volume does"
+                                         : " is no directory");
         }
         return choice;
     }
     const std::string standard = HomeFolder() + "/.wine";
-    if (HoldsRegistry(standard)) {
-        choice.m_folder = RealHostPath(standard);
-    } else {
+    if (!TakeMachine(standard, choice)) {
         choice.m_strProblem = "no machine to examine: " + standard +
                               " is no Wine prefix (a folder that holds system.reg); DELVANE_MACHINE or WINEPREFIX "
-                              "names another";
+                              "names another, or DELVANE_MACHINE the folder where a Windows volume is mounted";
     }
     return choice;
 }

@@ -176,21 +176,79 @@ private:
     CSearchSet::CLevel& m_level;
 };
 
-CSearchSet::CSearchSet(const CPathMap& paths, bool showDotFiles) : m_paths(paths), m_bShowDotFiles(showDotFiles) {
+// The extended attributes in which NTFS's drivers for Linux tell what Windows knows of a file.
+constexpr const char* kNtfsAttributes = "system.ntfs_attrib";
+constexpr const char* kNtfsCreation = "system.ntfs_crtime";
+
+CSearchSet::CSearchSet(const CPathMap& paths, CDiskRules rules) : m_paths(paths), m_rules(std::move(rules)) {
     RaiseDescriptorLimit();
+    for (const std::string& hostPath : m_rules.m_unlisted) {
+        struct stat status {};
+        if (stat(hostPath.c_str(), &status) == 0) m_unlisted.push_back({status.st_dev, status.st_ino});
+    }
+    std::uint32_t attributes = 0;
+    m_bNtfsAttributes = !m_rules.m_bWine && getxattr(m_rules.m_strRoot.c_str(), kNtfsAttributes, &attributes,
+                                                     sizeof attributes) == sizeof attributes;
 }
 
 CSearchSet::~CSearchSet() = default;
 
-void CSearchSet::AddUnlisted(const std::string& hostPath) {
-    struct stat status {};
-    if (stat(hostPath.c_str(), &status) == 0) m_unlisted.push_back({status.st_dev, status.st_ino});
+bool CSearchSet::IsUnlisted(const CIdentity& identity) const {
+    return std::find(m_unlisted.begin(), m_unlisted.end(), identity) != m_unlisted.end();
+}
+
+// Whether a link leads out of the volume, into files of the host.
+bool CSearchSet::LeadsOut(int directory, const char* name) const {
+    const std::string target = RealHostPath("/proc/self/fd/" + std::to_string(directory) + "/" + name);
+    if (!target.starts_with(m_rules.m_strRoot)) return true;
+    return target.size() > m_rules.m_strRoot.size() && target[m_rules.m_strRoot.size()] != '/' &&
+           !m_rules.m_strRoot.ends_with('/');
+}
+
+// The entry as Windows would show it. A link is a junction or the like of the volume.
+bool CSearchSet::ReadVolumeEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice,
+                                 CEntry& entry) {
+    struct stat own {};
+    const bool isLink = mayBeLink && fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(own.st_mode);
+    if (isLink && LeadsOut(directory, name)) return false;
+    struct statx status;  // NOLINT(cppcoreguidelines-pro-type-member-init): statx fills it
+    if (statx(directory, name, AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) return false;
+    entry.m_identity = {DeviceOf(status), status.stx_ino};
+    if (IsUnlisted(entry.m_identity)) return false;
+    const bool isDirectory = S_ISDIR(status.stx_mode);
+    CFileWords& words = entry.m_words;
+    words.m_dwAttributes = isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+    if ((status.stx_mode & 0222) == 0) words.m_dwAttributes |= FILE_ATTRIBUTE_READONLY;
+    words.m_ftLastWrite = FILETIME::FromTicks(TicksOf(status.stx_mtime));
+    words.m_ftLastAccess = FILETIME::FromTicks(TicksOf(status.stx_atime));
+    const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
+    words.m_ftCreation = hasBirth ? FILETIME::FromTicks(TicksOf(status.stx_btime)) : words.m_ftLastWrite;
+    words.SetSize(S_ISREG(status.stx_mode) ? status.stx_size : 0);
+    if (m_bNtfsAttributes) {
+        std::uint32_t attributes = 0;
+        std::uint64_t created = 0;
+        const auto read = [&](const char* attribute, auto& into) {
+            const ssize_t length =
+                GetEntryXattr(directory, name, attribute, reinterpret_cast<char*>(&into), sizeof into);
+            return length == static_cast<ssize_t>(sizeof into);
+        };
+        constexpr std::uint32_t kTold = 0xFFFF & ~FILE_ATTRIBUTE_DIRECTORY;
+        if (read(kNtfsAttributes, attributes)) {
+            words.m_dwAttributes = (words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) | (attributes & kTold);
+        }
+        if (!hasBirth && read(kNtfsCreation, created)) words.m_ftCreation = FILETIME::FromTicks(created);
+    }
+    if (isDirectory && (isLink || entry.m_identity.m_nDevice != directoryDevice)) {
+        words.m_dwAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+    }
+    return true;
 }
 
 // One statx an entry, through links, as Wine sees it. False for what is not listed: a link that leads nowhere or round
 // in a circle, and the unlisted directories.
 bool CSearchSet::ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice,
                            CEntry& entry) {
+    if (!m_rules.m_bWine) return ReadVolumeEntry(directory, name, mayBeLink, directoryDevice, entry);
     struct statx status;  // NOLINT(cppcoreguidelines-pro-type-member-init): statx fills it
     if (statx(directory, name, AT_NO_AUTOMOUNT, STATX_BASIC_STATS, &status) != 0) return false;
     entry.m_identity = {DeviceOf(status), status.stx_ino};
@@ -198,10 +256,10 @@ bool CSearchSet::ReadEntry(int directory, const char* name, bool mayBeLink, std:
     CFileWords& words = entry.m_words;
     words.m_dwAttributes = isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
     if ((status.stx_mode & 0222) == 0) words.m_dwAttributes |= FILE_ATTRIBUTE_READONLY;
-    if (name[0] == '.' && !m_bShowDotFiles) words.m_dwAttributes |= FILE_ATTRIBUTE_HIDDEN;
+    if (name[0] == '.' && m_rules.m_bDotFilesHidden) words.m_dwAttributes |= FILE_ATTRIBUTE_HIDDEN;
     words.m_dwAttributes |= ReadDosAttributes(directory, name, entry.m_identity.m_nDevice);
     if (isDirectory) {
-        if (std::find(m_unlisted.begin(), m_unlisted.end(), entry.m_identity) != m_unlisted.end()) return false;
+        if (IsUnlisted(entry.m_identity)) return false;
         bool isLink = false;
         if (mayBeLink) {
             struct stat own {};

@@ -1,4 +1,4 @@
-// The search over directories of a hosted machine, as Wine shows them to a program.
+// The search over directories of a hosted machine, as Wine or Windows shows them to a program.
 #pragma once
 
 #include <cstdint>
@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/hosted/identity.h"
 #include "platform/hosted/path_map.h"
 #include "platform/machine.h"
 
@@ -16,12 +17,8 @@ namespace delvane {
 // from its parent's descriptor and checked against the directories above it.
 class CSearchSet {
 public:
-    // `showDotFiles` leaves the hidden attribute off names that begin with a period.
-    CSearchSet(const CPathMap& paths, bool showDotFiles);
+    CSearchSet(const CPathMap& paths, CDiskRules rules);
     ~CSearchSet();
-
-    // Never listed: directories of the host that no program of the machine may wander into.
-    void AddUnlisted(const std::string& hostPath);
 
     std::unique_ptr<CFileSearch> Open(std::string_view path);
     bool FindPath(std::string_view path, CFileWords& words);
@@ -43,11 +40,15 @@ private:
 
     int OpenDirectory(std::string_view path, CIdentity& identity);
     bool ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
+    bool ReadVolumeEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
+    bool IsUnlisted(const CIdentity& identity) const;
+    bool LeadsOut(int directory, const char* name) const;
     std::uint32_t ReadDosAttributes(int directory, const char* name, std::uint64_t device);
     void Close(CLevel& level);
 
     const CPathMap& m_paths;
-    bool m_bShowDotFiles;
+    CDiskRules m_rules;
+    bool m_bNtfsAttributes = false;  // the volume's file system tells attributes and creation times beside the entries
     std::vector<CIdentity> m_unlisted;
     std::vector<char> m_buffer;                    // what the kernel hands a directory out in
     std::vector<CLevel*> m_open;                   // in the order of opening

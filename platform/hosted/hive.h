@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -62,14 +61,6 @@ public:
     virtual std::optional<std::string> GetLink(std::uint32_t key) = 0;
     // What was found wrong so far, one sentence for each hive file: "FILE is damaged: 3 keys ..., the first ...".
     virtual std::vector<std::string> GetProblems() const = 0;
-
-    // The key at that path below `key`, components joined by one backslash; nothing where there is none. Links are not
-    // followed.
-    std::optional<std::uint32_t> FindKey(std::uint32_t key, std::string_view path);
-    // One value, by name without regard to case: the text of a REG_SZ or REG_EXPAND_SZ up to its first NUL, the number
-    // of a REG_DWORD.
-    std::optional<std::string> FindText(std::string_view path, std::string_view name);
-    std::optional<std::uint32_t> FindNumber(std::string_view path, std::string_view name);
 };
 
 }  // namespace delvane

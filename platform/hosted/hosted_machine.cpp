@@ -9,6 +9,8 @@
 
 #include "platform/hosted/host_file.h"
 #include "platform/hosted/own_file.h"
+#include "platform/hosted/prefix_identity.h"
+#include "platform/hosted/volume_identity.h"
 
 namespace delvane {
 namespace {
@@ -20,8 +22,10 @@ bool IsFile(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
 }
 
-std::unique_ptr<CPrefixIdentity> ReadIdentity(const std::string& folder) {
-    return folder.empty() ? nullptr : std::make_unique<CPrefixIdentity>(folder);
+std::unique_ptr<CMachineIdentity> ReadIdentity(const CMachineChoice& choice) {
+    if (choice.m_folder.empty()) return nullptr;
+    if (choice.m_bIsVolume) return std::make_unique<CVolumeIdentity>(choice.m_folder);
+    return std::make_unique<CPrefixIdentity>(choice.m_folder);
 }
 
 }  // namespace
@@ -29,14 +33,9 @@ std::unique_ptr<CPrefixIdentity> ReadIdentity(const std::string& folder) {
 CHostedMachine::CHostedMachine(CMachineChoice choice, std::string programFolder)
     : m_choice(std::move(choice)),
       m_programFolder(std::move(programFolder)),
-      m_pIdentity(ReadIdentity(m_choice.m_folder)),
-      m_searches(m_paths, m_pIdentity != nullptr && m_pIdentity->ShowsDotFiles()) {
-    if (m_pIdentity == nullptr) return;
-    m_paths.SetDrives(m_pIdentity->GetDrives());
-    for (const std::string& folder :
-         {m_choice.m_folder, std::string("/dev"), std::string("/proc"), std::string("/sys")}) {
-        m_searches.AddUnlisted(folder);
-    }
+      m_pIdentity(ReadIdentity(m_choice)),
+      m_searches(m_paths, m_pIdentity != nullptr ? m_pIdentity->GetDiskRules() : CDiskRules()) {
+    if (m_pIdentity != nullptr) m_paths.SetDrives(m_pIdentity->GetDrives());
 }
 
 std::vector<CString> CHostedMachine::TakeNotices() {
@@ -73,7 +72,7 @@ bool CHostedMachine::GetComputerName(CString& name) {
 }
 
 CString CHostedMachine::GetSystemDirectory() {
-    return m_pIdentity != nullptr ? m_pIdentity->GetWindowsDirectory() + "\\system32" : CString();
+    return m_pIdentity != nullptr ? m_pIdentity->GetSystemDirectory() : CString();
 }
 
 CString CHostedMachine::GetWindowsDirectory() {
@@ -117,15 +116,10 @@ std::uint32_t CHostedMachine::GetDriveType(std::string_view root) {
     return drive == nullptr ? DRIVE_NO_ROOT_DIR : drive->m_nType;
 }
 
-// Wine keeps the label in a file of its own at the drive's root: the first line, without blanks at its end.
 std::uint32_t CHostedMachine::GetVolumeLabel(std::string_view root, CString& label) {
     const CHostedDrive* const drive = root.empty() ? nullptr : m_paths.FindDrive(root.front());
     if (drive == nullptr) return ERROR_PATH_NOT_FOUND;
-    constexpr std::uint64_t kLargestLabelFile = 64 * 1024;
-    label = ReadHostFile(drive->m_root + "/.windows-label", kLargestLabelFile).value_or("");
-    label.resize(std::min(label.find('\n'), label.size()));
-    while (!label.empty() && (label.back() == ' ' || label.back() == '\r'))
-        label.pop_back();
+    label = m_pIdentity->GetVolumeLabel(*drive);
     return ERROR_SUCCESS;
 }
 
@@ -133,7 +127,7 @@ std::uint32_t CHostedMachine::GetConnection(std::string_view, CString&) { return
 
 CHostedRegistry& CHostedMachine::GetRegistry() {
     if (m_pRegistry == nullptr) {
-        m_pRegistry = m_pIdentity == nullptr ? std::make_unique<CHostedRegistry>() : m_pIdentity->LoadRegistry();
+        m_pRegistry = m_pIdentity == nullptr ? std::make_shared<CHostedRegistry>() : m_pIdentity->LoadRegistry();
     }
     return *m_pRegistry;
 }
@@ -141,7 +135,7 @@ CHostedRegistry& CHostedMachine::GetRegistry() {
 // Between two captures of one run an installation may have changed the files. A walk asks for a predefined key first.
 std::uint32_t CHostedMachine::RegQueryInfoKey(HKEY key, CKeyInfo& info) {
     const bool isBetweenWalks = m_pRegistry != nullptr && m_pRegistry->GetOpenCount() == 0;
-    if (key >= HKEY_CLASSES_ROOT && isBetweenWalks && m_pRegistry->HasChanged()) m_pRegistry.reset();
+    if (key >= HKEY_CLASSES_ROOT && isBetweenWalks) m_pRegistry.reset();
     return GetRegistry().QueryInfo(key, info);
 }
 

@@ -1,4 +1,4 @@
-// A machine whose disks and registry lie in a folder of the host: a Wine prefix.
+// A machine whose disks and registry lie in a folder of the host: a Wine prefix or a Windows volume.
 #pragma once
 
 #include <memory>
@@ -78,10 +78,10 @@ private:
 
     CMachineChoice m_choice;
     std::string m_programFolder;
-    std::unique_ptr<CPrefixIdentity> m_pIdentity;  // null without a machine
+    std::unique_ptr<CMachineIdentity> m_pIdentity;  // null without a machine
     CPathMap m_paths;
     CSearchSet m_searches;
-    std::unique_ptr<CHostedRegistry> m_pRegistry;  // read when it is first asked for
+    std::shared_ptr<CHostedRegistry> m_pRegistry;  // read when it is first asked for
     std::set<CString> m_told;                      // the notices that were taken
 };
 

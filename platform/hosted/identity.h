@@ -1,61 +1,69 @@
-// What a Wine prefix says of itself: version, names, folders and the kinds of its drives, out of its registry files.
+// What a hosted machine says of itself: version, names, folders and drives, out of its registry.
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/hosted/path_map.h"
-#include "platform/hosted/prefix_registry.h"
-#include "platform/hosted/registry_lookup.h"
+#include "platform/hosted/registry.h"
 #include "platform/machine.h"
 
 namespace delvane {
 
-class CPrefixIdentity {
-public:
-    // Reads system.reg and user.reg of the folder. What is missing there leaves its answers empty; what is damaged is
-    // told in one sentence each.
-    explicit CPrefixIdentity(const std::string& folder);
+// The rules of the disk that a search follows.
+struct CDiskRules {
+    bool m_bWine = true;                  // attributes and times as Wine makes them up; else those of a Windows volume
+    bool m_bDotFilesHidden = true;        // names that begin with a period, under Wine
+    std::string m_strRoot;                // links do not lead out of this folder of the host; empty: they may
+    std::vector<std::string> m_unlisted;  // directories of the host that no program of the machine may wander into
+};
 
+// Where the registry says nothing, answers stay empty.
+class CMachineIdentity {
+public:
+    virtual ~CMachineIdentity() = default;
+
+    // What is damaged, a sentence each. The problem, empty where all is well, tells why this is no machine to take a
+    // snapshot of; it is among the notices too.
     const std::vector<CString>& GetNotices() const { return m_notices; }
-    // Why this is no machine to take a snapshot of: system.reg is not whole, or DELVANE_USER names no account of it.
-    // One sentence, among the notices too; empty where all is well.
     const CString& GetProblem() const { return m_strProblem; }
 
-    CVersionRecord GetVersion() const;
-    CString GetUserName() const;
+    virtual CVersionRecord GetVersion() const;
     CString GetComputerName() const;
-    CString GetWindowsDirectory() const;
     CString GetTempPath() const;
-    // The folder of a CSIDL number; nothing where the prefix does not know it.
+    // The folder of a CSIDL number; nothing where the machine does not know it.
     std::optional<CString> GetFolder(int kind) const;
-    bool ShowsDotFiles() const;
-    // The drives that the prefix links to, in the order of their letters.
-    std::vector<CHostedDrive> GetDrives() const;
 
-    // The registry, out of the same texts while their files are as they were. The first call gives the texts away.
-    std::unique_ptr<CHostedRegistry> LoadRegistry();
+    virtual CString GetUserName() const = 0;
+    virtual CString GetWindowsDirectory() const = 0;
+    virtual CString GetSystemDirectory() const = 0;
+    // In the order of their letters.
+    virtual std::vector<CHostedDrive> GetDrives() const = 0;
+    virtual CString GetVolumeLabel(const CHostedDrive& drive) const = 0;
+    virtual CDiskRules GetDiskRules() const = 0;
+    // The registry for a capture, read anew when its files have changed since it was read last.
+    virtual std::shared_ptr<CHostedRegistry> LoadRegistry() = 0;
 
-private:
-    std::unique_ptr<CRegistryLookup> ReadRegistry(const CPrefixText& text, const std::vector<std::string>& keys);
+protected:
+    // A value of the registry, a path like "Software\Microsoft" without regard to case. `user` stands for HKCU.
+    virtual std::optional<CString> FindText(bool user, const char* key, std::string_view name) const = 0;
+    virtual std::optional<std::uint32_t> FindNumber(bool user, const char* key, std::string_view name) const = 0;
+    // A variable of the machine's environment, beyond those that the registry lists as such.
+    virtual std::optional<CString> FindProfileVariable(const CString& name) const = 0;
+
+    std::optional<CString> FindVariable(const CString& name) const;
     // The text with each %NAME% that is known replaced.
     CString Expand(const CString& text) const;
-    std::optional<CString> FindVariable(const CString& name) const;
-    std::optional<std::uint32_t> FindDriveKind(char letter) const;
-    void CheckUser();
     void Refuse(CString problem);
 
-    std::string m_folder;
-    std::optional<CPrefixText> m_systemText;
-    std::optional<CPrefixText> m_userText;
     std::vector<CString> m_notices;
+
+private:
     CString m_strProblem;
-    std::unique_ptr<CRegistryLookup> m_pSystem;  // HKLM
-    std::unique_ptr<CRegistryLookup> m_pUser;    // HKCU
+    mutable int m_nExpanding = 0;  // variables that stand in each other end somewhere
 };
 
 }  // namespace delvane

@@ -11,6 +11,17 @@ namespace {
 // Registry text of a real machine takes some megabytes.
 constexpr std::uint64_t kLargestText = std::uint64_t{1} << 30;
 
+// The account whose hive the text is: it stands in a comment at its head, with the separators escaped.
+std::string FindSid(std::string_view text) {
+    constexpr std::string_view kMark = ";; All keys relative to REGISTRY\\\\User\\\\";
+    constexpr std::size_t kHead = 1024;
+    text = text.substr(0, kHead);
+    const std::size_t at = text.find(kMark);
+    if (at == std::string_view::npos) return {};
+    text.remove_prefix(at + kMark.size());
+    return std::string(text.substr(0, text.find_first_of("\r\n")));
+}
+
 void AddTextHive(CHostedRegistry& registry, HKEY root, CPrefixText text) {
     text.Refresh();
     registry.Watch(text.m_path, text.m_stamp);
@@ -38,6 +49,8 @@ void CPrefixText::Refresh() {
 
 std::unique_ptr<CHostedRegistry> LoadPrefixRegistry(CPrefixText system, CPrefixText user) {
     auto registry = std::make_unique<CHostedRegistry>();
+    user.Refresh();
+    registry->SetUserSid(FindSid(user.m_bytes.GetBytes()));
     AddTextHive(*registry, HKEY_LOCAL_MACHINE, std::move(system));
     AddTextHive(*registry, HKEY_CURRENT_USER, std::move(user));
     if (const auto classes = registry->Find(HKEY_LOCAL_MACHINE, "Software\\Classes")) {

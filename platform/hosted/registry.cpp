@@ -18,7 +18,7 @@ constexpr unsigned kMostLinks = 32;
 
 // Links that fan out show the same keys again and again, exponentially at worst. Real registries have some thousand
 // keys behind links.
-constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 21;
+constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 19;
 
 bool EqualNoCase(std::string_view a, std::string_view b) { return mbsicmp(a, b) == 0; }
 
@@ -133,7 +133,12 @@ std::uint32_t CHostedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY&
     if (!layers) return ERROR_FILE_NOT_FOUND;
     const bool isLink = layers->m_first != child.m_first || layers->m_second != child.m_second;
     if (isLink && IsOpenAbove(above, layers->m_first)) return ERROR_CANT_RESOLVE_FILENAME;
-    if (above->m_nDepth >= kMaxTreeDepth) return ERROR_FILENAME_EXCED_RANGE;
+    if (above->m_nDepth >= kMaxTreeDepth) {
+        if (!m_bTooDeep)
+            AddProblem("the registry has keys below " + std::to_string(kMaxTreeDepth) + " others; they are left out");
+        m_bTooDeep = true;
+        return ERROR_FILENAME_EXCED_RANGE;
+    }
     if (std::find(m_unopenable.begin(), m_unopenable.end(), layers->m_first) != m_unopenable.end()) {
         return ERROR_INVALID_HANDLE;
     }
@@ -327,6 +332,43 @@ std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindRoot(HKEY root) con
 std::optional<CHostedRegistry::CLayers> CHostedRegistry::Find(HKEY root, std::string_view path) {
     const std::optional<CLayers> layers = FindRoot(root);
     return layers ? FindBelow(*layers, path, 0) : std::nullopt;
+}
+
+// Of the first layer alone: what is looked up so has no second. Lives in m_scratch.
+const CKeyContents::CValue* CHostedRegistry::FindValue(HKEY root, std::string_view path, std::string_view name) {
+    m_scratch.Clear();
+    const std::optional<CLayers> key = Find(root, path);
+    if (!key || !key->m_first.m_pHive->ReadKey(key->m_first.m_nKey, m_scratch)) return nullptr;
+    for (const CKeyContents::CValue& value : m_scratch.m_values) {
+        if (EqualNoCase(m_scratch.Get(value.m_name), name)) return &value;
+    }
+    return nullptr;
+}
+
+std::optional<CString> CHostedRegistry::FindText(HKEY root, std::string_view path, std::string_view name) {
+    const CKeyContents::CValue* const value = FindValue(root, path, name);
+    if (value == nullptr || (value->m_dwType != REG_SZ && value->m_dwType != REG_EXPAND_SZ)) return std::nullopt;
+    const std::string_view text = m_scratch.Get(value->m_data);
+    return CString(text.substr(0, text.find('\0')));
+}
+
+std::optional<std::uint32_t> CHostedRegistry::FindNumber(HKEY root, std::string_view path, std::string_view name) {
+    const CKeyContents::CValue* const value = FindValue(root, path, name);
+    if (value == nullptr || value->m_dwType != REG_DWORD || value->m_data.m_nLength != 4) return std::nullopt;
+    std::uint32_t number = 0;
+    for (std::size_t i = 4; i-- > 0;)
+        number = number << 8 | static_cast<unsigned char>(m_scratch.Get(value->m_data)[i]);
+    return number;
+}
+
+std::vector<CString> CHostedRegistry::ListSubkeys(HKEY root, std::string_view path) {
+    std::vector<CString> names;
+    m_scratch.Clear();
+    const std::optional<CLayers> key = Find(root, path);
+    if (!key || !key->m_first.m_pHive->ReadKey(key->m_first.m_nKey, m_scratch)) return names;
+    for (const CKeyContents::CSubkey& subkey : m_scratch.m_subkeys)
+        names.emplace_back(m_scratch.Get(subkey.m_name));
+    return names;
 }
 
 CHostedRegistry::CPlace CHostedRegistry::FindSubkey(CPlace parent, std::string_view name) {

@@ -57,9 +57,15 @@ public:
 
     // The key at that path below a predefined key ("Software\Classes"); mounts and links are followed.
     std::optional<CLayers> Find(HKEY root, std::string_view path);
+    // One value there, by name without regard to case: the text of a REG_SZ or REG_EXPAND_SZ up to its first NUL, the
+    // number of a REG_DWORD; and the names of the subkeys there.
+    std::optional<CString> FindText(HKEY root, std::string_view path, std::string_view name);
+    std::optional<std::uint32_t> FindNumber(HKEY root, std::string_view path, std::string_view name);
+    std::vector<CString> ListSubkeys(HKEY root, std::string_view path);
     std::size_t GetOpenCount() const { return m_nOpen; }
-    // What was found wrong so far, a sentence each.
+    // What was found wrong so far, a sentence each; and of these what AddProblem was told.
     std::vector<std::string> GetProblems() const;
+    const std::vector<std::string>& GetFileProblems() const { return m_problems; }
 
     // As CMachine tells them.
     std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
@@ -93,6 +99,7 @@ private:
     CPlace FindSubkey(CPlace parent, std::string_view name);
     std::optional<CLayers> FollowLinks(CLayers key, unsigned links);
     std::optional<CLayers> FindLinkTarget(std::string_view target, unsigned links);
+    const CKeyContents::CValue* FindValue(HKEY root, std::string_view path, std::string_view name);
     bool IsOpenAbove(const COpenKey* parent, CPlace place) const;
 
     std::vector<std::unique_ptr<CHive>> m_hives;
@@ -110,6 +117,7 @@ private:
     CKeyContents m_scratch;
     std::size_t m_nOpen = 0;
     std::size_t m_nBehindLinks = 0;  // keys opened behind links so far
+    bool m_bTooDeep = false;         // keys that lie too deep have been told
 };
 
 }  // namespace delvane
