@@ -33,15 +33,28 @@ in_words() {
 END
 }
 
-# Runs the program on the sample machine and wants that exit code.
-run() { # CODE SWITCH...
-    wanted=$1
-    shift
+# Runs the program on the machine in that folder and wants that exit code.
+run() { # FOLDER CODE SWITCH...
+    machine=$1 wanted=$2
+    shift 2
     echo "   delvane $*"
     code=0
-    DELVANE_MACHINE=$work/machine DELVANE_HOME=$home build/delvane "$@" || code=$?
+    DELVANE_MACHINE=$machine DELVANE_HOME=$home build/delvane "$@" || code=$?
     echo "   exit code $code: $(in_words $code | paste -s -d , | sed 's/,/, /g')"
     [ $code -eq "$wanted" ] || fail "exit code $wanted was expected"
+}
+
+# Compares the two snapshots of a machine and shows what the page says.
+report() { # FOLDER CURRENT BASELINE
+    page="$home/Results/$2 - $3.htm"
+    run "$1" 1 /s "/b:$3" "/c:$2" /g
+    [ -s "$page" ] || fail "there is no report at $page"
+    # Without the links, which lead to another place of the page.
+    grep -aoE '<P>(ERROR|WARNING|INFO) - .*' "$page" > "$work/findings" || fail "the report holds no finding"
+    sed -E 's/ Click <A.*//; s/<[^>]*>//g' "$work/findings" | fold -s -w 97 |
+        sed -E '/^(ERROR|WARNING|INFO) - /!s/^/    /; s/^/   /; s/ *$//'
+    sed -nE 's|^<TR><TD>(<A [^>]*>)?([^<]*:)(</A>)?</TD><TD>([0-9]+)</TD>.*|\4 \2|p' "$page" |
+        while read -r count label; do printf '   %5d  %s\n' "$count" "${label%:}"; done
 }
 
 need_packages g++ cmake ninja-build pkg-config libutf8proc-dev
@@ -51,7 +64,6 @@ if is_configured; then build_release; else build_release -DDELVANE_TESTS=OFF; fi
 
 unset DELVANE_USER
 home=$PWD/build/demo
-page="$home/Results/After - Before.htm"
 rm -rf "$home"
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -61,28 +73,28 @@ step "Making the sample machine, a small Wine prefix, in $work/machine"
 samples/make-machine.sh "$work/machine" build/samples/mkimage
 echo "   $(find "$work/machine/drive_c" -type f | wc -l) files on its drive C:"
 
-step "Taking a snapshot before the installation"
-run 0 /s /bc:Before
+step "Making a second one of it, the volume of a Windows machine with registry hives, in $work/volume"
+samples/make-volume.sh "$work/machine" "$work/volume" build/samples/mkhive
+echo "   $(find "$work/volume" -type f | wc -l) files on its drive C:"
+
+step "Taking snapshots before the installation"
+run "$work/machine" 0 /s /bc:Before
+run "$work/volume" 0 /s "/bc:Volume before"
 
 step "Installing the sample application, Harbour Ledger, which behaves badly"
 samples/install-sample.sh "$work/machine" build/samples/mkimage
+samples/make-volume.sh "$work/machine" "$work/volume" build/samples/mkhive
 
-step "Taking a snapshot after it"
-run 0 /s /cc:After
+step "Taking snapshots after it"
+run "$work/machine" 0 /s /cc:After
+run "$work/volume" 0 /s "/cc:Volume after"
 
-step "Comparing the two and writing the report"
-run 1 /s /b:Before /c:After /g
-[ -s "$page" ] || fail "there is no report at $page"
+step "What the installation did to the Wine prefix"
+report "$work/machine" After Before
 
-step "What the report finds"
-# Without the links, which lead to another place of the page.
-grep -aoE '<P>(ERROR|WARNING|INFO) - .*' "$page" > "$work/findings" || fail "the report holds no finding"
-sed -E 's/ Click <A.*//; s/<[^>]*>//g' "$work/findings" | fold -s -w 97 |
-    sed -E '/^(ERROR|WARNING|INFO) - /!s/^/    /; s/^/   /; s/ *$//'
+step "What it did to the Windows volume"
+report "$work/volume" "Volume after" "Volume before"
 
-step "What the installation did to the files"
-sed -nE 's|^<TR><TD>(<A [^>]*>)?([^<]*)(</A>)?</TD><TD>([0-9]+)</TD></TR>$|\4 \2|p' "$page" |
-    while read -r count label; do printf '   %5d  %s\n' "$count" "${label%:}"; done
-
-step "The report"
+step "The reports"
 echo "   $page"
+echo "   $home/Results/After - Before.htm"

@@ -1,10 +1,11 @@
 #!/bin/sh
 # Plays a badly behaved installation on the sample machine: "Harbour Ledger 3.0" does whatever an installation should
-# not do, so that every list of the report about files has an entry and every finding about files is filed.
+# not do, so that every list of the report has an entry.
 set -eu
 [ $# -eq 2 ] || { echo "usage: $0 FOLDER MKIMAGE" >&2; exit 2; }
 folder=$1 mkimage=$2
 installed=2004-11-02T10:15:00Z
+registry=$(cd "$(dirname "$0")" && pwd)/install
 
 cd "$folder/drive_c"
 case $mkimage in
@@ -76,6 +77,23 @@ rm -r 'users/marta/AppData/Local/Quay Notes'
 bytes "$documents/Harbour Ledger/Übungsbuchungen.hlb" 73728
 bytes "$documents/Budget 2004.qn" 16896
 rm users/Public/Documents/Welcome.txt
+
+# The registry: sections that begin with one of the given lines go, or lose the value of that name; what install/ holds
+# is added.
+drop_key() { # FILE LINE
+    LINE=$2 awk '/^\[/ { drop = index($0, ENVIRON["LINE"]) == 1 } !drop' "$1" > "$1.new"
+    mv "$1.new" "$1"
+}
+drop_value() { # FILE LINE NAME
+    LINE=$2 NAME="\"$3\"=" awk '/^\[/ { inside = index($0, ENVIRON["LINE"]) == 1 }
+        !(inside && index($0, ENVIRON["NAME"]) == 1)' "$1" > "$1.new"
+    mv "$1.new" "$1"
+}
+drop_key ../system.reg '[Software\\Quay Notes\\Spelling]'
+drop_key ../system.reg '[Software\\Classes\\.qnt]'
+drop_value ../user.reg '[Software\\Quay Notes\\Recent]' 1
+cat "$registry/system.reg" >> ../system.reg
+cat "$registry/user.reg" >> ../user.reg
 
 # Every file and folder that was touched just now gets the time of the installation.
 find . -newermt "$installed" -exec touch -d "$installed" {} +
