@@ -96,4 +96,4 @@ cat "$registry/system.reg" >> ../system.reg
 cat "$registry/user.reg" >> ../user.reg
 
 # Every file and folder that was touched just now gets the time of the installation.
-find . -newermt "$installed" -exec touch -d "$installed" {} +
+find . ../system.reg ../user.reg -newermt "$installed" -exec touch -d "$installed" {} +

@@ -11,6 +11,7 @@ mkdir -p "$folder/drive_c" "$folder/dosdevices"
 ln -s ../drive_c "$folder/dosdevices/c:"
 ln -s / "$folder/dosdevices/z:"
 cp "$sources/system.reg" "$sources/user.reg" "$folder"
+touch -d 2004-09-17T18:35:00Z "$folder/system.reg" "$folder/user.reg"
 
 # Without comments and blank lines, and with bare separators.
 sed -e '/^#/d' -e '/^$/d' -e 's/ *| */|/g' "$sources/manifest" > "$folder/entries"
