@@ -104,11 +104,13 @@ void CRegfWriter::CKey::Set(std::string_view name, std::uint32_t type, std::stri
     m_values.push_back({std::string(name), type, std::string(data)});
 }
 
-// One bin holds all cells; each begins at a multiple of eight with its size, negative for one in use.
+// One bin holds all cells; each begins at a multiple of eight with its size, negative for one in use, and in the first
+// versions with a word more.
 std::uint32_t CRegfWriter::AddCell(std::string_view content) {
     const auto cell = static_cast<std::uint32_t>(m_cells.size());
-    const std::size_t size = (content.size() + 4 + 7) / 8 * 8;
+    const std::size_t size = (GetCellHead() + content.size() + 7) / 8 * 8;
     m_cells += U32(0 - size);
+    m_cells.resize(cell + GetCellHead());
     m_cells += content;
     m_cells.resize(cell + size);
     return cell;
@@ -127,8 +129,8 @@ std::uint32_t CRegfWriter::AddKey(const CKey& key, std::uint32_t parent) {
     // The lists know the cell of their key, so they come behind it.
     const std::uint32_t values = key.m_values.empty() ? kNoCell : AddValues(key);
     const std::uint32_t subkeys = key.m_subkeys.empty() ? kNoCell : AddSubkeys(key, cell);
-    Put(m_cells, cell + 4 + 28, U32(subkeys));
-    Put(m_cells, cell + 4 + 40, U32(values));
+    Put(m_cells, cell + GetCellHead() + 28, U32(subkeys));
+    Put(m_cells, cell + GetCellHead() + 40, U32(values));
     return cell;
 }
 

@@ -40,6 +40,7 @@ public:
     std::uint32_t m_nSequence2 = 1;
 
 private:
+    std::size_t GetCellHead() const { return m_nMinorVersion <= 1 ? 8 : 4; }
     std::uint32_t AddCell(std::string_view content);
     std::uint32_t AddKey(const CKey& key, std::uint32_t parent);
     std::uint32_t AddSubkeys(const CKey& key, std::uint32_t cell);
@@ -57,7 +58,7 @@ private:
 // UTF-8 as UTF-16, least significant byte first.
 std::string ToUtf16(std::string_view text);
 
-// Puts the sum over a base block where it belongs: in the first 512 bytes of a hive or a log.
+// Puts the sum over a base block where it belongs, in the first 512 bytes of a hive or a log.
 void SetChecksum(std::string& bytes);
 
 }  // namespace delvane

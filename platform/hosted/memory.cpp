@@ -1,15 +1,32 @@
 #include "platform/memory.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <new>
 #include <sys/mman.h>
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define __SANITIZE_ADDRESS__
+#endif
+#endif
+
 namespace delvane {
-namespace {
 
-constexpr std::size_t RoundUp(std::size_t size) { return (size + kPageBlock - 1) & ~(kPageBlock - 1); }
+#ifdef __SANITIZE_ADDRESS__
 
-}  // namespace
+// From the heap, so that a read behind the block is seen.
+void* TakePages(std::size_t size) {
+    void* const block = size > SIZE_MAX / 2 ? nullptr : std::calloc(size, 1);
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+
+void ReturnPages(void* block, std::size_t) noexcept { std::free(block); }
+
+#else
+
+static constexpr std::size_t RoundUp(std::size_t size) { return (size + kPageBlock - 1) & ~(kPageBlock - 1); }
 
 void* TakePages(std::size_t size) {
     if (size == 0 || size > SIZE_MAX / 2) throw std::bad_alloc();
@@ -32,5 +49,7 @@ void* TakePages(std::size_t size) {
 }
 
 void ReturnPages(void* block, std::size_t size) noexcept { munmap(block, RoundUp(size)); }
+
+#endif
 
 }  // namespace delvane

@@ -63,6 +63,9 @@ constexpr unsigned kDeepestList = 8;
 // half as much again as UTF-16.
 constexpr std::uint64_t kMostHandedOut = 4;
 
+// A key that goes beyond it is shown without values, and costs the other keys nothing as long as there are few such.
+constexpr std::size_t kMostRefunds = 16;
+
 constexpr std::size_t kStepsWithoutIndex = 50'000;
 
 bool IsText(std::uint32_t type) { return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ; }
@@ -314,8 +317,10 @@ bool CRegfHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
         if (verdict == ECounted::kNot) NoteBadValue(key);
         if (isBeyond || !isListed) break;  // the rest is no better
     }
-    if (m_counted[key] == ECounted::kBeyond) contents.m_values.clear();
-    if (verdict == ECounted::kNot) m_nHandedOut += contents.m_bytes.size() - begin;
+    const bool isRefused = m_counted[key] == ECounted::kBeyond;
+    if (isRefused) contents.m_values.clear();
+    if (verdict != ECounted::kNot || (isRefused && m_nRefunds++ < kMostRefunds)) return true;
+    m_nHandedOut += contents.m_bytes.size() - begin;
     return true;
 }
 

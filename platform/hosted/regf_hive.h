@@ -73,6 +73,7 @@ private:
     std::vector<bool> m_visited;  // key cells and subkey lists, by offset / 8
     std::vector<ECounted> m_counted;
     std::uint64_t m_nHandedOut = 0;  // bytes of names and values, each key counted once
+    std::size_t m_nRefunds = 0;      // keys that were refused and not counted
     CKeyIndex m_index;               // made when it is worth it
     std::size_t m_nSteps = 0;        // from sibling to sibling, in all look-ups so far
     std::string m_bigData;

@@ -28,29 +28,6 @@ constexpr std::size_t kEntryPages = 20;
 constexpr std::size_t kEntryHash1 = 24;
 constexpr std::size_t kEntryHash2 = 32;
 
-// Marvin32 with the seed that Windows has for logs.
-std::uint64_t HashOf(std::string_view bytes) {
-    std::uint32_t low = 0x7A4E'55C5;
-    std::uint32_t high = 0x82EF'4D88;
-    const auto mix = [&](std::uint32_t word) {
-        low += word;
-        high ^= low;
-        low = std::rotl(low, 20) + high;
-        high = std::rotl(high, 9) ^ low;
-        low = std::rotl(low, 27) + high;
-        high = std::rotl(high, 19);
-    };
-    std::size_t at = 0;
-    for (; at + 4 <= bytes.size(); at += 4)
-        mix(U32(bytes, at));
-    std::uint32_t last = 0x80;
-    for (std::size_t i = bytes.size(); i-- > at;)
-        last = last << 8 | static_cast<unsigned char>(bytes[i]);
-    mix(last);
-    mix(0);
-    return static_cast<std::uint64_t>(high) << 32 | low;
-}
-
 // An entry that is whole, or nothing.
 std::optional<std::string_view> EntryAt(std::string_view log, std::size_t at) {
     if (at > log.size() || log.size() - at < kEntryHead) return std::nullopt;
@@ -58,8 +35,8 @@ std::optional<std::string_view> EntryAt(std::string_view log, std::size_t at) {
     const std::size_t size = U32(entry, kEntrySize);
     if (!entry.starts_with("HvLE") || size < kEntryHead || size > entry.size()) return std::nullopt;
     entry = entry.substr(0, size);
-    if (HashOf(entry.substr(0, kEntryHash2)) != U64(entry, kEntryHash2)) return std::nullopt;
-    if (HashOf(entry.substr(kEntryHead)) != U64(entry, kEntryHash1)) return std::nullopt;
+    if (HashOfLog(entry.substr(0, kEntryHash2)) != U64(entry, kEntryHash2)) return std::nullopt;
+    if (HashOfLog(entry.substr(kEntryHead)) != U64(entry, kEntryHash1)) return std::nullopt;
     return entry;
 }
 
@@ -163,6 +140,28 @@ const CFileBytes* FindBaseBlock(const std::vector<CFileBytes>& logs) {
 }
 
 }  // namespace
+
+std::uint64_t HashOfLog(std::string_view bytes) {
+    std::uint32_t low = 0x7A4E'55C5;
+    std::uint32_t high = 0x82EF'4D88;
+    const auto mix = [&](std::uint32_t word) {
+        low += word;
+        high ^= low;
+        low = std::rotl(low, 20) + high;
+        high = std::rotl(high, 9) ^ low;
+        low = std::rotl(low, 27) + high;
+        high = std::rotl(high, 19);
+    };
+    std::size_t at = 0;
+    for (; at + 4 <= bytes.size(); at += 4)
+        mix(U32(bytes, at));
+    std::uint32_t last = 0x80;
+    for (std::size_t i = bytes.size(); i-- > at;)
+        last = last << 8 | static_cast<unsigned char>(bytes[i]);
+    mix(last);
+    mix(0);
+    return static_cast<std::uint64_t>(high) << 32 | low;
+}
 
 EHiveState ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs) {
     if (hive.m_nSize < kBaseBlock) return EHiveState::kWhole;  // no hive at all, as its reader will say

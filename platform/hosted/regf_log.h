@@ -1,7 +1,8 @@
 // Transaction logs of registry hives: changes that were written down but have not reached the hive file.
 #pragma once
 
-#include <string>
+#include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "platform/machine.h"
@@ -18,5 +19,8 @@ enum class EHiveState {
 // Applies the logs to the hive in memory, as Windows does when it loads the hive: entries of the newer form in the
 // order of their sequence numbers up to the first that is not whole, or the sectors of a log of the older form.
 EHiveState ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs);
+
+// The hash over an entry of a log of the newer form: Marvin32 with the seed that Windows has for logs.
+std::uint64_t HashOfLog(std::string_view bytes);
 
 }  // namespace delvane
