@@ -20,7 +20,8 @@ namespace fs = std::filesystem;
 class HostedMachine : public testing::Test {
 protected:
     CHostedMachine& Open(const CPrefix& prefix) {
-        m_pMachine = std::make_unique<CHostedMachine>(CMachineChoice{prefix.GetPath(), {}, false, false}, m_home.GetPath());
+        m_pMachine =
+            std::make_unique<CHostedMachine>(CMachineChoice{prefix.GetPath(), {}, false, false}, m_home.GetPath());
         return *m_pMachine;
     }
     // The attributes of what the search lists, by name.

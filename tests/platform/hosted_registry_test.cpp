@@ -1,0 +1,185 @@
+// The registry of a hosted machine through its calls: hives laid together, mounts, links, handles.
+#include <array>
+#include <gtest/gtest.h>
+
+#include "platform/hosted/regf_hive.h"
+#include "platform/hosted/registry.h"
+#include "platform/hosted/text_hive.h"
+#include "samples/regf_writer.h"
+#include "tests/support/hive_lines.h"
+
+namespace delvane {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class HostedRegistry : public testing::Test {
+protected:
+    CHostedRegistry::CPlace Add(const std::string& text) {
+        return {&m_registry.AddHive(std::make_unique<CTextHive>(BytesOf("WINE REGISTRY Version 2\n" + text), "TEXT")),
+                0};
+    }
+    // A link in registry text.
+    static std::string Link(const std::string& key, const std::string& target) {
+        std::string line = "[" + key + "] 1\n#link\n\"SymbolicLinkValue\"=hex(6):";
+        for (const char c : target) {
+            std::array<char, 8> hex{};
+            std::snprintf(hex.data(), hex.size(), "%02x,00,", static_cast<unsigned>(c));
+            line += hex.data();
+        }
+        return line.substr(0, line.size() - 1) + "\n";
+    }
+    // What the calls show below a key, as a walk asks for it. Keys that cannot be opened have the error behind them.
+    void Walk(HKEY key, const std::string& path, Lines& lines) {
+        CKeyInfo info;
+        ASSERT_EQ(m_registry.QueryInfo(key, info), ERROR_SUCCESS);
+        std::string name(info.m_nLongestValueName + 1, '?');
+        std::string data(info.m_nLargestData + 1, '?');
+        for (std::uint32_t i = 0; i <= info.m_nValues; ++i) {
+            CRoom nameRoom{name.data(), info.m_nLongestValueName + 1};
+            CRoom dataRoom{data.data(), info.m_nLargestData};
+            std::uint32_t type = 0;
+            const std::uint32_t error = m_registry.EnumValue(key, i, nameRoom, type, dataRoom);
+            ASSERT_EQ(error, i < info.m_nValues ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
+            if (error == ERROR_SUCCESS)
+                lines.push_back(path + ": " + name.c_str() + "=" + data.substr(0, dataRoom.m_nSize).c_str());
+        }
+        std::string subkey(info.m_nLongestSubkey + 1, '?');
+        for (std::uint32_t i = 0; i <= info.m_nSubkeys; ++i) {
+            CRoom room{subkey.data(), info.m_nLongestSubkey + 1};
+            const std::uint32_t error = m_registry.EnumKey(key, i, room);
+            ASSERT_EQ(error, i < info.m_nSubkeys ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
+            if (error != ERROR_SUCCESS) break;
+            HKEY below = 0;
+            const std::string name2 = path + "\\" + subkey.c_str();
+            const std::uint32_t opened = m_registry.OpenKey(key, std::string_view(subkey.data(), room.m_nSize), below);
+            lines.push_back(opened == ERROR_SUCCESS ? name2 : name2 + " !" + std::to_string(opened));
+            if (opened != ERROR_SUCCESS) continue;
+            Walk(below, name2, lines);
+            m_registry.CloseKey(below);
+        }
+    }
+    Lines WalkRoot(HKEY root) {
+        Lines lines;
+        Walk(root, "", lines);
+        EXPECT_EQ(m_registry.GetOpenCount(), 0U);
+        return lines;
+    }
+
+    CHostedRegistry m_registry;
+};
+
+TEST_F(HostedRegistry, ShowsItsRootsAndNothingElse) {
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {Add("[A] 1\n\"v\"=\"1\"\n[A\\\\B] 1\n"), {}});
+    EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE), (Lines{"\\A", "\\A: v=1", "\\A\\B"}));
+    EXPECT_EQ(WalkRoot(HKEY_CURRENT_USER), Lines{}) << "a predefined key without a root is an empty one";
+    HKEY key = 0;
+    EXPECT_EQ(m_registry.OpenKey(HKEY_LOCAL_MACHINE, "a", key), ERROR_SUCCESS) << "without regard to case";
+    CRoom none;
+    EXPECT_EQ(m_registry.QueryValue(key, "V", nullptr, none), ERROR_SUCCESS);
+    EXPECT_EQ(none.m_nSize, 2U);
+    std::array<char, 2> bytes{};
+    CRoom small{bytes.data(), 1};
+    EXPECT_EQ(m_registry.QueryValue(key, "v", nullptr, small), ERROR_MORE_DATA);
+    EXPECT_EQ(small.m_nSize, 2U);
+    CRoom name{bytes.data(), 1};
+    std::uint32_t type = 0;
+    CRoom data{bytes.data(), 2};
+    EXPECT_EQ(m_registry.EnumValue(key, 0, name, type, data), ERROR_MORE_DATA) << "no room for the NUL";
+    EXPECT_EQ(m_registry.QueryValue(key, "w", nullptr, none), ERROR_FILE_NOT_FOUND);
+    HKEY other = 0;
+    EXPECT_EQ(m_registry.OpenKey(key, "C", other), ERROR_FILE_NOT_FOUND);
+    m_registry.CloseKey(key);
+    CKeyInfo info;
+    EXPECT_EQ(m_registry.QueryInfo(key, info), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(m_registry.QueryInfo(0, info), ERROR_INVALID_HANDLE);
+}
+
+TEST_F(HostedRegistry, TwoLayersShowAsOne) {
+    const auto first = Add("[.a] 1\n@=\"user\"\n[Type\\\\shell] 1\n\"x\"=\"1\"\n");
+    const auto second =
+        Add("[.A] 1\n@=\"machine\"\n\"more\"=\"2\"\n[.b] 1\n[type\\\\Icon] 1\n[type\\\\SHELL\\\\open] 1\n");
+    m_registry.SetRoot(HKEY_CLASSES_ROOT, {first, second});
+    EXPECT_EQ(WalkRoot(HKEY_CLASSES_ROOT),
+              (Lines{"\\.a", "\\.a: =user", "\\.a: more=2", "\\Type", "\\Type\\shell", "\\Type\\shell: x=1",
+                     "\\Type\\shell\\open", "\\Type\\Icon", "\\.b"}));
+    EXPECT_TRUE(m_registry.Find(HKEY_CLASSES_ROOT, "TYPE\\icon"));
+}
+
+TEST_F(HostedRegistry, MountsTakeThePlaceOfSubkeys) {
+    const auto root = Add("[Software] 1\n\"hidden\"=\"1\"\n[Software\\\\Old] 1\n");
+    const auto software = Add("[New] 1\n");
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {root, {}});
+    m_registry.Mount(root, "SOFTWARE", software);
+    m_registry.Mount(software, "More", Add("\n[X] 1\n"));
+    EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE),
+              (Lines{"\\Software", "\\Software\\New", "\\Software\\More", "\\Software\\More\\X"}));
+    EXPECT_TRUE(m_registry.Find(HKEY_LOCAL_MACHINE, "software\\more\\x"));
+    EXPECT_FALSE(m_registry.Find(HKEY_LOCAL_MACHINE, "Software\\Old"));
+}
+
+TEST_F(HostedRegistry, LinksLeadToTheirTargetsAndNowhereElse) {
+    m_registry.SetUserSid("S-1-5-21-7");
+    m_registry.SetRoot(HKEY_CURRENT_USER, {Add("[Software\\\\Classes\\\\.u] 1\n[Mine] 1\n\"m\"=\"1\"\n"), {}});
+    m_registry.SetRoot(
+        HKEY_LOCAL_MACHINE,
+        {Add("[Real\\\\Sub] 1\n" + Link("Plain", "\\Registry\\Machine\\Real") +
+             Link("Chain", "\\REGISTRY\\MACHINE\\plain\\sub") + Link("User", "\\Registry\\User\\S-1-5-21-7\\Mine") +
+             Link("Classes", "\\Registry\\User\\S-1-5-21-7_Classes") +
+             Link("Stranger", "\\Registry\\User\\S-1-5-21-8\\Mine") + Link("Gone", "\\Registry\\Machine\\Nowhere") +
+             Link("Elsewhere", "\\Device\\X") + Link("Round", "\\Registry\\Machine\\Trip") +
+             Link("Trip", "\\Registry\\Machine\\Round") + Link("Nest\\\\Up", "\\Registry\\Machine\\Nest")),
+         {}});
+    EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE),
+              (Lines{"\\Real", "\\Real\\Sub", "\\Plain", "\\Plain\\Sub", "\\Chain", "\\User", "\\User: m=1",
+                     "\\Classes", "\\Classes\\.u", "\\Stranger !2", "\\Gone !2", "\\Elsewhere !2", "\\Round !2",
+                     "\\Trip !2", "\\Nest", "\\Nest\\Up !1921"}));
+    EXPECT_TRUE(m_registry.GetProblems().empty());
+}
+
+TEST_F(HostedRegistry, LinksThatFanOutComeToAnEnd) {
+    std::string text;
+    for (int level = 0; level < 30; ++level) {
+        for (const char* const side : {"a", "b"}) {
+            text +=
+                Link("L" + std::to_string(level) + "\\\\" + side, "\\Registry\\Machine\\L" + std::to_string(level + 1));
+        }
+    }
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {Add(text + "[L30] 1\n"), {}});
+    EXPECT_GT(WalkRoot(HKEY_LOCAL_MACHINE).size(), 500'000U);
+    ASSERT_EQ(m_registry.GetProblems().size(), 1U) << "told once";
+    EXPECT_NE(m_registry.GetProblems().front().find("links lead to each other"), std::string::npos);
+}
+
+TEST_F(HostedRegistry, KeysThatLieTooDeepAreToldOnce) {
+    std::string path = "k";
+    for (int i = 0; i < 1100; ++i)
+        path += "\\\\k";
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {Add("[" + path + "] 1\n[" + path + "2] 1\n"), {}});
+    EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE).size(), 1001U);
+    EXPECT_EQ(m_registry.GetProblems().size(), 1U);
+}
+
+TEST_F(HostedRegistry, NamesThatDifferInCaseAloneAreOpenedExactly) {
+    CRegfWriter writer;
+    for (const char* const name : {"KEY", "Key", "key"}) {
+        writer.GetRoot().m_subkeys.push_back(std::make_unique<CRegfWriter::CKey>());
+        writer.GetRoot().m_subkeys.back()->m_name = name;
+        writer.GetRoot().m_subkeys.back()->Set("is", REG_BINARY, name);
+    }
+    std::string problem;
+    auto hive = CRegfHive::Read(BytesOf(writer.Build()), {}, "HIVE", problem);
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {{&m_registry.AddHive(std::move(hive)), 0}, {}});
+    EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE),
+              (Lines{"\\KEY", "\\KEY: is=KEY", "\\Key", "\\Key: is=Key", "\\key", "\\key: is=key"}));
+}
+
+TEST_F(HostedRegistry, AKeyThatStandsForAnotherIsNotOpened) {
+    const auto root = Add("[Perflib\\\\009] 1\n\"Counter\"=\"x\"\n");
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {root, {}});
+    m_registry.SetUnopenable(m_registry.Find(HKEY_LOCAL_MACHINE, "Perflib\\009")->m_first);
+    EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE), (Lines{"\\Perflib", "\\Perflib\\009 !6"}));
+}
+
+}  // namespace
+}  // namespace delvane
