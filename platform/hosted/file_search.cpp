@@ -199,10 +199,7 @@ bool CSearchSet::IsUnlisted(const CIdentity& identity) const {
 
 // Whether a link leads out of the volume, into files of the host.
 bool CSearchSet::LeadsOut(int directory, const char* name) const {
-    const std::string target = RealHostPath("/proc/self/fd/" + std::to_string(directory) + "/" + name);
-    if (!target.starts_with(m_rules.m_strRoot)) return true;
-    return target.size() > m_rules.m_strRoot.size() && target[m_rules.m_strRoot.size()] != '/' &&
-           !m_rules.m_strRoot.ends_with('/');
+    return !LiesWithin(RealHostPath("/proc/self/fd/" + std::to_string(directory) + "/" + name), m_rules.m_strRoot);
 }
 
 // The entry as Windows would show it. A link is a junction or the like of the volume.

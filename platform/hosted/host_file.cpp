@@ -118,4 +118,9 @@ std::string RealHostPath(const std::string& path) {
     return real == nullptr ? std::string() : std::string(real.get());
 }
 
+bool LiesWithin(std::string_view path, std::string_view directory) {
+    if (!path.starts_with(directory)) return false;
+    return path.size() == directory.size() || directory.ends_with('/') || path[directory.size()] == '/';
+}
+
 }  // namespace delvane

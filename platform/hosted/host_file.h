@@ -80,4 +80,7 @@ bool MakeHostDirectories(const std::string& path);
 // The path in full, links resolved; empty where it leads nowhere.
 std::string RealHostPath(const std::string& path);
 
+// Whether the path, in full and without links, is that of the directory or of something below it.
+bool LiesWithin(std::string_view path, std::string_view directory);
+
 }  // namespace delvane

@@ -5,6 +5,7 @@
 #include <memory>
 #include <sys/stat.h>
 
+#include "platform/hosted/host_file.h"
 #include "platform/text.h"
 
 namespace delvane {
@@ -43,15 +44,10 @@ const CHostedDrive* CPathMap::FindDrive(char letter) const {
 std::optional<CPathMap::CParts> CPathMap::Split(std::string_view path) const {
     CParts parts;
     if (path.find('\0') != std::string_view::npos || path.empty()) return std::nullopt;
-    if (IsSeparator(path.front())) {
-        parts.m_base = "/";
-    } else {
-        const CHostedDrive* const drive =
-            path.size() >= 2 && path[1] == ':' && (path.size() == 2 || IsSeparator(path[2])) ? FindDrive(path[0])
-                                                                                             : nullptr;
-        if (drive == nullptr) return std::nullopt;
-        parts.m_base = drive->m_root;
-        parts.m_bIsDrive = true;
+    if (!IsSeparator(path.front())) {
+        const bool isDrivePath = path.size() >= 2 && path[1] == ':' && (path.size() == 2 || IsSeparator(path[2]));
+        parts.m_pDrive = isDrivePath ? FindDrive(path[0]) : nullptr;
+        if (parts.m_pDrive == nullptr) return std::nullopt;
         path.remove_prefix(2);
     }
     while (!path.empty()) {
@@ -90,14 +86,20 @@ std::optional<std::string> CPathMap::FindName(const std::string& directory, std:
 
 std::optional<std::string> CPathMap::Find(std::string_view path) const {
     const std::optional<CParts> parts = Split(path);
-    if (!parts) return std::nullopt;
-    std::string spelled = parts->m_base;
-    for (const std::string& name : parts->m_names)
+    std::optional<std::string> found = parts ? FindAnywhere(*parts) : std::nullopt;
+    if (!found || parts->m_pDrive == nullptr || !parts->m_pDrive->m_bConfined) return found;
+    return LiesWithin(RealHostPath(*found), parts->m_pDrive->m_realRoot) ? found : std::nullopt;
+}
+
+std::optional<std::string> CPathMap::FindAnywhere(const CParts& parts) const {
+    const std::string base = parts.m_pDrive == nullptr ? "/" : parts.m_pDrive->m_root;
+    std::string spelled = base;
+    for (const std::string& name : parts.m_names)
         spelled = Join(spelled, name);
     if (Exists(spelled)) return spelled;
-    if (!parts->m_bIsDrive) return std::nullopt;
-    std::string found = parts->m_base;
-    for (const std::string& name : parts->m_names) {
+    if (parts.m_pDrive == nullptr) return std::nullopt;
+    std::string found = base;
+    for (const std::string& name : parts.m_names) {
         std::string next = Join(found, name);
         if (!Exists(next)) {
             const std::optional<std::string> other = FindName(found, name);
@@ -131,8 +133,7 @@ std::string CPathMap::ToDisplay(std::string_view path) const {
 std::string CPathMap::ToMachine(const std::string& hostPath) const {
     const CHostedDrive* best = nullptr;
     for (const CHostedDrive& drive : m_drives) {
-        if (drive.m_bIsHostRoot || drive.m_realRoot.empty() || !hostPath.starts_with(drive.m_realRoot)) continue;
-        if (hostPath.size() > drive.m_realRoot.size() && hostPath[drive.m_realRoot.size()] != '/') continue;
+        if (drive.m_bIsHostRoot || drive.m_realRoot.empty() || !LiesWithin(hostPath, drive.m_realRoot)) continue;
         if (best == nullptr || drive.m_realRoot.size() > best->m_realRoot.size()) best = &drive;
     }
     if (best == nullptr) return ToHostForm(hostPath);

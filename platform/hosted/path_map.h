@@ -18,6 +18,7 @@ struct CHostedDrive {
     std::string m_realRoot;      // the same with links resolved; empty where the link leads nowhere
     std::uint32_t m_nType = 0;   // as GetDriveType gives it
     bool m_bIsHostRoot = false;  // the host's own root: no disk of the machine
+    bool m_bConfined = false;    // what a link leads to outside of it is not there
 };
 
 class CPathMap {
@@ -43,9 +44,8 @@ public:
 
 private:
     struct CParts {
-        std::string m_base;  // "/" or the root of a drive
+        const CHostedDrive* m_pDrive = nullptr;  // null: a path in host form
         std::vector<std::string> m_names;
-        bool m_bIsDrive = false;
     };
     // The names of one directory by their folded form; of several that fold alike the first by byte.
     struct CListing {
@@ -54,6 +54,7 @@ private:
         std::unordered_map<std::string, std::string> m_names;
     };
     std::optional<CParts> Split(std::string_view path) const;
+    std::optional<std::string> FindAnywhere(const CParts& parts) const;
     std::optional<std::string> FindName(const std::string& directory, std::string_view name) const;
 
     std::vector<CHostedDrive> m_drives;

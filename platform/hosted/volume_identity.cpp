@@ -45,7 +45,7 @@ CHostedRegistry::CPlace AddMountPoint(CHostedRegistry& registry) {
 
 CPathMap VolumeAsDrive(const std::string& folder) {
     CPathMap paths;
-    paths.SetDrives({{'C', folder, folder, DRIVE_FIXED, false}});
+    paths.SetDrives({{'C', folder, folder, DRIVE_FIXED, false, true}});
     return paths;
 }
 
