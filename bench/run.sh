@@ -3,14 +3,17 @@
 #   capture   capture and save of 300,000 files      against GNU find printing the same facts
 #   compare   load, comparison and page, 1% changed  against comm -3 over the same facts as sorted text
 #   flat      one directory of 200,000 names         against one of 20,000
-# Usage: bench/run.sh [JOB...]. BENCH_ROUNDS sets the rounds (default 7), BENCH_DATA the folder of the trees (default:
-# delvane-bench below the temporary folder; about 520,000 files, kept for the next run).
+#   text      registry text of 500,000 values        against reading and decoding every line of it
+#   hive      a registry hive of 200,000 values      against hivexml
+#   keys      one key of 200,000 subkeys             against one of 20,000, in text and hives, sorted and not
+# Usage: bench/run.sh [JOB...]. BENCH_ROUNDS sets the rounds (default 7), BENCH_DATA the folder of what is measured
+# (default: delvane-bench below the temporary folder; about 520,000 files, kept for the next run).
 set -eu
 CDPATH='' cd -- "$(dirname -- "$0")/.."
 . cmake/setup.sh
 
-need_packages g++ cmake ninja-build pkg-config libutf8proc-dev findutils coreutils
-# The default build with two small programs more.
+need_packages g++ cmake ninja-build pkg-config libutf8proc-dev findutils coreutils libhivex-bin
+# The default build with some small programs more.
 cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DDELVANE_TESTS=OFF -DDELVANE_BENCH=ON > /dev/null
 cmake --build build-bench > /dev/null
 program=$PWD/build-bench/delvane
@@ -24,6 +27,20 @@ unset WINEPREFIX DELVANE_USER
 
 machine() { # KIND NAME FILES
     [ -e "$2/.made" ] || { rm -rf "$2"; "$tools/make_tree" "$1" "$2" "$3"; : > "$2/.made"; }
+}
+registry() { # KIND NAME COUNT [shuffled]
+    [ -e "$2/.made" ] || { rm -rf "$2"; "$tools/make_registry" "$1" "$2" "$3" ${4:-}; : > "$2/.made"; }
+}
+# The comparison of a machine with one that has no registry tells how many values the snapshot holds.
+added_by() { # JOB MACHINE EMPTY VALUES
+    kind=text
+    [ "$1" = text ] || kind=hive
+    registry flat-$kind "$3" 1
+    DELVANE_MACHINE=$2 "$program" /s /cc:full
+    DELVANE_MACHINE=$3 "$program" /s /bc:empty
+    DELVANE_MACHINE=$2 "$program" /s /b:empty /c:full /g || true
+    result "$1" "$4" "$(sed -n 's|.*Values Added:.*<TD>\([0-9]*\)</TD>.*|\1|p' "home/Results/full - empty.htm")"
+    rm -f home/Results/*empty* home/Results/full*
 }
 facts() { find "$1/drive_c" -printf '%p\t%s\t%T@\n' | LC_ALL=C sort; }
 pair() { "$tools/pair_time" "$rounds" "$@"; }
@@ -44,7 +61,7 @@ snapshots() {
 
 echo "| command | cpu s | ratio | min-max | peak MB |"
 echo "|---|---|---|---|---|"
-for job in ${*:-capture compare flat}; do
+for job in ${*:-capture compare flat text hive keys}; do
     case $job in
         capture)
             snapshots
@@ -73,8 +90,34 @@ for job in ${*:-capture compare flat}; do
             pair "delvane: one directory of 20,000 names (= 1)" "DELVANE_MACHINE=flat20k '$program' /s /bc:flat20k" \
                 "delvane: one of 200,000" "DELVANE_MACHINE=flat200k '$program' /s /bc:flat200k"
             ;;
+        text)
+            registry text text500k 500000
+            [ "$("$tools/scan_text" text500k/system.reg)" -eq 500000 ]
+            added_by text text500k empty_prefix 500000
+            pair "reading and decoding every line (= 1)" "'$tools/scan_text' text500k/system.reg" \
+                "delvane: capture and save of 500,000 values" "DELVANE_MACHINE=text500k '$program' /s /bc:text"
+            ;;
+        hive)
+            registry hive hive200k 200000
+            added_by hive hive200k empty_volume 200000
+            pair "hivexml (= 1)" "hivexml hive200k/Windows/System32/config/SOFTWARE > /dev/null" \
+                "delvane: capture and save of 200,000 values" "DELVANE_MACHINE=hive200k '$program' /s /bc:hive"
+            ;;
+        keys)
+            for order in sorted shuffled; do
+                for kind in text hive; do
+                    [ $order = sorted ] && option= || option=shuffled
+                    for count in 20000 200000; do
+                        registry flat-$kind $kind$order$count $count $option
+                    done
+                    pair "delvane: one key of 20,000 subkeys, $kind, $order (= 1)" \
+                        "DELVANE_MACHINE=$kind${order}20000 '$program' /s /bc:keys" \
+                        "delvane: one of 200,000" "DELVANE_MACHINE=$kind${order}200000 '$program' /s /bc:keys"
+                done
+            done
+            ;;
         *)
-            echo "usage: $0 [capture|compare|flat]..." >&2
+            echo "usage: $0 [capture|compare|flat|text|hive|keys]..." >&2
             exit 2
             ;;
     esac

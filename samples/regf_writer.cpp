@@ -138,8 +138,10 @@ std::uint32_t CRegfWriter::AddSubkeys(const CKey& key, std::uint32_t cell) {
     std::vector<std::pair<const CKey*, std::uint32_t>> keys;
     for (const auto& subkey : key.m_subkeys)
         keys.emplace_back(subkey.get(), 0);
-    std::stable_sort(keys.begin(), keys.end(),
-                     [](const auto& a, const auto& b) { return mbsicmp(a.first->m_name, b.first->m_name) < 0; });
+    if (m_bSorts) {
+        std::stable_sort(keys.begin(), keys.end(),
+                         [](const auto& a, const auto& b) { return mbsicmp(a.first->m_name, b.first->m_name) < 0; });
+    }
     for (auto& [subkey, place] : keys)
         place = AddKey(*subkey, cell);
     if (keys.size() <= m_nLargestList) return AddList(keys, 0, keys.size());

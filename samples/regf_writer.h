@@ -36,6 +36,7 @@ public:
     std::uint32_t m_nMinorVersion = 5;
     std::string m_listKind;            // "lf", "lh" or "li"; empty: what the version has
     std::size_t m_nLargestList = 507;  // longer lists are cut up below a list of lists
+    bool m_bSorts = true;              // subkeys by their names, as Windows has them; else as they were made
     std::uint32_t m_nSequence1 = 1;
     std::uint32_t m_nSequence2 = 1;
 

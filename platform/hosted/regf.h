@@ -20,6 +20,7 @@ constexpr std::uint32_t kNoCell = 0xFFFF'FFFF;
 constexpr std::size_t kSequence1 = 4;
 constexpr std::size_t kSequence2 = 8;
 constexpr std::size_t kTimestamp = 12;
+constexpr std::size_t kMajorVersion = 20;
 constexpr std::size_t kMinorVersion = 24;
 constexpr std::size_t kFileType = 28;  // 0 a hive; 1, 2 and 6 logs
 constexpr std::size_t kRootCell = 36;

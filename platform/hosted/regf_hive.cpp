@@ -132,6 +132,7 @@ CRegfHive::CRegfHive(CFileBytes bytes, std::string name) : m_bytes(std::move(byt
     const std::size_t size = U32(whole, kCellsSize);
     if (size != 0 && size < m_cells.size()) m_cells = m_cells.substr(0, size);
     m_nMinorVersion = U32(whole, kMinorVersion);
+    m_nCellHead = U32(whole, kMajorVersion) == 1 && m_nMinorVersion <= kLastVersionWithOldCells ? 8 : 4;
 }
 
 // The table of keys.
@@ -205,12 +206,11 @@ bool CRegfHive::MarkVisited(std::uint32_t cell) {
 
 // What a cell in use holds; empty where there is none.
 std::string_view CRegfHive::GetCell(std::uint32_t cell) const {
-    const std::size_t head = m_nMinorVersion <= kLastVersionWithOldCells ? 8 : 4;
-    if (cell >= m_cells.size() || m_cells.size() - cell < head) return {};
+    if (cell >= m_cells.size() || m_cells.size() - cell < m_nCellHead) return {};
     const std::uint32_t stored = U32(m_cells, cell);
     const std::uint32_t size = 0 - stored;
-    if ((stored & 0x8000'0000) == 0 || size < head || size > m_cells.size() - cell) return {};
-    return m_cells.substr(cell + head, size - head);
+    if ((stored & 0x8000'0000) == 0 || size < m_nCellHead || size > m_cells.size() - cell) return {};
+    return m_cells.substr(cell + m_nCellHead, size - m_nCellHead);
 }
 
 // The cell of a key, its name within it; empty where it is none.
@@ -332,8 +332,7 @@ std::optional<std::string> CRegfHive::GetLink(std::uint32_t key) {
     for (const CKeyContents::CValue& value : contents.m_values) {
         if (value.m_dwType != REG_LINK || mbsicmp(contents.Get(value.m_name), "SymbolicLinkValue") != 0) continue;
         const CKeyContents::CSpan target = AddText(std::string(contents.Get(value.m_data)), contents);
-        const std::string_view text = contents.Get(target);
-        return std::string(text.substr(0, text.find('\0')));
+        return std::string(contents.Get(target));
     }
     return std::string();  // leads nowhere
 }

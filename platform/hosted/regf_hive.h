@@ -69,6 +69,7 @@ private:
     std::string m_name;
     std::string_view m_cells;  // what lies behind the base block; cells are told by their offset in it
     std::uint32_t m_nMinorVersion = 0;
+    std::size_t m_nCellHead = 4;  // what a cell begins with before its content
     CPageVector<CNode> m_nodes;
     std::vector<bool> m_visited;  // key cells and subkey lists, by offset / 8
     std::vector<ECounted> m_counted;

@@ -127,7 +127,9 @@ void CTextHive::AddSection(std::uint32_t key, std::size_t position) {
     }
 }
 
+// One without a target leads nowhere.
 void CTextHive::ReadLink(std::uint32_t key) {
+    m_links[key].clear();
     for (CRegistryText::CValue value; m_text.NextValue(value);) {
         if (value.m_dwType == REG_LINK && mbsicmp(value.m_name, "SymbolicLinkValue") == 0) {
             m_links[key] = CRegistryText::TextFromUtf16(value.m_data);

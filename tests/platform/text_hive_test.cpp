@@ -54,6 +54,7 @@ TEST(TextHive, LinksKnowWhereTheyLead) {
         "[Nowhere] 1\n#link\n[Plain] 1\n\"SymbolicLinkValue\"=hex(6):5c,00\n");
     const auto linkOf = [&](const char* name) { return hive.GetLink(hive.FindSubkey(hive.GetRoot(), name).value()); };
     EXPECT_EQ(linkOf("to"), "\\a\\\u00E9");
+    EXPECT_EQ(linkOf("Nowhere"), "");
     EXPECT_EQ(linkOf("Plain"), std::nullopt);
 }
 
