@@ -52,8 +52,10 @@ class CPageVector {
 
 public:
     std::size_t size() const { return m_nCount; }
-    T* data() const { return reinterpret_cast<T*>(m_buffer.GetData()); }
-    T& operator[](std::size_t index) const { return data()[index]; }
+    T* data() { return reinterpret_cast<T*>(m_buffer.GetData()); }
+    const T* data() const { return reinterpret_cast<const T*>(m_buffer.GetData()); }
+    T& operator[](std::size_t index) { return data()[index]; }
+    const T& operator[](std::size_t index) const { return data()[index]; }
     void Reserve(std::size_t count) {
         if (count * sizeof(T) <= m_buffer.GetSize()) return;
         CPageBuffer larger(std::max({count * sizeof(T), m_buffer.GetSize() * 2, kFirstSize}));

@@ -113,6 +113,8 @@ struct CSearchSet::CLevel {
     std::size_t m_nNext = 0;
     std::string_view m_current;  // the name delivered last
     CIdentity m_currentIdentity;
+    bool m_bCurrentIsLink = false;
+    bool m_bBehindLink = false;
 
     void ReadNames(std::vector<char>& buffer);
 };
@@ -165,6 +167,7 @@ public:
             data.m_name = {name, next.m_nLength};
             m_level.m_current = data.m_name;
             m_level.m_currentIdentity = entry.m_identity;
+            m_level.m_bCurrentIsLink = entry.m_bIsLink;
             return true;
         }
         m_level.m_current = {};
@@ -206,8 +209,8 @@ bool CSearchSet::LeadsOut(int directory, const char* name) const {
 bool CSearchSet::ReadVolumeEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice,
                                  CEntry& entry) {
     struct stat own {};
-    const bool isLink = mayBeLink && fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(own.st_mode);
-    if (isLink && LeadsOut(directory, name)) return false;
+    entry.m_bIsLink = mayBeLink && fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(own.st_mode);
+    if (entry.m_bIsLink && LeadsOut(directory, name)) return false;
     struct statx status;  // NOLINT(cppcoreguidelines-pro-type-member-init): statx fills it
     if (statx(directory, name, AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME, &status) != 0) return false;
     entry.m_identity = {DeviceOf(status), status.stx_ino};
@@ -235,7 +238,7 @@ bool CSearchSet::ReadVolumeEntry(int directory, const char* name, bool mayBeLink
         }
         if (!hasBirth && read(kNtfsCreation, created)) words.m_ftCreation = FILETIME::FromTicks(created);
     }
-    if (isDirectory && (isLink || entry.m_identity.m_nDevice != directoryDevice)) {
+    if (isDirectory && (entry.m_bIsLink || entry.m_identity.m_nDevice != directoryDevice)) {
         words.m_dwAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
     }
     return true;
@@ -257,12 +260,11 @@ bool CSearchSet::ReadEntry(int directory, const char* name, bool mayBeLink, std:
     words.m_dwAttributes |= ReadDosAttributes(directory, name, entry.m_identity.m_nDevice);
     if (isDirectory) {
         if (IsUnlisted(entry.m_identity)) return false;
-        bool isLink = false;
         if (mayBeLink) {
             struct stat own {};
-            isLink = fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(own.st_mode);
+            entry.m_bIsLink = fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(own.st_mode);
         }
-        if (isLink || entry.m_identity.m_nDevice != directoryDevice) {
+        if (entry.m_bIsLink || entry.m_identity.m_nDevice != directoryDevice) {
             words.m_dwAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
         }
     }
@@ -294,12 +296,13 @@ std::uint32_t CSearchSet::ReadDosAttributes(int directory, const char* name, std
 }
 
 // The directory that the innermost search has just delivered is opened from there; any other through its path.
-int CSearchSet::OpenDirectory(std::string_view path, CIdentity& identity) {
+int CSearchSet::OpenDirectory(std::string_view path, CIdentity& identity, bool& isBehindLink) {
     if (!m_open.empty()) {
         const CLevel& parent = *m_open.back();
         if (!parent.m_current.empty() && path.size() == parent.m_path.size() + 1 + parent.m_current.size() &&
             path.starts_with(parent.m_path) && path[parent.m_path.size()] == '\\' && path.ends_with(parent.m_current)) {
             identity = parent.m_currentIdentity;
+            isBehindLink = parent.m_bBehindLink || parent.m_bCurrentIsLink;
             const int fd = OpenUntouched(parent.m_directory.Get(), parent.m_current.data(), O_DIRECTORY);
             if (fd < 0) ThrowIfExhausted(path);
             return fd;
@@ -314,14 +317,26 @@ int CSearchSet::OpenDirectory(std::string_view path, CIdentity& identity) {
     return fd;
 }
 
+// Directories that lead to each other by links show each other's contents again and again, factorially at worst.
+bool CSearchSet::MayVisit(const CIdentity& identity) {
+    constexpr std::uint32_t kMostVisits = 16;
+    if (++m_visits[identity] <= kMostVisits) return true;
+    m_strNotice = "links lead to the same directories again and again; what lies there is listed " +
+                  std::to_string(kMostVisits) + " times at most";
+    return false;
+}
+
 std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
     ThrowIfInterrupted();
     CIdentity identity;
-    CDescriptor directory(OpenDirectory(path, identity));
+    bool isBehindLink = false;
+    if (m_open.empty()) m_visits.clear();
+    CDescriptor directory(OpenDirectory(path, identity, isBehindLink));
     if (!directory || m_open.size() >= kMaxTreeDepth) return nullptr;
     for (const CLevel* level : m_open) {
         if (level->m_identity == identity) return nullptr;  // its own ancestor, through a link
     }
+    if (isBehindLink && !MayVisit(identity)) return nullptr;
     if (m_spare.empty()) m_spare.push_back(std::make_unique<CLevel>());
     m_open.reserve(m_open.size() + 1);
     m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
@@ -329,6 +344,7 @@ std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
     level->m_path = path;
     level->m_directory = std::move(directory);
     level->m_identity = identity;
+    level->m_bBehindLink = isBehindLink;
     level->ReadNames(m_buffer);
     m_open.push_back(m_spare.back().release());
     m_spare.pop_back();

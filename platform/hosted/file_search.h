@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/hosted/identity.h"
@@ -22,6 +23,8 @@ public:
 
     std::unique_ptr<CFileSearch> Open(std::string_view path);
     bool FindPath(std::string_view path, CFileWords& words);
+    // What the user should know of the searches so far, in one sentence; empty if there is nothing.
+    const CString& GetNotice() const { return m_strNotice; }
 
 private:
     friend class CHostedSearch;
@@ -36,9 +39,14 @@ private:
     struct CEntry {
         CFileWords m_words;
         CIdentity m_identity;
+        bool m_bIsLink = false;
+    };
+    struct CIdentityHash {
+        std::size_t operator()(const CIdentity& identity) const { return identity.m_nInode * 31 + identity.m_nDevice; }
     };
 
-    int OpenDirectory(std::string_view path, CIdentity& identity);
+    int OpenDirectory(std::string_view path, CIdentity& identity, bool& isBehindLink);
+    bool MayVisit(const CIdentity& identity);
     bool ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
     bool ReadVolumeEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
     bool IsUnlisted(const CIdentity& identity) const;
@@ -55,6 +63,8 @@ private:
     std::vector<std::unique_ptr<CLevel>> m_spare;  // closed, kept for their buffers
     std::uint64_t m_nPlainDevice = 0;              // the last device seen that keeps no such attributes
     bool m_bPlainDeviceKnown = false;
+    std::unordered_map<CIdentity, std::uint32_t, CIdentityHash> m_visits;  // of directories behind links, in this walk
+    CString m_strNotice;
 };
 
 }  // namespace delvane

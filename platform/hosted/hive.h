@@ -59,7 +59,9 @@ public:
     virtual std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) = 0;
     // Where a symbolic link key leads ("\Registry\Machine\Software\X"); nothing for any other key.
     virtual std::optional<std::string> GetLink(std::uint32_t key) = 0;
-    // What was found wrong so far, one sentence for each hive file: "FILE is damaged: 3 keys ..., the first ...".
+    // Of what the hive was read from, in bytes.
+    virtual std::uint64_t GetSize() const = 0;
+    // What was found wrong so far, a sentence each that names the file. Sentences are added, and stay as they are.
     virtual std::vector<std::string> GetProblems() const = 0;
 };
 

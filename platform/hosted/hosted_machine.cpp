@@ -45,6 +45,7 @@ std::vector<CString> CHostedMachine::TakeNotices() {
     } else if (m_choice.m_bVariable) {
         notices = {m_choice.m_strProblem};
     }
+    if (!m_searches.GetNotice().empty()) notices.push_back(m_searches.GetNotice());
     if (m_pRegistry != nullptr) {
         std::vector<std::string> problems = m_pRegistry->GetProblems();
         std::move(problems.begin(), problems.end(), std::back_inserter(notices));

@@ -3,18 +3,10 @@
 #include <array>
 #include <charconv>
 
+#include "platform/hosted/identity_keys.h"
+
 namespace delvane {
 namespace {
-
-constexpr const char* kVersionKey = "Software\\Microsoft\\Windows NT\\CurrentVersion";
-constexpr const char* kCurrentVersionKey = "Software\\Microsoft\\Windows\\CurrentVersion";
-constexpr const char* kShellFoldersKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
-constexpr const char* kUserShellFoldersKey =
-    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
-constexpr const char* kComputerNameKey = "System\\CurrentControlSet\\Control\\ComputerName\\ComputerName";
-constexpr const char* kSystemEnvironmentKey = "System\\CurrentControlSet\\Control\\Session Manager\\Environment";
-constexpr const char* kEnvironmentKey = "Environment";
-constexpr const char* kVolatileEnvironmentKey = "Volatile Environment";
 
 struct CShellFolder {
     int m_kind;
@@ -89,16 +81,20 @@ std::optional<CString> CMachineIdentity::GetFolder(int kind) const {
 }
 
 CString CMachineIdentity::Expand(const CString& text) const {
+    // Variables that stand in each other come to an end, and so does a text that doubles with each.
     constexpr int kDeepest = 8;
+    constexpr int kMost = 256;
+    constexpr std::size_t kLongest = 32767;
     if (m_nExpanding >= kDeepest) return text;
-    ++m_nExpanding;
+    if (m_nExpanding++ == 0) m_nExpanded = 0;
     CString result;
     std::size_t at = 0;
-    while (at < text.size()) {
+    while (at < text.size() && result.size() <= kLongest && m_nExpanded < kMost) {
         const std::size_t begin = text.find('%', at);
         const std::size_t end = begin == CString::npos ? begin : text.find('%', begin + 1);
         if (end == CString::npos) break;
         result += text.substr(at, begin - at);
+        ++m_nExpanded;
         const auto value = FindVariable(text.substr(begin + 1, end - begin - 1));
         if (value) {
             result += *value;
@@ -110,7 +106,8 @@ CString CMachineIdentity::Expand(const CString& text) const {
         }
     }
     --m_nExpanding;
-    return result + (at < text.size() ? text.substr(at) : CString());
+    if (at < text.size()) result += text.substr(at);
+    return result.size() <= kLongest ? result : text;
 }
 
 std::optional<CString> CMachineIdentity::FindVariable(const CString& name) const {

@@ -63,7 +63,8 @@ protected:
 
 private:
     CString m_strProblem;
-    mutable int m_nExpanding = 0;  // variables that stand in each other end somewhere
+    mutable int m_nExpanding = 0;  // variables that stand in each other
+    mutable int m_nExpanded = 0;   // variables looked up for one text
 };
 
 }  // namespace delvane

@@ -37,7 +37,7 @@ std::uint32_t CKeyIndex::HashOf(std::uint32_t parent, std::string_view name) {
         for (const char c : name)
             add(static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c));
     } else {
-        for (const char c : FoldCase(name))
+        for (const char c : FoldKeyName(name))
             add(static_cast<unsigned char>(c));
     }
     return static_cast<std::uint32_t>(hash ^ hash >> 32);

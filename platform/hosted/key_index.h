@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/hosted/key_name.h"
 #include "platform/memory.h"
-#include "platform/text.h"
 
 namespace delvane {
 
@@ -28,12 +28,14 @@ public:
             if (m_entries[key].m_nHash != hash || m_entries[key].m_nParent != parent) continue;
             const auto& candidate = nameOf(key);
             if (candidate == name) return key;
-            if (mbsicmp(candidate, name) == 0) found = key;
+            if (KeyNamesEqual(candidate, name)) found = key;
         }
         return found;
     }
 
     static constexpr std::uint32_t kNoKey = 0xFFFF'FFFF;
+    // Look-ups may go from sibling to sibling until they have taken that many steps together; then it is worth it.
+    static constexpr std::size_t kStepsWithout = 50'000;
 
 private:
     struct CEntry {

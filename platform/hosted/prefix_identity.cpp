@@ -3,26 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <dirent.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/hosted/choice.h"
 #include "platform/hosted/host_file.h"
+#include "platform/hosted/identity_keys.h"
 
 namespace delvane {
 namespace {
 
-constexpr const char* kVersionKey = "Software\\Microsoft\\Windows NT\\CurrentVersion";
-constexpr const char* kCurrentVersionKey = "Software\\Microsoft\\Windows\\CurrentVersion";
-constexpr const char* kShellFoldersKey = "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
-constexpr const char* kUserShellFoldersKey =
-    "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
-constexpr const char* kComputerNameKey = "System\\CurrentControlSet\\Control\\ComputerName\\ComputerName";
-constexpr const char* kSystemEnvironmentKey = "System\\CurrentControlSet\\Control\\Session Manager\\Environment";
-constexpr const char* kEnvironmentKey = "Environment";
-constexpr const char* kVolatileEnvironmentKey = "Volatile Environment";
 constexpr const char* kWineKey = "Software\\Wine";
 constexpr const char* kWineDrivesKey = "Software\\Wine\\Drives";
 

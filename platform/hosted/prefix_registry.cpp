@@ -26,7 +26,7 @@ void AddTextHive(CHostedRegistry& registry, HKEY root, CPrefixText text) {
     text.Refresh();
     registry.Watch(text.m_path, text.m_stamp);
     if (!text.m_strProblem.empty()) {
-        registry.AddProblem(std::move(text.m_strProblem));
+        registry.AddProblem(text.m_strProblem);
         return;
     }
     CHive& hive = registry.AddHive(std::make_unique<CTextHive>(std::move(text.m_bytes), text.m_path));

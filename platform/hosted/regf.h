@@ -14,7 +14,6 @@ namespace delvane::regf {
 constexpr std::size_t kBaseBlock = 4096;
 constexpr std::size_t kBaseHead = 512;  // the part of it that a log holds too
 constexpr std::size_t kSector = 512;
-constexpr std::uint32_t kNoCell = 0xFFFF'FFFF;
 
 // Offsets in the base block.
 constexpr std::size_t kSequence1 = 4;

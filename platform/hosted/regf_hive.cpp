@@ -63,10 +63,8 @@ constexpr unsigned kDeepestList = 8;
 // half as much again as UTF-16.
 constexpr std::uint64_t kMostHandedOut = 4;
 
-// A key that goes beyond it is shown without values, and costs the other keys nothing as long as there are few such.
+// A key that goes beyond it shows no values, and costs the other keys nothing as long as there are few such.
 constexpr std::size_t kMostRefunds = 16;
-
-constexpr std::size_t kStepsWithoutIndex = 50'000;
 
 bool IsText(std::uint32_t type) { return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ; }
 
@@ -79,6 +77,7 @@ std::vector<std::string> CRegfHive::FindLogs(const std::string& hostPath) {
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), &closedir);
     if (directory == nullptr) return logs;
     while (const dirent* const entry = readdir(directory.get())) {
+        if (entry->d_type == DT_LNK) continue;  // it may lead out of the volume
         for (const char* const ending : {".LOG1", ".LOG2", ".LOG"}) {
             if (mbsicmp(entry->d_name, hostPath.substr(nameAt) + ending) == 0) logs.push_back(folder + entry->d_name);
         }
@@ -138,13 +137,14 @@ CRegfHive::CRegfHive(CFileBytes bytes, std::string name) : m_bytes(std::move(byt
 // The table of keys.
 
 bool CRegfHive::MakeTable() {
-    m_visited.resize(m_cells.size() / 8 + 1);
+    m_claimed.resize(m_cells.size() / 8 + 1);
     const std::uint32_t root = U32(m_bytes.GetBytes(), kRootCell);
     if (GetKeyCell(root).empty()) return false;
-    MarkVisited(root);
+    Claim(root);
     m_nodes.push_back({root, 0, 0, 0});
     std::size_t levelEnd = 1;
     for (std::uint32_t key = 0, depth = 0; key < m_nodes.size(); ++key) {
+        if (key % 4096 == 0) ThrowIfInterrupted();
         if (key == levelEnd) {
             ++depth;
             levelEnd = m_nodes.size();
@@ -162,43 +162,39 @@ bool CRegfHive::MakeTable() {
 void CRegfHive::AddChildren(std::uint32_t parent) {
     const std::string_view cell = GetKeyCell(m_nodes[parent].m_nCell);
     m_nodes[parent].m_nFirstChild = static_cast<std::uint32_t>(m_nodes.size());
-    if ((U16(cell, kKeyFlags) & kFlagPredefined) != 0 || U32(cell, kKeySubkeyCount) == 0) return;
+    const std::uint32_t wanted = U32(cell, kKeySubkeyCount);
+    if ((U16(cell, kKeyFlags) & kFlagPredefined) != 0 || wanted == 0) return;
     AddListed(parent, U32(cell, kKeySubkeys), 0);
-    m_nodes[parent].m_nChildCount = static_cast<std::uint32_t>(m_nodes.size()) - m_nodes[parent].m_nFirstChild;
+    const auto count = static_cast<std::uint32_t>(m_nodes.size()) - m_nodes[parent].m_nFirstChild;
+    m_nodes[parent].m_nChildCount = count;
+    if (count < wanted) NoteBadKey(parent);
 }
 
+// What cannot be added is missing in the count of the parent's subkeys, and told by that.
 void CRegfHive::AddListed(std::uint32_t parent, std::uint32_t list, unsigned depth) {
     const std::string_view cell = GetCell(list);
     const bool isList = cell.starts_with("lf") || cell.starts_with("lh") || cell.starts_with("li");
-    if (cell.size() < 4 || (!isList && !cell.starts_with("ri")) || depth > kDeepestList || !MarkVisited(list)) {
-        return NoteBadKey(parent);
-    }
+    if (cell.size() < 4 || (!isList && !cell.starts_with("ri")) || depth > kDeepestList || !Claim(list)) return;
     const std::size_t entrySize = cell[1] == 'f' || cell[1] == 'h' ? 8 : 4;
-    const std::size_t room = (cell.size() - 4) / entrySize;
-    std::size_t count = U16(cell, 2);
-    if (count > room) {
-        NoteBadKey(parent);
-        count = room;
-    }
+    const std::size_t count = std::min<std::size_t>(U16(cell, 2), (cell.size() - 4) / entrySize);
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint32_t entry = U32(cell, 4 + i * entrySize);
-        if (isList) {
-            AddChild(parent, entry);
-        } else {
+        if (!isList) {
             AddListed(parent, entry, depth + 1);
+        } else if (!GetKeyCell(entry).empty() && Claim(entry)) {
+            m_nodes.push_back({entry, parent, 0, 0});
         }
     }
 }
 
-void CRegfHive::AddChild(std::uint32_t parent, std::uint32_t cell) {
-    if (GetKeyCell(cell).empty() || !MarkVisited(cell)) return NoteBadKey(parent);
-    m_nodes.push_back({cell, parent, 0, 0});
-}
-
-// False where the cell was visited before.
-bool CRegfHive::MarkVisited(std::uint32_t cell) {
-    if (m_visited[cell / 8]) return false;
-    m_visited[cell / 8] = true;
+// Takes the room of a key or a list, which nothing else may lie in. So the time that all of them take has a bound.
+bool CRegfHive::Claim(std::uint32_t cell) {
+    const std::size_t end = (cell + m_nCellHead + GetCell(cell).size() + 7) / 8;
+    for (std::size_t unit = cell / 8; unit < end; ++unit) {
+        if (m_claimed[unit]) return false;
+    }
+    for (std::size_t unit = cell / 8; unit < end; ++unit)
+        m_claimed[unit] = true;
     return true;
 }
 
@@ -206,7 +202,7 @@ bool CRegfHive::MarkVisited(std::uint32_t cell) {
 
 // What a cell in use holds; empty where there is none.
 std::string_view CRegfHive::GetCell(std::uint32_t cell) const {
-    if (cell >= m_cells.size() || m_cells.size() - cell < m_nCellHead) return {};
+    if (cell % 8 != 0 || cell >= m_cells.size() || m_cells.size() - cell < m_nCellHead) return {};
     const std::uint32_t stored = U32(m_cells, cell);
     const std::uint32_t size = 0 - stored;
     if ((stored & 0x8000'0000) == 0 || size < m_nCellHead || size > m_cells.size() - cell) return {};
@@ -283,17 +279,21 @@ bool CRegfHive::GetBigData(std::uint32_t size, std::string_view cell, std::strin
     if (cell.size() < 8 || !cell.starts_with("db")) return false;
     const std::string_view list = GetCell(U32(cell, 4));
     const std::size_t count = U16(cell, 2);
-    if (list.size() / 4 < count) return false;
+    if (list.size() / 4 < count || size > m_cells.size()) return false;
     m_bigData.clear();
     for (std::size_t i = 0; i < count && m_bigData.size() < size; ++i) {
+        const std::size_t wanted = std::min<std::size_t>(kLargestSegment, size - m_bigData.size());
         const std::string_view segment = GetCell(U32(list, i * 4));
-        m_bigData += segment.substr(0, std::min(kLargestSegment, size - m_bigData.size()));
+        if (segment.size() < wanted) return false;
+        m_bigData += segment.substr(0, wanted);
     }
     data = m_bigData;
     return data.size() == size;
 }
 
 // What a key holds.
+
+std::uint64_t CRegfHive::GetMostHandedOut() const { return m_bytes.m_nSize * kMostHandedOut; }
 
 bool CRegfHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
     const CNode& node = m_nodes[key];
@@ -304,23 +304,28 @@ bool CRegfHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
     const std::size_t count = U32(cell, kKeyValueCount);
     if (count == 0) return true;
     const std::string_view list = GetCell(U32(cell, kKeyValues));
+    const std::size_t listed = std::min(count, list.size() / 4);
     const ECounted verdict = m_counted[key];
+    if (verdict == ECounted::kBeyond) return true;
     const std::size_t begin = contents.m_bytes.size();
-    const std::uint64_t most = std::uint64_t{m_bytes.m_nSize} * kMostHandedOut;
-    m_counted[key] = ECounted::kWithin;
-    for (std::size_t i = 0; i < count; ++i) {
-        const bool isBeyond = verdict == ECounted::kBeyond ||
-                              (verdict == ECounted::kNot && m_nHandedOut + (contents.m_bytes.size() - begin) > most);
-        const bool isListed = i < list.size() / 4;
-        if (isBeyond) m_counted[key] = ECounted::kBeyond;
-        if (!isBeyond && isListed && AddValue(U32(list, i * 4), contents)) continue;
-        if (verdict == ECounted::kNot) NoteBadValue(key);
-        if (isBeyond || !isListed) break;  // the rest is no better
+    // With what the values take in the file beside their names and data: empty ones count too.
+    const auto handedOut = [&](std::size_t values) {
+        return contents.m_bytes.size() - begin + values * (kValueName + sizeof(std::uint32_t));
+    };
+    bool isWhole = listed == count;
+    for (std::size_t i = 0; i < listed; ++i) {
+        isWhole = AddValue(U32(list, i * 4), contents) && isWhole;
+        if (verdict == ECounted::kWithin || m_nHandedOut + handedOut(i) <= GetMostHandedOut()) continue;
+        contents.m_values.clear();
+        m_counted[key] = ECounted::kBeyond;
+        NoteBadValue(key);
+        if (m_nRefunds++ >= kMostRefunds) m_nHandedOut += handedOut(i);
+        return true;
     }
-    const bool isRefused = m_counted[key] == ECounted::kBeyond;
-    if (isRefused) contents.m_values.clear();
-    if (verdict != ECounted::kNot || (isRefused && m_nRefunds++ < kMostRefunds)) return true;
-    m_nHandedOut += contents.m_bytes.size() - begin;
+    if (verdict == ECounted::kWithin) return true;
+    m_counted[key] = ECounted::kWithin;
+    m_nHandedOut += handedOut(listed);
+    if (!isWhole) NoteBadValue(key);
     return true;
 }
 
@@ -330,7 +335,7 @@ std::optional<std::string> CRegfHive::GetLink(std::uint32_t key) {
     CKeyContents contents;
     if (!ReadKey(key, contents)) return std::nullopt;
     for (const CKeyContents::CValue& value : contents.m_values) {
-        if (value.m_dwType != REG_LINK || mbsicmp(contents.Get(value.m_name), "SymbolicLinkValue") != 0) continue;
+        if (value.m_dwType != REG_LINK || !KeyNamesEqual(contents.Get(value.m_name), "SymbolicLinkValue")) continue;
         const CKeyContents::CSpan target = AddText(std::string(contents.Get(value.m_data)), contents);
         return std::string(contents.Get(target));
     }
@@ -354,9 +359,9 @@ std::optional<std::uint32_t> CRegfHive::FindSubkey(std::uint32_t key, std::strin
         ++m_nSteps;
         const std::string candidate = NameOf(child);
         if (candidate == name) return child;
-        if (!found && mbsicmp(candidate, name) == 0) found = child;
+        if (!found && KeyNamesEqual(candidate, name)) found = child;
     }
-    if (m_nSteps > kStepsWithoutIndex) MakeIndex();
+    if (m_nSteps > CKeyIndex::kStepsWithout) MakeIndex();
     return found;
 }
 
@@ -368,32 +373,33 @@ void CRegfHive::MakeIndex() {
 
 // Problems.
 
+// Of a long path the end.
 std::string CRegfHive::PathOf(std::uint32_t key) const {
     constexpr std::size_t kLongest = 200;
     std::string path;
-    for (; key != 0 && path.size() < kLongest; key = m_nodes[key].m_nParent)
-        path.insert(0, "\\" + NameOf(key));
-    std::replace_if(
-        path.begin(), path.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, '?');
-    return path.empty() ? "its root" : path.substr(0, kLongest);
+    for (; key != 0; key = m_nodes[key].m_nParent) {
+        std::string name = NameOf(key);
+        std::replace_if(
+            name.begin(), name.end(), [](char c) { return static_cast<unsigned char>(c) < ' '; }, '?');
+        if (path.size() + name.size() > kLongest) return "..." + path;
+        path.insert(0, "\\" + name);
+    }
+    return path.empty() ? "its root" : path;
 }
 
 void CRegfHive::NoteBadKey(std::uint32_t parent) {
     if (m_firstBad.empty()) m_firstBad = "a subkey of " + PathOf(parent);
-    ++m_nBadKeys;
 }
 
 void CRegfHive::NoteBadValue(std::uint32_t key) {
     if (m_firstBad.empty()) m_firstBad = "a value of " + PathOf(key);
-    ++m_nBadValues;
 }
 
 std::vector<std::string> CRegfHive::GetProblems() const {
     std::vector<std::string> problems;
     if (!m_unfinished.empty()) problems.push_back(m_unfinished);
-    if (m_nBadKeys + m_nBadValues != 0) {
-        problems.push_back(m_name + " is damaged: what cannot be read is left out, first " + m_firstBad +
-                           " (keys: " + std::to_string(m_nBadKeys) + ", values: " + std::to_string(m_nBadValues) + ")");
+    if (!m_firstBad.empty()) {
+        problems.push_back(m_name + " is damaged: what cannot be read is left out, first " + m_firstBad);
     }
     return problems;
 }

@@ -31,6 +31,7 @@ public:
     bool ReadKey(std::uint32_t key, CKeyContents& contents) override;
     std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) override;
     std::optional<std::string> GetLink(std::uint32_t key) override;
+    std::uint64_t GetSize() const override { return m_bytes.m_nSize; }
     std::vector<std::string> GetProblems() const override;
 
 private:
@@ -48,8 +49,8 @@ private:
     bool MakeTable();
     void AddChildren(std::uint32_t parent);
     void AddListed(std::uint32_t parent, std::uint32_t list, unsigned depth);
-    void AddChild(std::uint32_t parent, std::uint32_t cell);
-    bool MarkVisited(std::uint32_t cell);
+    bool Claim(std::uint32_t cell);
+    std::uint64_t GetMostHandedOut() const;
 
     std::string_view GetCell(std::uint32_t cell) const;
     std::string_view GetKeyCell(std::uint32_t cell) const;
@@ -71,15 +72,13 @@ private:
     std::uint32_t m_nMinorVersion = 0;
     std::size_t m_nCellHead = 4;  // what a cell begins with before its content
     CPageVector<CNode> m_nodes;
-    std::vector<bool> m_visited;  // key cells and subkey lists, by offset / 8
+    std::vector<bool> m_claimed;  // where keys and lists of keys lie, by offset / 8
     std::vector<ECounted> m_counted;
-    std::uint64_t m_nHandedOut = 0;  // bytes of names and values, each key counted once
+    std::uint64_t m_nHandedOut = 0;  // bytes of values, each key counted once
     std::size_t m_nRefunds = 0;      // keys that were refused and not counted
     CKeyIndex m_index;               // made when it is worth it
     std::size_t m_nSteps = 0;        // from sibling to sibling, in all look-ups so far
     std::string m_bigData;
-    std::size_t m_nBadKeys = 0;
-    std::size_t m_nBadValues = 0;
     std::string m_firstBad;
     std::string m_unfinished;  // told of a hive whose last changes are lost
 };

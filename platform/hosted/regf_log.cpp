@@ -109,10 +109,15 @@ bool Apply(CFileBytes& hive, const CChanges& changes, std::size_t largest) {
 
 bool IsNewForm(std::string_view log) { return U32(log, kFileType) == 6; }
 
-// The entries of all logs by their sequence numbers. Within a log they count up; behind its last entry an older one may
-// still stand.
-std::map<std::uint32_t, std::string_view> EntriesOf(const std::vector<CFileBytes>& logs) {
-    std::map<std::uint32_t, std::string_view> entries;
+// The entries of all logs by their sequence numbers.
+struct CEntries {
+    std::map<std::uint32_t, std::string_view> m_entries;
+    std::uint32_t m_nLastLost = 0;  // the last one behind an entry that is not whole; 0 if there is none
+};
+
+// Within a log they count up; behind its last entry older ones may still stand.
+CEntries EntriesOf(const std::vector<CFileBytes>& logs) {
+    CEntries entries;
     for (const CFileBytes& log : logs) {
         const std::string_view bytes = log.GetBytes();
         if (!IsBaseBlock(bytes) || !IsNewForm(bytes)) continue;
@@ -121,9 +126,15 @@ std::map<std::uint32_t, std::string_view> EntriesOf(const std::vector<CFileBytes
         for (auto entry = EntryAt(bytes, at); entry; entry = EntryAt(bytes, at)) {
             const std::uint32_t sequence = U32(*entry, kEntrySequence);
             if (last && sequence != *last + 1) break;
-            entries.emplace(sequence, *entry);
+            entries.m_entries.emplace(sequence, *entry);
             last = sequence;
             at += entry->size();
+        }
+        for (; last && at < bytes.size(); at += kSector) {
+            const auto entry = EntryAt(bytes, at);
+            if (entry && U32(*entry, kEntrySequence) > *last) {
+                entries.m_nLastLost = std::max(entries.m_nLastLost, U32(*entry, kEntrySequence));
+            }
         }
     }
     return entries;
@@ -176,15 +187,18 @@ EHiveState ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs) {
         std::memcpy(hive.m_buffer.GetData(), base->m_buffer.GetData(), kBaseHead);
     }
     bool recovered = false;
-    const auto entries = EntriesOf(logs);
-    // A log begins with all that was missing then, so the first may be later than what the hive expects.
-    auto entry = entries.lower_bound(U32(hive.GetBytes(), kSequence2));
-    for (std::uint32_t sequence = 0; entry != entries.end(); entry = entries.find(sequence + 1)) {
-        sequence = entry->first;
+    const CEntries entries = EntriesOf(logs);
+    // A log begins with all that was missing then, so its first entry may be later than what the hive expects, or than
+    // the last one of the other log that is whole.
+    std::uint32_t lastSequence = 0;
+    for (auto entry = entries.m_entries.lower_bound(U32(hive.GetBytes(), kSequence2)); entry != entries.m_entries.end();
+         ++entry) {
         const std::optional<CChanges> changes = ChangesOf(entry->second);
-        if (!changes || !Apply(hive, *changes, largest)) break;
+        if (!changes || !Apply(hive, *changes, largest)) return EHiveState::kUnfinished;
+        lastSequence = entry->first;
         recovered = true;
     }
+    if (recovered && entries.m_nLastLost > lastSequence) return EHiveState::kUnfinished;
     for (const CFileBytes& log : logs) {
         const std::string_view bytes = log.GetBytes();
         if (recovered || !IsBaseBlock(bytes) || IsNewForm(bytes)) continue;

@@ -17,7 +17,8 @@ enum class EHiveState {
 };
 
 // Applies the logs to the hive in memory, as Windows does when it loads the hive: entries of the newer form in the
-// order of their sequence numbers up to the first that is not whole, or the sectors of a log of the older form.
+// order of their sequence numbers, of each log up to the first that is not whole, or the sectors of a log of the older
+// form.
 EHiveState ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs);
 
 // The hash over an entry of a log of the newer form: Marvin32 with the seed that Windows has for logs.

@@ -6,33 +6,27 @@
 #include <algorithm>
 #include <cstring>
 #include <unordered_map>
+#include <unordered_set>
 
+#include "platform/hosted/key_name.h"
 #include "platform/hosted/own_file.h"
-#include "platform/text.h"
 
 namespace delvane {
 namespace {
 
-// A link may lead to a link, but not for ever.
+// A path may lead through links, and these through others, but one look-up comes to an end.
 constexpr unsigned kMostLinks = 32;
 
 // Links that fan out show the same keys again and again, exponentially at worst. Real registries have some thousand
-// keys behind links.
+// keys behind links, and show their hives once or twice.
 constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 19;
-
-bool EqualNoCase(std::string_view a, std::string_view b) { return mbsicmp(a, b) == 0; }
+constexpr std::uint64_t kMostTimesBehindLinks = 8;
+constexpr std::uint64_t kBytesBehindLinksAnyway = 16 << 20;
 
 bool TakePrefixNoCase(std::string_view& text, std::string_view prefix) {
-    if (text.size() < prefix.size() || !EqualNoCase(text.substr(0, prefix.size()), prefix)) return false;
+    if (text.size() < prefix.size() || !KeyNamesEqual(text.substr(0, prefix.size()), prefix)) return false;
     text.remove_prefix(prefix.size());
     return true;
-}
-
-std::string_view TakeComponent(std::string_view& path) {
-    const std::size_t end = path.find('\\');
-    const std::string_view component = path.substr(0, end);
-    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
-    return component;
 }
 
 // Puts the bytes into the room; false if it is too small.
@@ -54,7 +48,8 @@ struct CHostedRegistry::COpenKey {
     std::uint32_t m_nDepth = 0;
     bool m_bBehindLink = false;
     bool m_bRead = false;
-    std::size_t m_nLastChild = 0;  // the one that was enumerated last, which is the one opened next
+    std::size_t m_nLastChild = 0;  // the ones that were enumerated last, which are asked for next
+    std::size_t m_nLastValue = 0;
     CKeyContents m_contents;
     std::vector<CLayers> m_children;  // by index, where the hive's numbers do not tell; else empty
 
@@ -85,6 +80,10 @@ void CHostedRegistry::SetRoot(HKEY root, CLayers layers) { m_roots.emplace_back(
 
 void CHostedRegistry::Mount(CPlace parent, std::string_view name, CPlace target) {
     m_mounts.push_back({parent, std::string(name), target});
+}
+
+void CHostedRegistry::AddProblem(const std::string& problem) {
+    if (std::find(m_problems.begin(), m_problems.end(), problem) == m_problems.end()) m_problems.push_back(problem);
 }
 
 bool CHostedRegistry::HasChanged() const {
@@ -129,35 +128,28 @@ std::uint32_t CHostedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY&
     const std::optional<std::size_t> index = FindChild(*above, name);
     if (!index) return ERROR_FILE_NOT_FOUND;
     const CLayers child = above->GetChild(*index);
-    const std::optional<CLayers> layers = FollowLinks(child, 0);
+    unsigned links = 0;
+    const std::optional<CLayers> layers = FollowLinks(child, links);
     if (!layers) return ERROR_FILE_NOT_FOUND;
     const bool isLink = layers->m_first != child.m_first || layers->m_second != child.m_second;
     if (isLink && IsOpenAbove(above, layers->m_first)) return ERROR_CANT_RESOLVE_FILENAME;
     if (above->m_nDepth >= kMaxTreeDepth) {
-        if (!m_bTooDeep)
-            AddProblem("the registry has keys below " + std::to_string(kMaxTreeDepth) + " others; they are left out");
-        m_bTooDeep = true;
+        AddProblem("the registry has keys below " + std::to_string(kMaxTreeDepth) + " others; they are left out");
         return ERROR_FILENAME_EXCED_RANGE;
     }
     if (std::find(m_unopenable.begin(), m_unopenable.end(), layers->m_first) != m_unopenable.end()) {
         return ERROR_INVALID_HANDLE;
     }
-    const bool isBehindLink = isLink || above->m_bBehindLink;
-    if (isBehindLink && ++m_nBehindLinks > kMostKeysBehindLinks) {
-        if (m_nBehindLinks == kMostKeysBehindLinks + 1) {
-            AddProblem("the registry's links lead to each other: of more than " + std::to_string(kMostKeysBehindLinks) +
-                       " keys behind links the rest is left out");
-        }
-        return ERROR_CANT_RESOLVE_FILENAME;
-    }
     std::unique_ptr<COpenKey> opened = TakeOpenKey();
     opened->m_layers = *layers;
     opened->m_pParent = above;
     opened->m_nDepth = above->m_nDepth + 1;
-    opened->m_bBehindLink = isBehindLink;
-    if (!Read(*opened)) {
+    opened->m_bBehindLink = isLink || above->m_bBehindLink;
+    const bool isRead = Read(*opened);
+    if (!isRead || !CountBehindLinks(*opened)) {
+        opened->m_bRead = false;
         m_spare.push_back(std::move(opened));
-        return ERROR_BADKEY;
+        return isRead ? ERROR_CANT_RESOLVE_FILENAME : ERROR_BADKEY;
     }
     if (m_freeHandles.empty()) {
         m_open.push_back(nullptr);
@@ -175,9 +167,28 @@ void CHostedRegistry::CloseKey(HKEY key) {
     COpenKey& closed = *m_open[key - 1];
     closed.m_bRead = false;
     closed.m_nLastChild = 0;
+    closed.m_nLastValue = 0;
     m_spare.push_back(std::move(m_open[key - 1]));
     m_freeHandles.push_back(key);
     --m_nOpen;
+}
+
+// False for a key behind a link once a walk has seen too many of them.
+bool CHostedRegistry::CountBehindLinks(const COpenKey& key) {
+    if (!key.m_bBehindLink) return true;
+    std::uint64_t most = 0;
+    for (const auto& hive : m_hives)
+        most += hive->GetSize();
+    most = most * kMostTimesBehindLinks + kBytesBehindLinksAnyway;
+    if (m_nBehindLinks >= kMostKeysBehindLinks || m_nBytesBehindLinks + key.m_contents.m_bytes.size() > most) {
+        AddProblem("the registry's links lead to the same keys again and again; after " +
+                   std::to_string(m_nBehindLinks) + " keys behind links the others are left out");
+        m_nBehindLinks = kMostKeysBehindLinks;
+        return false;
+    }
+    ++m_nBehindLinks;
+    m_nBytesBehindLinks += key.m_contents.m_bytes.size();
+    return true;
 }
 
 bool CHostedRegistry::IsOpenAbove(const COpenKey* parent, CPlace place) const {
@@ -192,7 +203,7 @@ std::optional<std::size_t> CHostedRegistry::FindChild(const COpenKey& key, std::
     if (key.m_nLastChild < count && key.GetChildName(key.m_nLastChild) == name) return key.m_nLastChild;
     for (const bool exact : {true, false}) {
         for (std::size_t i = 0; i < count; ++i) {
-            if (exact ? key.GetChildName(i) == name : EqualNoCase(key.GetChildName(i), name)) return i;
+            if (exact ? key.GetChildName(i) == name : KeyNamesEqual(key.GetChildName(i), name)) return i;
         }
     }
     return std::nullopt;
@@ -221,13 +232,13 @@ void CHostedRegistry::ReadSecondLayer(COpenKey& key) {
     CHive* const hive = key.m_layers.m_second.m_pHive;
     if (!hive->ReadKey(key.m_layers.m_second.m_nKey, m_scratch)) return;
     key.SpreadChildren();
-    std::unordered_map<CString, std::size_t> subkeys;
+    std::unordered_map<std::string, std::size_t> subkeys;
     for (std::size_t i = 0; i < contents.m_subkeys.size(); ++i)
-        subkeys.emplace(FoldCase(key.GetChildName(i)), i);
+        subkeys.emplace(FoldKeyName(key.GetChildName(i)), i);
     for (const CKeyContents::CSubkey& subkey : m_scratch.m_subkeys) {
         const std::string_view name = m_scratch.Get(subkey.m_name);
         const CPlace place{hive, subkey.m_nKey};
-        const auto found = subkeys.find(FoldCase(name));
+        const auto found = subkeys.find(FoldKeyName(name));
         if (found == subkeys.end()) {
             contents.m_subkeys.push_back({contents.Add(name), subkey.m_nKey});
             key.m_children.push_back({place, {}});
@@ -235,12 +246,12 @@ void CHostedRegistry::ReadSecondLayer(COpenKey& key) {
             key.m_children[found->second].m_second = place;
         }
     }
-    std::unordered_map<CString, bool> values;
+    std::unordered_set<std::string> values;
     for (const CKeyContents::CValue& value : contents.m_values)
-        values.emplace(FoldCase(contents.Get(value.m_name)), true);
+        values.insert(FoldKeyName(contents.Get(value.m_name)));
     for (const CKeyContents::CValue& value : m_scratch.m_values) {
         const std::string_view name = m_scratch.Get(value.m_name);
-        if (values.contains(FoldCase(name))) continue;
+        if (values.contains(FoldKeyName(name))) continue;
         const CKeyContents::CSpan nameSpan = contents.Add(name);
         contents.m_values.push_back({nameSpan, value.m_dwType, contents.Add(m_scratch.Get(value.m_data))});
     }
@@ -263,6 +274,7 @@ void CHostedRegistry::ApplyMounts(COpenKey& key) {
 std::uint32_t CHostedRegistry::QueryInfo(HKEY key, CKeyInfo& info) {
     COpenKey* const open = GetOpenKey(key);
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
+    if (open->m_pParent == nullptr && m_nOpen == 0) m_nBehindLinks = m_nBytesBehindLinks = 0;  // a walk begins
     const CKeyContents& contents = open->m_contents;
     std::size_t longestSubkey = 0;
     std::size_t longestName = 0;
@@ -287,6 +299,7 @@ std::uint32_t CHostedRegistry::EnumValue(HKEY key, std::uint32_t index, CRoom& n
     const CKeyContents& contents = open->m_contents;
     if (index >= contents.m_values.size()) return ERROR_NO_MORE_ITEMS;
     const CKeyContents::CValue& value = contents.m_values[index];
+    open->m_nLastValue = index;
     type = value.m_dwType;
     const bool nameFits = Fill(name, contents.Get(value.m_name), 1);
     const bool dataFits = Fill(data, contents.Get(value.m_data), 0);
@@ -305,19 +318,19 @@ std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::
     COpenKey* const open = GetOpenKey(key);
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
     const CKeyContents& contents = open->m_contents;
-    for (const bool exact : {true, false}) {
-        for (const CKeyContents::CValue& value : contents.m_values) {
-            const std::string_view candidate = contents.Get(value.m_name);
-            if (exact ? candidate != name : !EqualNoCase(candidate, name)) continue;
-            if (type != nullptr) *type = value.m_dwType;
-            if (data.m_pBytes != nullptr) {
-                return Fill(data, contents.Get(value.m_data), 0) ? ERROR_SUCCESS : ERROR_MORE_DATA;
-            }
-            data.m_nSize = static_cast<std::uint32_t>(value.m_data.m_nLength);
-            return ERROR_SUCCESS;
-        }
+    const auto& values = contents.m_values;
+    const auto isExact = [&](const CKeyContents::CValue& value) { return contents.Get(value.m_name) == name; };
+    const auto isEqual = [&](const auto& value) { return KeyNamesEqual(contents.Get(value.m_name), name); };
+    auto found = values.begin() + static_cast<std::ptrdiff_t>(std::min(open->m_nLastValue, values.size()));
+    if (found == values.end() || !isExact(*found)) found = std::find_if(values.begin(), values.end(), isExact);
+    if (found == values.end()) found = std::find_if(values.begin(), values.end(), isEqual);
+    if (found == values.end()) return ERROR_FILE_NOT_FOUND;
+    if (type != nullptr) *type = found->m_dwType;
+    if (data.m_pBytes != nullptr) {
+        return Fill(data, contents.Get(found->m_data), 0) ? ERROR_SUCCESS : ERROR_MORE_DATA;
     }
-    return ERROR_FILE_NOT_FOUND;
+    data.m_nSize = static_cast<std::uint32_t>(found->m_data.m_nLength);
+    return ERROR_SUCCESS;
 }
 
 // Paths and links.
@@ -331,7 +344,8 @@ std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindRoot(HKEY root) con
 
 std::optional<CHostedRegistry::CLayers> CHostedRegistry::Find(HKEY root, std::string_view path) {
     const std::optional<CLayers> layers = FindRoot(root);
-    return layers ? FindBelow(*layers, path, 0) : std::nullopt;
+    unsigned links = 0;
+    return layers ? FindBelow(*layers, path, links) : std::nullopt;
 }
 
 // Of the first layer alone: what is looked up so has no second. Lives in m_scratch.
@@ -340,7 +354,7 @@ const CKeyContents::CValue* CHostedRegistry::FindValue(HKEY root, std::string_vi
     const std::optional<CLayers> key = Find(root, path);
     if (!key || !key->m_first.m_pHive->ReadKey(key->m_first.m_nKey, m_scratch)) return nullptr;
     for (const CKeyContents::CValue& value : m_scratch.m_values) {
-        if (EqualNoCase(m_scratch.Get(value.m_name), name)) return &value;
+        if (KeyNamesEqual(m_scratch.Get(value.m_name), name)) return &value;
     }
     return nullptr;
 }
@@ -374,15 +388,16 @@ std::vector<CString> CHostedRegistry::ListSubkeys(HKEY root, std::string_view pa
 CHostedRegistry::CPlace CHostedRegistry::FindSubkey(CPlace parent, std::string_view name) {
     if (!parent) return {};
     for (const CMount& mount : m_mounts) {
-        if (mount.m_parent == parent && EqualNoCase(mount.m_name, name)) return mount.m_target;
+        if (mount.m_parent == parent && KeyNamesEqual(mount.m_name, name)) return mount.m_target;
     }
     const std::optional<std::uint32_t> found = parent.m_pHive->FindSubkey(parent.m_nKey, name);
     return found ? CPlace{parent.m_pHive, *found} : CPlace{};
 }
 
-std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindBelow(CLayers key, std::string_view path, unsigned links) {
+std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindBelow(CLayers key, std::string_view path,
+                                                                   unsigned& links) {
     while (!path.empty()) {
-        const std::string_view name = TakeComponent(path);
+        const std::string_view name = TakeKeyName(path);
         CLayers child{FindSubkey(key.m_first, name), FindSubkey(key.m_second, name)};
         if (!child.m_first) std::swap(child.m_first, child.m_second);
         if (!child.m_first) return std::nullopt;
@@ -394,32 +409,32 @@ std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindBelow(CLayers key, 
 }
 
 // A link in the first layer leads away as a whole; one in the second only the second.
-std::optional<CHostedRegistry::CLayers> CHostedRegistry::FollowLinks(CLayers key, unsigned links) {
+std::optional<CHostedRegistry::CLayers> CHostedRegistry::FollowLinks(CLayers key, unsigned& links) {
     if (const std::optional<std::string> target = key.m_first.m_pHive->GetLink(key.m_first.m_nKey)) {
-        return FindLinkTarget(*target, links + 1);
+        return FindLinkTarget(*target, links);
     }
     if (!key.m_second) return key;
     if (const std::optional<std::string> target = key.m_second.m_pHive->GetLink(key.m_second.m_nKey)) {
-        const std::optional<CLayers> second = FindLinkTarget(*target, links + 1);
+        const std::optional<CLayers> second = FindLinkTarget(*target, links);
         key.m_second = second ? second->m_first : CPlace{};
     }
     return key;
 }
 
-std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindLinkTarget(std::string_view target, unsigned links) {
-    if (links > kMostLinks || !TakePrefixNoCase(target, "\\Registry\\")) return std::nullopt;
-    const std::string_view top = TakeComponent(target);
-    if (EqualNoCase(top, "Machine")) {
+std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindLinkTarget(std::string_view target, unsigned& links) {
+    if (++links > kMostLinks || !TakePrefixNoCase(target, "\\Registry\\")) return std::nullopt;
+    const std::string_view top = TakeKeyName(target);
+    if (KeyNamesEqual(top, "Machine")) {
         const std::optional<CLayers> root = FindRoot(HKEY_LOCAL_MACHINE);
         return root ? FindBelow(*root, target, links) : std::nullopt;
     }
-    if (!EqualNoCase(top, "User")) return std::nullopt;
-    std::string_view sid = TakeComponent(target);
+    if (!KeyNamesEqual(top, "User")) return std::nullopt;
+    std::string_view sid = TakeKeyName(target);
     constexpr std::string_view kClasses = "_Classes";
     const bool isClasses =
-        sid.size() > kClasses.size() && EqualNoCase(sid.substr(sid.size() - kClasses.size()), kClasses);
+        sid.size() > kClasses.size() && KeyNamesEqual(sid.substr(sid.size() - kClasses.size()), kClasses);
     if (isClasses) sid.remove_suffix(kClasses.size());
-    if (m_userSid.empty() ? EqualNoCase(sid, ".Default") : !EqualNoCase(sid, m_userSid)) return std::nullopt;
+    if (m_userSid.empty() ? KeyNamesEqual(sid, ".Default") : !KeyNamesEqual(sid, m_userSid)) return std::nullopt;
     std::optional<CLayers> key = FindRoot(HKEY_CURRENT_USER);
     if (key && isClasses) key = FindBelow(*key, "Software\\Classes", links);
     return key ? FindBelow(*key, target, links) : std::nullopt;

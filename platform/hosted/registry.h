@@ -47,8 +47,8 @@ public:
     void SetUserSid(std::string_view userSid) { m_userSid = userSid; }
     // A key that stands for something else than itself, so that an open yields no key.
     void SetUnopenable(CPlace key) { m_unopenable.push_back(key); }
-    // What was found wrong while the registry was put together: a sentence.
-    void AddProblem(std::string problem) { m_problems.push_back(std::move(problem)); }
+    // What was found wrong while the registry was put together: a sentence. It is kept once.
+    void AddProblem(const std::string& problem);
 
     // A file that the registry was read from, in the state that it had then. HasChanged tells whether one of them is in
     // another state by now.
@@ -63,9 +63,8 @@ public:
     std::optional<std::uint32_t> FindNumber(HKEY root, std::string_view path, std::string_view name);
     std::vector<CString> ListSubkeys(HKEY root, std::string_view path);
     std::size_t GetOpenCount() const { return m_nOpen; }
-    // What was found wrong so far, a sentence each; and of these what AddProblem was told.
+    // What was found wrong so far, a sentence each.
     std::vector<std::string> GetProblems() const;
-    const std::vector<std::string>& GetFileProblems() const { return m_problems; }
 
     // As CMachine tells them.
     std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
@@ -94,13 +93,15 @@ private:
     void ApplyMounts(COpenKey& key);
     std::optional<std::size_t> FindChild(const COpenKey& key, std::string_view name) const;
 
-    std::optional<CLayers> FindBelow(CLayers key, std::string_view path, unsigned links);
+    // `links` counts the links that one look-up has followed.
+    std::optional<CLayers> FindBelow(CLayers key, std::string_view path, unsigned& links);
     std::optional<CLayers> FindRoot(HKEY root) const;
     CPlace FindSubkey(CPlace parent, std::string_view name);
-    std::optional<CLayers> FollowLinks(CLayers key, unsigned links);
-    std::optional<CLayers> FindLinkTarget(std::string_view target, unsigned links);
+    std::optional<CLayers> FollowLinks(CLayers key, unsigned& links);
+    std::optional<CLayers> FindLinkTarget(std::string_view target, unsigned& links);
     const CKeyContents::CValue* FindValue(HKEY root, std::string_view path, std::string_view name);
     bool IsOpenAbove(const COpenKey* parent, CPlace place) const;
+    bool CountBehindLinks(const COpenKey& key);
 
     std::vector<std::unique_ptr<CHive>> m_hives;
     std::vector<std::pair<HKEY, CLayers>> m_roots;
@@ -116,8 +117,8 @@ private:
     std::map<HKEY, std::unique_ptr<COpenKey>> m_openRoots;
     CKeyContents m_scratch;
     std::size_t m_nOpen = 0;
-    std::size_t m_nBehindLinks = 0;  // keys opened behind links so far
-    bool m_bTooDeep = false;         // keys that lie too deep have been told
+    std::size_t m_nBehindLinks = 0;         // keys that this walk has opened behind links,
+    std::uint64_t m_nBytesBehindLinks = 0;  // and what they hold
 };
 
 }  // namespace delvane

@@ -5,14 +5,13 @@
 #include <cassert>
 #include <utility>
 
+#include "platform/hosted/key_name.h"
 #include "platform/hosted/registry_text.h"
 #include "platform/machine.h"
 #include "platform/text.h"
 
 namespace delvane {
 namespace {
-
-bool EqualNoCase(std::string_view a, std::string_view b) { return mbsicmp(a, b) == 0; }
 
 // What one look at a key line tells. A plain line is ASCII, and its only escapes are the doubled backslashes between
 // components; so it can be compared as it stands.
@@ -109,7 +108,7 @@ CRegistryLookup::CRegistryLookup(std::string_view text, const std::vector<std::s
 void CRegistryLookup::ReadValues(CRegistryText& reader, bool isLink, CWanted& wanted) {
     CRegistryText::CValue value;
     while (reader.NextValue(value)) {
-        if (isLink && value.m_dwType == REG_LINK && EqualNoCase(value.m_name, "SymbolicLinkValue")) {
+        if (isLink && value.m_dwType == REG_LINK && KeyNamesEqual(value.m_name, "SymbolicLinkValue")) {
             wanted.m_target = CRegistryText::TextFromUtf16(value.m_data);
         } else if (!wanted.m_bLinkOnly) {
             wanted.m_values.push_back({std::string(value.m_name), value.m_dwType, std::string(value.m_data)});
@@ -161,7 +160,7 @@ void CRegistryLookup::AddWanted(std::string_view path, bool linkOnly) {
 
 const CRegistryLookup::CWanted* CRegistryLookup::FindWanted(std::string_view path) const {
     const auto found = std::find_if(m_wanted.begin(), m_wanted.end(),
-                                    [path](const CWanted& wanted) { return EqualNoCase(wanted.m_path, path); });
+                                    [path](const CWanted& wanted) { return KeyNamesEqual(wanted.m_path, path); });
     return found == m_wanted.end() ? nullptr : &*found;
 }
 
@@ -172,7 +171,7 @@ CRegistryLookup::CWanted* CRegistryLookup::FindWanted(std::string_view path) {
 const CRegistryLookup::CValue* CRegistryLookup::FindValue(std::string_view key, std::string_view name) const {
     const std::vector<CValue>& values = GetValues(key);
     const auto found = std::find_if(values.rbegin(), values.rend(),
-                                    [name](const CValue& value) { return EqualNoCase(value.m_name, name); });
+                                    [name](const CValue& value) { return KeyNamesEqual(value.m_name, name); });
     return found == values.rend() ? nullptr : &*found;
 }
 

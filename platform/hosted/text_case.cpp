@@ -2,6 +2,7 @@
 #include <array>
 #include <utf8proc.h>
 
+#include "platform/hosted/key_name.h"
 #include "platform/text.h"
 
 namespace delvane {
@@ -25,6 +26,14 @@ utf8proc_int32_t Fold(utf8proc_int32_t c) {
     return utf8proc_tolower(utf8proc_toupper(c));
 }
 
+// The other case of a letter that has one in both directions.
+utf8proc_int32_t FoldInName(utf8proc_int32_t c) {
+    constexpr utf8proc_int32_t kLastOfBasicPlane = 0xFFFF;
+    if (c > kLastOfBasicPlane) return c;
+    const utf8proc_int32_t folded = Fold(c);
+    return folded == c || utf8proc_toupper(folded) == c ? folded : c;
+}
+
 constexpr utf8proc_int32_t kBeyondUnicode = 0x110000;
 
 // Takes one character off the text. A byte that begins no valid character stands for itself, above all characters.
@@ -41,9 +50,9 @@ utf8proc_int32_t TakeCharacter(std::string_view& text) {
     return c;
 }
 
-}  // namespace
-
-int mbsicmp(std::string_view a, std::string_view b) {
+// `fold` is given characters beyond ASCII, where all folds agree.
+template <class FoldCharacter>
+int Compare(std::string_view a, std::string_view b, const FoldCharacter& fold) {
     std::size_t i = 0;
     const std::size_t shorter = a.size() < b.size() ? a.size() : b.size();
     while (i < shorter) {
@@ -56,14 +65,12 @@ int mbsicmp(std::string_view a, std::string_view b) {
     a.remove_prefix(i);
     b.remove_prefix(i);
     while (!a.empty() && !b.empty()) {
-        const utf8proc_int32_t x = Fold(TakeCharacter(a));
-        const utf8proc_int32_t y = Fold(TakeCharacter(b));
+        const utf8proc_int32_t x = fold(TakeCharacter(a));
+        const utf8proc_int32_t y = fold(TakeCharacter(b));
         if (x != y) return x < y ? -1 : 1;
     }
     return a.empty() ? (b.empty() ? 0 : -1) : 1;
 }
-
-namespace {
 
 // Maps each character of the text. What maps to itself is copied, bytes that are no characters too.
 CString MapCharacters(std::string_view text, utf8proc_int32_t (*map)(utf8proc_int32_t)) {
@@ -92,8 +99,23 @@ CString MapCharacters(std::string_view text, utf8proc_int32_t (*map)(utf8proc_in
 
 }  // namespace
 
+int mbsicmp(std::string_view a, std::string_view b) { return Compare(a, b, Fold); }
+
 CString MakeLower(std::string_view text) { return MapCharacters(text, utf8proc_tolower); }
 
 CString FoldCase(std::string_view text) { return MapCharacters(text, Fold); }
+
+int CompareKeyNames(std::string_view a, std::string_view b) { return Compare(a, b, FoldInName); }
+
+bool KeyNamesEqual(std::string_view a, std::string_view b) { return CompareKeyNames(a, b) == 0; }
+
+std::string FoldKeyName(std::string_view name) { return MapCharacters(name, FoldInName); }
+
+std::string_view TakeKeyName(std::string_view& path) {
+    const std::size_t end = path.find('\\');
+    const std::string_view name = path.substr(0, end);
+    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
+    return name;
+}
 
 }  // namespace delvane

@@ -2,34 +2,23 @@
 
 #include <algorithm>
 
-#include "platform/text.h"
+#include "platform/hosted/key_name.h"
 
 namespace delvane {
 namespace {
-
-// Look-ups go from sibling to sibling until they have taken that many steps together; then an index is made.
-constexpr std::size_t kStepsWithoutIndex = 50'000;
-
-std::string_view TakeComponent(std::string_view& path) {
-    const std::size_t end = path.find('\\');
-    const std::string_view component = path.substr(0, end);
-    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
-    return component;
-}
 
 // Wine writes values in the order of their names, so names seldom come twice. Where they do not ascend, one that came
 // before is replaced, as Wine does when it reads the file.
 void ReplaceRepeated(CKeyContents& contents) {
     auto& values = contents.m_values;
-    const auto sortsBefore = [&](const CKeyContents::CValue& a, const CKeyContents::CValue& b) {
-        return mbsicmp(contents.Get(a.m_name), contents.Get(b.m_name)) < 0;
+    const auto staysBehind = [&](const CKeyContents::CValue& a, const CKeyContents::CValue& b) {
+        return CompareKeyNames(contents.Get(a.m_name), contents.Get(b.m_name)) >= 0;
     };
-    const auto ascends = [&](const auto& a, const auto& b) { return !sortsBefore(a, b); };
-    if (std::adjacent_find(values.begin(), values.end(), ascends) == values.end()) return;
+    if (std::adjacent_find(values.begin(), values.end(), staysBehind) == values.end()) return;
     std::unordered_map<CString, std::size_t> known;
     std::size_t kept = 0;
     for (const CKeyContents::CValue& value : values) {
-        const auto [entry, isNew] = known.emplace(FoldCase(contents.Get(value.m_name)), kept);
+        const auto [entry, isNew] = known.emplace(FoldKeyName(contents.Get(value.m_name)), kept);
         if (isNew) {
             values[kept++] = value;
         } else {
@@ -59,7 +48,7 @@ std::uint32_t CTextHive::MakeKey(std::string_view path) {
     std::uint32_t key = 0;
     std::size_t depth = 0;
     while (!path.empty()) {
-        const std::string_view name = TakeComponent(path);
+        const std::string_view name = TakeKeyName(path);
         if (depth == m_chain.size() || NameOf(m_chain[depth]) != name) {
             m_chain.resize(depth);
             std::uint32_t child = 0;
@@ -76,7 +65,7 @@ std::uint32_t CTextHive::MakeKey(std::string_view path) {
 // Then the name is none of theirs, and need not be looked for.
 bool CTextHive::SortsBehindChildren(std::uint32_t parent, std::string_view name) const {
     const std::uint32_t last = m_nodes[parent].m_nLastChild;
-    return last == 0 || (m_bAscends && mbsicmp(NameOf(last), name) < 0);
+    return last == 0 || (m_bAscends && CompareKeyNames(NameOf(last), name) < 0);
 }
 
 std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name) {
@@ -105,9 +94,9 @@ std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) 
     for (std::uint32_t key = m_nodes[parent].m_nFirstChild; key != 0; key = m_nodes[key].m_nNextSibling) {
         ++m_nSteps;
         if (NameOf(key) == name) return key;
-        if (found == 0 && mbsicmp(NameOf(key), name) == 0) found = key;
+        if (found == 0 && KeyNamesEqual(NameOf(key), name)) found = key;
     }
-    if (m_nSteps > kStepsWithoutIndex) MakeIndex();
+    if (m_nSteps > CKeyIndex::kStepsWithout) MakeIndex();
     return found;
 }
 
@@ -131,7 +120,7 @@ void CTextHive::AddSection(std::uint32_t key, std::size_t position) {
 void CTextHive::ReadLink(std::uint32_t key) {
     m_links[key].clear();
     for (CRegistryText::CValue value; m_text.NextValue(value);) {
-        if (value.m_dwType == REG_LINK && mbsicmp(value.m_name, "SymbolicLinkValue") == 0) {
+        if (value.m_dwType == REG_LINK && KeyNamesEqual(value.m_name, "SymbolicLinkValue")) {
             m_links[key] = CRegistryText::TextFromUtf16(value.m_data);
         }
     }

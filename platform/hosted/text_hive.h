@@ -25,6 +25,7 @@ public:
     bool ReadKey(std::uint32_t key, CKeyContents& contents) override;
     std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) override;
     std::optional<std::string> GetLink(std::uint32_t key) override;
+    std::uint64_t GetSize() const override { return m_bytes.m_nSize; }
     std::vector<std::string> GetProblems() const override;
 
 private:

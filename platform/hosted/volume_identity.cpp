@@ -13,12 +13,12 @@
 
 #include "platform/hosted/choice.h"
 #include "platform/hosted/host_file.h"
+#include "platform/hosted/identity_keys.h"
 #include "platform/hosted/regf_hive.h"
 
 namespace delvane {
 namespace {
 
-constexpr const char* kVersionKey = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion";
 constexpr const char* kProfileListKey = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
 
 // Profiles of no account that anybody works with.
@@ -36,6 +36,7 @@ public:
     bool ReadKey(std::uint32_t, CKeyContents&) override { return true; }
     std::optional<std::uint32_t> FindSubkey(std::uint32_t, std::string_view) override { return std::nullopt; }
     std::optional<std::string> GetLink(std::uint32_t) override { return std::nullopt; }
+    std::uint64_t GetSize() const override { return 0; }
     std::vector<std::string> GetProblems() const override { return {}; }
 };
 
@@ -141,7 +142,7 @@ CVolumeIdentity::CVolumeIdentity(std::string folder)
     : m_folder(std::move(folder)), m_paths(VolumeAsDrive(m_folder)), m_windowsFolder(FindWindowsFolder(m_folder)) {
     ChooseProfile();
     ReadIdentityHives();
-    for (const std::string& problem : m_pRegistry->GetFileProblems())
+    for (const std::string& problem : m_pRegistry->GetProblems())
         m_notices.push_back(problem);
 }
 
@@ -194,7 +195,7 @@ CHostedRegistry::CPlace CVolumeIdentity::AddHive(const std::string& hostPath) {
     std::string problem;
     std::unique_ptr<CHive> hive = CRegfHive::Open(hostPath, problem);
     if (hive == nullptr) {
-        m_pRegistry->AddProblem(std::move(problem));
+        m_pRegistry->AddProblem(problem);
         return {};
     }
     CHive& added = m_pRegistry->AddHive(std::move(hive));
@@ -226,12 +227,17 @@ void CVolumeIdentity::ReadIdentityHives() {
 
 // A running Windows shows the set that it was started with under a name of its own.
 void CVolumeIdentity::MountControlSet(CHostedRegistry::CPlace system) {
+    if (!system) return;
     const auto number = m_pRegistry->FindNumber(HKEY_LOCAL_MACHINE, "SYSTEM\\Select", "Current");
-    if (!system || !number) return;
     std::array<char, 24> name{};
-    std::snprintf(name.data(), name.size(), "ControlSet%03u", *number);
+    std::snprintf(name.data(), name.size(), "ControlSet%03u", number.value_or(0));
     const auto set = m_pRegistry->Find(HKEY_LOCAL_MACHINE, CString("SYSTEM\\") + name.data());
-    if (set) m_pRegistry->Mount(system, "CurrentControlSet", set->m_first);
+    if (set) {
+        m_pRegistry->Mount(system, "CurrentControlSet", set->m_first);
+    } else {
+        m_pRegistry->AddProblem("the hive SYSTEM of " + m_folder +
+                                " does not tell the control set in use; CurrentControlSet is missing");
+    }
 }
 
 void CVolumeIdentity::ReadOtherHives() {

@@ -54,6 +54,29 @@ protected:
     std::unique_ptr<CHostedMachine> m_pMachine;
 };
 
+TEST_F(HostedMachine, VariablesThatMultiplyComeToAnEnd) {
+    std::string bomb = "\n[Environment] 1700000001\n\"TEMP\"=\"%A%\"\n\"A\"=\"";
+    for (int i = 0; i < 40; ++i)
+        bomb += "%A%";
+    EXPECT_LT(Open(CPrefix({}, bomb + "\"\n")).GetTempPath().size(), 100'000U);
+}
+
+TEST_F(HostedMachine, FoldersThatLinkToEachOtherAreListedSomeTimes) {
+    const CPrefix prefix;
+    constexpr int kFolders = 12;
+    for (int i = 0; i < kFolders; ++i) {
+        const std::string folder = prefix.MakeFolder("drive_c/web/" + std::to_string(i));
+        for (int other = 0; other < kFolders; ++other)
+            fs::create_directory_symlink("../" + std::to_string(other), folder + "/to" + std::to_string(other));
+    }
+    CHostedMachine& machine = Open(prefix);
+    const std::size_t walked = CountWalked(machine, "C:\\web");
+    EXPECT_GT(walked, 100U);
+    EXPECT_LE(walked, 1U + kFolders + 16 * kFolders);
+    EXPECT_EQ(CountWalked(machine, "C:\\web"), walked) << "each walk begins anew";
+    ASSERT_EQ(machine.TakeNotices().size(), 1U);
+}
+
 TEST_F(HostedMachine, ReadsItsIdentityOutOfTheRegistry) {
     const CPrefix prefix;
     CHostedMachine& machine = Open(prefix);

@@ -28,6 +28,15 @@ TEST(TextHive, WhatComesTwiceIsOne) {
     EXPECT_TRUE(hive.GetProblems().empty());
 }
 
+TEST(TextHive, LettersThatShareTheirOtherCaseAreNotTheSame) {
+    // k and the Kelvin sign, both small sigmas, the micro sign and mu, two letters beyond the basic plane.
+    CTextHive hive = Open(
+        "[k] 1\n[\u212A] 1\n[\u03C3] 1\n[\u03C2] 1\n[\u03A3] 1\n[\u00B5] 1\n[\u03BC] 1\n"
+        "[\U00010400] 1\n[\U00010428] 1\n[v] 1\n\"K\"=\"1\"\n\"\u212A\"=\"2\"\n\"k\"=\"3\"\n");
+    EXPECT_EQ(ListHive(hive), (Lines{"k", "\u212A", "\u03C3", "\u03C2", "\u00B5", "\u03BC", "\U00010400", "\U00010428",
+                                     "v", "v: K (1) 3~", "v: \u212A (1) 2~"}));
+}
+
 TEST(TextHive, ManyKeysOutOfOrderAreToldApart) {
     constexpr int kCount = 600;  // long enough for the index to come
     std::string text;

@@ -213,6 +213,11 @@ TEST_F(Volume, AHiveThatIsMissingOrDamagedCostsItself) {
     EXPECT_TRUE(Open(volume).IsPresent());
     EXPECT_EQ(User(), "");
     EXPECT_EQ(Text(HKEY_CURRENT_USER, "Environment", "TEMP"), "error 2");
+    volume.m_system.GetRoot().Make("Select").Set("Current", 4, std::string("\7\0\0\0", 4));
+    volume.WriteHives();
+    notices = Open(volume).TakeNotices();
+    ASSERT_EQ(notices.size(), 1U);
+    EXPECT_NE(notices.front().find("CurrentControlSet is missing"), CString::npos);
 }
 
 TEST_F(Volume, HivesAreReadAnewWhenTheyHaveChanged) {
