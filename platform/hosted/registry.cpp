@@ -50,6 +50,8 @@ struct CHostedRegistry::COpenKey {
     bool m_bRead = false;
     std::size_t m_nLastChild = 0;  // the ones that were enumerated last, which are asked for next
     std::size_t m_nLastValue = 0;
+    std::string m_askedFor;  // the name of the value that was looked for last, and where it was found
+    std::optional<std::size_t> m_answer;
     CKeyContents m_contents;
     std::vector<CLayers> m_children;  // by index, where the hive's numbers do not tell; else empty
 
@@ -168,6 +170,7 @@ void CHostedRegistry::CloseKey(HKEY key) {
     closed.m_bRead = false;
     closed.m_nLastChild = 0;
     closed.m_nLastValue = 0;
+    closed.m_answer.reset();
     m_spare.push_back(std::move(m_open[key - 1]));
     m_freeHandles.push_back(key);
     --m_nOpen;
@@ -321,9 +324,17 @@ std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::
     const auto& values = contents.m_values;
     const auto isExact = [&](const CKeyContents::CValue& value) { return contents.Get(value.m_name) == name; };
     const auto isEqual = [&](const auto& value) { return KeyNamesEqual(contents.Get(value.m_name), name); };
+    // Asked for in turn, or one name again and again, no value is looked for among all the others.
     auto found = values.begin() + static_cast<std::ptrdiff_t>(std::min(open->m_nLastValue, values.size()));
-    if (found == values.end() || !isExact(*found)) found = std::find_if(values.begin(), values.end(), isExact);
-    if (found == values.end()) found = std::find_if(values.begin(), values.end(), isEqual);
+    if (found == values.end() || !isExact(*found)) {
+        if (!open->m_answer || open->m_askedFor != name) {
+            found = std::find_if(values.begin(), values.end(), isExact);
+            if (found == values.end()) found = std::find_if(values.begin(), values.end(), isEqual);
+            open->m_askedFor = name;
+            open->m_answer = static_cast<std::size_t>(found - values.begin());
+        }
+        found = values.begin() + static_cast<std::ptrdiff_t>(*open->m_answer);
+    }
     if (found == values.end()) return ERROR_FILE_NOT_FOUND;
     if (type != nullptr) *type = found->m_dwType;
     if (data.m_pBytes != nullptr) {
