@@ -165,8 +165,12 @@ void MakeVolume(const fs::path& folder, CRegfWriter& software) {
     fs::create_directories(config);
     MakeUtf16(software.GetRoot());
     std::ofstream(config / "SOFTWARE", std::ios::binary) << software.Build();
-    for (const char* const name : {"SYSTEM", "SAM", "SECURITY"})
+    for (const char* const name : {"SAM", "SECURITY"})
         std::ofstream(config / name, std::ios::binary) << CRegfWriter().Build();
+    CRegfWriter system;
+    system.GetRoot().Make("Select").Set("Current", 4, std::string("\1\0\0\0", 4));
+    system.GetRoot().Make("ControlSet001");
+    std::ofstream(config / "SYSTEM", std::ios::binary) << system.Build();
     fs::create_directories(folder / "Users/Bench");
     std::ofstream(folder / "Users/Bench/NTUSER.DAT", std::ios::binary) << CRegfWriter().Build();
 }

@@ -29,14 +29,15 @@ What a capture reads
                      all kinds off), ND network, RD removable, CD compact discs
   /r:HIVE /r:HIVE-   a registry hive on or off: hklm, hkcu, hkcr
   /ext /ext-         file extensions on or off
-             (this build stores the registry and the extensions empty)
 The run
   /s         unattended: no window, the exit code tells the result
   /nologo    no splash window
 
 The machine (Linux)
-  DELVANE_MACHINE    folder of a Wine prefix; else WINEPREFIX; else ~/.wine
-  DELVANE_USER       the account to record (default: the prefix's own)
+  DELVANE_MACHINE    folder of a Wine prefix, or of a mounted Windows volume;
+                     else WINEPREFIX; else ~/.wine
+  DELVANE_USER       the account (default: the prefix's own; on a volume the
+                     one that was used last)
   DELVANE_HOME       folder of delvane.cfg, delvane.err and Results
   Run "wineserver -w" before each snapshot of a Wine prefix: Wine writes its
   registry files late.
