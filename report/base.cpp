@@ -8,9 +8,11 @@
 #include "capture/registry.h"
 #include "report/heading.h"
 #include "report/master.h"
+#include "resources/strings.h"
 #include "tree/snapshot.h"
 
 namespace delvane {
+
 void CReportObj::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
     m_pMaster->AddInfo(section, object, textId);
 }
@@ -77,6 +79,28 @@ void CReportObj::WriteChange(std::ostream& stream, CDelvObj& item) {
         stream << "<DD><TABLE><TR>" << change.m_pObject->m_name << "</TR>\n</TABLE>\n</DD>\n";
     } else {
         stream << "<TR><TD>" << item.m_name << "</TD></TR>\n";
+    }
+}
+
+void CReportObj::WriteRawLists(std::ostream& stream, const CRawHeadings& headings) {
+    if (m_added.empty() && m_deleted.empty() && m_changed.empty()) return;
+    stream << "<H3>" << LoadResString(headings.m_titleId) << "</H3>\n";
+    const auto begin = [&](std::uint32_t headingId, std::string_view suffix) {
+        BeginRawList(suffix);
+        stream << "<HR SIZE=4 WIDTH=100%>\n<H4>"
+               << MakeAnchor(LoadResString(headingId), CString(headings.m_anchor).append(suffix)) << "</H4>\n";
+    };
+    if (!m_added.empty()) {
+        begin(headings.m_addedId, "Add");
+        WriteObjectList(stream, m_added);
+    }
+    if (!m_deleted.empty()) {
+        begin(headings.m_deletedId, "Del");
+        WriteObjectList(stream, m_deleted);
+    }
+    if (!m_changed.empty()) {
+        begin(headings.m_changedId, "Chg");
+        WriteNameList(stream, m_changed);
     }
 }
 

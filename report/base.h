@@ -55,6 +55,20 @@ public:
     CObjectList m_deleted;
     CObjectList m_added;
     CMasterReport* m_pMaster = nullptr;  // set by the master's constructor; null in the master itself
+
+protected:
+    // Ids of the headings of the raw data, and what its anchors begin with.
+    struct CRawHeadings {
+        std::uint32_t m_titleId = 0;
+        std::uint32_t m_addedId = 0;
+        std::uint32_t m_deletedId = 0;
+        std::uint32_t m_changedId = 0;
+        std::string_view m_anchor;
+    };
+    // The lists of added, deleted and changed objects that are not empty. BeginRawList is told of each before it is
+    // written by the end of its anchor: "Add", "Del" or "Chg".
+    void WriteRawLists(std::ostream& stream, const CRawHeadings& headings);
+    virtual void BeginRawList(std::string_view) {}
 };
 
 // The words that stand for an object in a finding: its kind, and for most kinds its full name in brackets.

@@ -59,23 +59,8 @@ void CExtReport::WriteDetails(std::ostream& stream) {
 }
 
 void CExtReport::WriteRawData(std::ostream& stream) {
-    if (m_added.empty() && m_deleted.empty() && m_changed.empty()) return;
-    stream << "<H3>" << LoadResString(IDS_EXTENSION_RAW_DATA) << "</H3>\n";
-    const auto begin = [&stream](std::uint32_t titleId, std::string_view anchor) {
-        stream << "<HR SIZE=4 WIDTH=100%>\n<H4>" << MakeAnchor(LoadResString(titleId), anchor) << "</H4>\n";
-    };
-    if (!m_added.empty()) {
-        begin(IDS_EXTENSIONS_ADDED, "ExtsAdd");
-        WriteObjectList(stream, m_added);
-    }
-    if (!m_deleted.empty()) {
-        begin(IDS_EXTENSIONS_DELETED, "ExtsDel");
-        WriteObjectList(stream, m_deleted);
-    }
-    if (!m_changed.empty()) {
-        begin(IDS_EXTENSIONS_CHANGED, "ExtsChg");
-        WriteNameList(stream, m_changed);
-    }
+    WriteRawLists(
+        stream, {IDS_EXTENSION_RAW_DATA, IDS_EXTENSIONS_ADDED, IDS_EXTENSIONS_DELETED, IDS_EXTENSIONS_CHANGED, "Exts"});
 }
 
 void CExtReport::WriteExtensionCells(std::ostream& stream, const CDelvExtObj& extension) {

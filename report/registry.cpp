@@ -220,25 +220,8 @@ void CRegistryReport::WriteDetails(std::ostream& stream) {
 }
 
 void CRegistryReport::WriteRawData(std::ostream& stream) {
-    if (m_added.empty() && m_deleted.empty() && m_changed.empty()) return;
-    stream << "<H3>" << LoadResString(IDS_REGISTRY_RAW_DATA) << "</H3>\n";
-    const auto begin = [&](std::uint32_t titleId, const char* suffix) {
-        m_strAnchorSuffix = suffix;
-        stream << "<HR SIZE=4 WIDTH=100%>\n<H4>" << MakeAnchor(LoadResString(titleId), "Reg" + m_strAnchorSuffix)
-               << "</H4>\n";
-    };
-    if (!m_added.empty()) {
-        begin(IDS_REGISTRY_ADDITIONS, "Add");
-        WriteObjectList(stream, m_added);
-    }
-    if (!m_deleted.empty()) {
-        begin(IDS_REGISTRY_DELETIONS, "Del");
-        WriteObjectList(stream, m_deleted);
-    }
-    if (!m_changed.empty()) {
-        begin(IDS_REGISTRY_CHANGES, "Chg");
-        WriteNameList(stream, m_changed);
-    }
+    WriteRawLists(stream,
+                  {IDS_REGISTRY_RAW_DATA, IDS_REGISTRY_ADDITIONS, IDS_REGISTRY_DELETIONS, IDS_REGISTRY_CHANGES, "Reg"});
 }
 
 void CRegistryReport::WriteObjectList(std::ostream& stream, const CObjectList& list) {

@@ -37,6 +37,9 @@ public:
     bool m_bHkcuReported = false;
     CObjectList m_uninstallAdded;  // added keys and values under the Uninstall key
 
+protected:
+    void BeginRawList(std::string_view suffix) override { m_strAnchorSuffix = suffix; }
+
 private:
     void NoteUninstall(CDelvObj& object, const CString& fullName);
     void NoteService(CDelvObj& object, const CString& fullName);
