@@ -46,13 +46,23 @@ std::string StoredName(std::string_view name, bool& compressed) {
     return narrow;
 }
 
-// What a list tells of a name beside its cell: its first letters, or a sum over it.
-std::uint32_t HintOf(const std::string& name, bool hash) {
+char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// Windows looks keys up in the order of their names in capitals.
+bool SortsBefore(std::string_view a, std::string_view b) {
+    return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
+        return static_cast<unsigned char>(Upper(x)) < static_cast<unsigned char>(Upper(y));
+    });
+}
+
+// What a list tells of a name beside its cell: its first four characters, or a sum over all of them.
+std::uint32_t HintOf(std::string_view name, bool hash) {
+    const std::string wide = ToUtf16(name);
     std::uint32_t sum = 0;
-    for (std::size_t i = 0; i < name.size() && (hash || i < 4); ++i) {
-        const char c = name[i] >= 'a' && name[i] <= 'z' ? static_cast<char>(name[i] - 'a' + 'A') : name[i];
-        sum = hash ? sum * 37 + static_cast<unsigned char>(c)
-                   : sum | static_cast<std::uint32_t>(static_cast<unsigned char>(name[i])) << 8 * i;
+    for (std::size_t i = 0; i < wide.size() && (hash || i < 8); i += 2) {
+        const auto low = static_cast<unsigned char>(hash && wide[i + 1] == 0 ? Upper(wide[i]) : wide[i]);
+        const std::uint32_t c = low | static_cast<std::uint32_t>(static_cast<unsigned char>(wide[i + 1])) << 8;
+        sum = hash ? sum * 37 + c : sum | (c < 0x100 ? c : 0) << 4 * i;
     }
     return sum;
 }
@@ -140,7 +150,7 @@ std::uint32_t CRegfWriter::AddSubkeys(const CKey& key, std::uint32_t cell) {
         keys.emplace_back(subkey.get(), 0);
     if (m_bSorts) {
         std::stable_sort(keys.begin(), keys.end(),
-                         [](const auto& a, const auto& b) { return mbsicmp(a.first->m_name, b.first->m_name) < 0; });
+                         [](const auto& a, const auto& b) { return SortsBefore(a.first->m_name, b.first->m_name); });
     }
     for (auto& [subkey, place] : keys)
         place = AddKey(*subkey, cell);

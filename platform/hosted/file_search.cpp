@@ -116,10 +116,11 @@ struct CSearchSet::CLevel {
     bool m_bCurrentIsLink = false;
     bool m_bBehindLink = false;
 
-    void ReadNames(std::vector<char>& buffer);
+    // False where the list breaks off.
+    bool ReadNames(std::vector<char>& buffer);
 };
 
-void CSearchSet::CLevel::ReadNames(std::vector<char>& buffer) {
+bool CSearchSet::CLevel::ReadNames(std::vector<char>& buffer) {
     m_names.clear();
     m_entries.clear();
     m_nNext = 0;
@@ -128,9 +129,11 @@ void CSearchSet::CLevel::ReadNames(std::vector<char>& buffer) {
     // An entry's offset is where the next one would be looked for. Where that is the largest there is (ext4 and btrfs
     // put it behind the last entry), the call that would find nothing is spared.
     std::int64_t nextOffset = 0;
+    bool isWhole = true;
     while (nextOffset != std::numeric_limits<std::int64_t>::max()) {
         const long got = syscall(SYS_getdents64, m_directory.Get(), buffer.data(), buffer.size());
-        if (got <= 0) break;  // the end, or a failure part way: the list ends where it stands
+        isWhole = got >= 0 || errno == ENOENT;  // the directory has gone in the meantime
+        if (got <= 0) break;
         for (long at = 0; at < got;) {
             const auto* const entry = reinterpret_cast<const CKernelEntry*>(buffer.data() + at);
             at += entry->m_nLength;
@@ -146,6 +149,7 @@ void CSearchSet::CLevel::ReadNames(std::vector<char>& buffer) {
         if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
         return std::strcmp(m_names.data() + a.m_nOffset, m_names.data() + b.m_nOffset) < 0;
     });
+    return isWhole;
 }
 
 class CHostedSearch : public CFileSearch {
@@ -321,9 +325,14 @@ int CSearchSet::OpenDirectory(std::string_view path, CIdentity& identity, bool& 
 bool CSearchSet::MayVisit(const CIdentity& identity) {
     constexpr std::uint32_t kMostVisits = 16;
     if (++m_visits[identity] <= kMostVisits) return true;
-    m_strNotice = "links lead to the same directories again and again; what lies there is listed " +
-                  std::to_string(kMostVisits) + " times at most";
+    AddNotice("links lead to the same directories again and again; what lies there is listed " +
+              std::to_string(kMostVisits) + " times at most");
     return false;
+}
+
+void CSearchSet::AddNotice(CString notice) {
+    if (std::find(m_notices.begin(), m_notices.end(), notice) == m_notices.end())
+        m_notices.push_back(std::move(notice));
 }
 
 std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
@@ -345,7 +354,10 @@ std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
     level->m_directory = std::move(directory);
     level->m_identity = identity;
     level->m_bBehindLink = isBehindLink;
-    level->ReadNames(m_buffer);
+    if (!level->ReadNames(m_buffer) && !m_bCutTold) {
+        m_bCutTold = true;
+        AddNotice("a directory could not be read to its end, " + CString(path) + "; there may be others");
+    }
     m_open.push_back(m_spare.back().release());
     m_spare.pop_back();
     return std::make_unique<CHostedSearch>(*this, *level);

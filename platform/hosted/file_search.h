@@ -23,8 +23,8 @@ public:
 
     std::unique_ptr<CFileSearch> Open(std::string_view path);
     bool FindPath(std::string_view path, CFileWords& words);
-    // What the user should know of the searches so far, in one sentence; empty if there is nothing.
-    const CString& GetNotice() const { return m_strNotice; }
+    // What the user should know of the searches so far, in a sentence each.
+    const std::vector<CString>& GetNotices() const { return m_notices; }
 
 private:
     friend class CHostedSearch;
@@ -47,6 +47,7 @@ private:
 
     int OpenDirectory(std::string_view path, CIdentity& identity, bool& isBehindLink);
     bool MayVisit(const CIdentity& identity);
+    void AddNotice(CString notice);
     bool ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
     bool ReadVolumeEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
     bool IsUnlisted(const CIdentity& identity) const;
@@ -64,7 +65,8 @@ private:
     std::uint64_t m_nPlainDevice = 0;              // the last device seen that keeps no such attributes
     bool m_bPlainDeviceKnown = false;
     std::unordered_map<CIdentity, std::uint32_t, CIdentityHash> m_visits;  // of directories behind links, in this walk
-    CString m_strNotice;
+    bool m_bCutTold = false;
+    std::vector<CString> m_notices;
 };
 
 }  // namespace delvane

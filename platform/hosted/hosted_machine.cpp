@@ -45,7 +45,7 @@ std::vector<CString> CHostedMachine::TakeNotices() {
     } else if (m_choice.m_bVariable) {
         notices = {m_choice.m_strProblem};
     }
-    if (!m_searches.GetNotice().empty()) notices.push_back(m_searches.GetNotice());
+    notices.insert(notices.end(), m_searches.GetNotices().begin(), m_searches.GetNotices().end());
     if (m_pRegistry != nullptr) {
         std::vector<std::string> problems = m_pRegistry->GetProblems();
         std::move(problems.begin(), problems.end(), std::back_inserter(notices));

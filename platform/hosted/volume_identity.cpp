@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 #include <dirent.h>
 #include <fcntl.h>
@@ -70,20 +71,17 @@ std::vector<std::string> NamesIn(const std::string& directory) {
 
 // "\x20" and "\040" as they stand in names of /dev/disk and of the list of mounts.
 std::string Unescape(std::string_view text) {
+    constexpr std::size_t kLength = 4;
     std::string plain;
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    while (!text.empty()) {
+        const bool isHex = text.starts_with("\\x");
+        const std::string_view digits = text.substr(0, kLength).substr(isHex ? 2 : 1);
         unsigned byte = 0;
-        if (text[i] == '\\' && i + 3 < text.size() &&
-            std::sscanf(CString(text.substr(i, 4)).c_str(), "\\x%2x", &byte) == 1) {
-            plain += static_cast<char>(byte);
-            i += 3;
-        } else if (text[i] == '\\' && i + 3 < text.size() &&
-                   std::sscanf(CString(text.substr(i, 4)).c_str(), "\\%3o", &byte) == 1) {
-            plain += static_cast<char>(byte);
-            i += 3;
-        } else {
-            plain += text[i];
-        }
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, isHex ? 16 : 8);
+        const bool isEscape = text.size() >= kLength && text.front() == '\\' && error == std::errc() &&
+                              end == digits.data() + digits.size();
+        plain += isEscape ? static_cast<char>(byte) : text.front();
+        text.remove_prefix(isEscape ? kLength : 1);
     }
     return plain;
 }
@@ -174,7 +172,9 @@ std::vector<CVolumeIdentity::CProfile> CVolumeIdentity::FindProfiles() const {
         for (const std::string& name : hostParent ? NamesIn(*hostParent) : std::vector<std::string>()) {
             const bool isAccount = std::none_of(kNoAccounts.begin(), kNoAccounts.end(),
                                                 [&](const char* other) { return mbsicmp(name, other) == 0; });
-            const auto hive = m_paths.Find(parent + "\\" + name + "\\NTUSER.DAT");
+            CString folder = parent;
+            folder.append("\\").append(name);
+            const auto hive = m_paths.Find(folder + "\\NTUSER.DAT");
             struct stat status {};
             if (!isAccount || name.starts_with('.') || !hive || stat(hive->c_str(), &status) != 0) continue;
             if (!S_ISREG(status.st_mode) || !seen.emplace(status.st_dev, status.st_ino).second) continue;
