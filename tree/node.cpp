@@ -1,6 +1,7 @@
 #include "tree/node.h"
 
 #include <algorithm>
+#include <vector>
 
 #include "report/base.h"
 #include "tree/archive.h"
@@ -111,7 +112,18 @@ void CDelvObj::RemoveFrom(CNodeList& list) {
 void SortByName(CNodeList& list) {
     const auto sortsBefore = [](const CDelvObj* a, const CDelvObj* b) { return mbscmp(a->m_name, b->m_name) < 0; };
     if (std::is_sorted(list.begin(), list.end(), sortsBefore)) return;
-    std::stable_sort(list.begin(), list.end(), sortsBefore);
+    struct CEntry {
+        std::uint64_t m_nHead;
+        CDelvObj* m_pNode;
+    };
+    std::vector<CEntry> entries;
+    entries.reserve(list.size());
+    for (CDelvObj* node : list)
+        entries.push_back({TextHead(node->m_name), node});
+    std::stable_sort(entries.begin(), entries.end(), [&](const CEntry& a, const CEntry& b) {
+        return a.m_nHead != b.m_nHead ? a.m_nHead < b.m_nHead : sortsBefore(a.m_pNode, b.m_pNode);
+    });
+    std::transform(entries.begin(), entries.end(), list.begin(), [](const CEntry& entry) { return entry.m_pNode; });
 }
 
 CDelvDiffObj::CDelvDiffObj(CDelvObj& object, CDelvObj& baseline)

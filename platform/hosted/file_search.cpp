@@ -46,12 +46,6 @@ struct CNameEntry {
     std::uint8_t m_nType;
 };
 
-std::uint64_t HeadOf(const char* name, std::size_t length) {
-    std::uint64_t head = 0;
-    std::memcpy(&head, name, std::min(length, sizeof head));
-    return __builtin_bswap64(head);
-}
-
 std::uint64_t TicksOf(const statx_timestamp& time) {
     return static_cast<std::uint64_t>(time.tv_sec) * kTicksPerSecond + kUnixEpochTicks + time.tv_nsec / 100;
 }
@@ -140,7 +134,7 @@ bool CSearchSet::CLevel::ReadNames(std::vector<char>& buffer) {
             nextOffset = entry->m_nOffset;
             const std::string_view name = entry->GetName();
             if (name == "." || name == "..") continue;
-            m_entries.push_back({HeadOf(name.data(), name.size()), static_cast<std::uint32_t>(m_names.size()),
+            m_entries.push_back({TextHead(name), static_cast<std::uint32_t>(m_names.size()),
                                  static_cast<std::uint16_t>(name.size()), entry->m_nType});
             m_names.insert(m_names.end(), name.data(), name.data() + name.size() + 1);
         }
