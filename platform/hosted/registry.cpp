@@ -195,8 +195,10 @@ bool CHostedRegistry::CountBehindLinks(const COpenKey& key) {
 }
 
 bool CHostedRegistry::IsOpenAbove(const COpenKey* parent, CPlace place) const {
-    for (; parent != nullptr; parent = parent->m_pParent) {
+    // A key that was closed ahead of those below it may be another one by now; then the depths do not fit.
+    for (std::uint32_t depth = parent->m_nDepth; parent != nullptr && parent->m_nDepth == depth; --depth) {
         if (parent->m_layers.m_first == place) return true;
+        parent = parent->m_pParent;
     }
     return false;
 }

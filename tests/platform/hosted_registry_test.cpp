@@ -30,6 +30,7 @@ protected:
         return line.substr(0, line.size() - 1) + "\n";
     }
     // What the calls show below a key, as a walk asks for it. Keys that cannot be opened have the error behind them.
+    // Each value is asked for by its name as well.
     void Walk(HKEY key, const std::string& path, Lines& lines) {
         CKeyInfo info;
         ASSERT_EQ(m_registry.QueryInfo(key, info), ERROR_SUCCESS);
@@ -41,8 +42,11 @@ protected:
             std::uint32_t type = 0;
             const std::uint32_t error = m_registry.EnumValue(key, i, nameRoom, type, dataRoom);
             ASSERT_EQ(error, i < info.m_nValues ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
-            if (error == ERROR_SUCCESS)
-                lines.push_back(path + ": " + name.c_str() + "=" + data.substr(0, dataRoom.m_nSize).c_str());
+            if (error != ERROR_SUCCESS) break;
+            CRoom none;
+            EXPECT_EQ(m_registry.QueryValue(key, {name.data(), nameRoom.m_nSize}, nullptr, none), ERROR_SUCCESS);
+            EXPECT_EQ(none.m_nSize, dataRoom.m_nSize);
+            lines.push_back(path + ": " + name.c_str() + "=" + data.substr(0, dataRoom.m_nSize).c_str());
         }
         std::string subkey(info.m_nLongestSubkey + 1, '?');
         for (std::uint32_t i = 0; i <= info.m_nSubkeys; ++i) {
@@ -187,6 +191,20 @@ TEST_F(HostedRegistry, NamesThatDifferInCaseAloneAreOpenedExactly) {
     m_registry.SetRoot(HKEY_LOCAL_MACHINE, {{&m_registry.AddHive(std::move(hive)), 0}, {}});
     EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE),
               (Lines{"\\KEY", "\\KEY: is=KEY", "\\Key", "\\Key: is=Key", "\\key", "\\key: is=key"}));
+}
+
+TEST_F(HostedRegistry, AParentMayBeClosedFirst) {
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE,
+                       {Add("[A\\\\B\\\\C] 1\n" + Link("A\\\\B\\\\C\\\\Up", "\\Registry\\Machine\\A")), {}});
+    HKEY a = 0;
+    HKEY b = 0;
+    HKEY c = 0;
+    HKEY up = 0;
+    ASSERT_EQ(m_registry.OpenKey(HKEY_LOCAL_MACHINE, "A", a), ERROR_SUCCESS);
+    ASSERT_EQ(m_registry.OpenKey(a, "B", b), ERROR_SUCCESS);
+    m_registry.CloseKey(a);
+    ASSERT_EQ(m_registry.OpenKey(b, "C", c), ERROR_SUCCESS);  // in the memory of A
+    EXPECT_EQ(m_registry.OpenKey(c, "Up", up), ERROR_SUCCESS) << "A is not open any more";
 }
 
 TEST_F(HostedRegistry, AKeyThatStandsForAnotherIsNotOpened) {
