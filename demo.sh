@@ -96,5 +96,5 @@ step "What it did to the Windows volume"
 report "$work/volume" "Volume after" "Volume before"
 
 step "The reports"
-echo "   $page"
 echo "   $home/Results/After - Before.htm"
+echo "   $page"

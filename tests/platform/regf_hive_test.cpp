@@ -229,6 +229,7 @@ TEST(RegfHive, DamageCostsWhatItHits) {
         {"a list of values that is nowhere", alpha + 40, 0x7000'0000, 4,
          With(Without(kSmall, "Alpha:"), {valueNotice})},
         {"fewer subkeys than the key tells", apps + 20, 3, 4, With(kSmall, {keyNotice})},
+        {"cells behind the end of the hive", 40, static_cast<std::uint32_t>(apps - 4096), 4, {}},
         {"no root", 36, 0x7000'0000, 4, {"(no hive)"}},
         {"another file", 0, 0, 4, {"(no hive)"}},
     };
@@ -369,8 +370,8 @@ TEST(RegfHive, LogsAreReplayedInTheirOrder) {
     // Windows begins each entry at a whole sector.
     const std::string filler = hive.substr(hive.size() - (512 - 56));
     const auto fillerAt = static_cast<std::uint32_t>(hive.size() - filler.size() - 4096);
-    const CLogEntry wideEight{8, {eight.m_pages.front(), {fillerAt, filler}}};
-    const CLogEntry wide{9, {nine.m_pages.front(), {fillerAt, filler}}};
+    const CLogEntry wideEight{8, {{fillerAt, filler}, eight.m_pages.front()}};
+    const CLogEntry wide{9, {{fillerAt, filler}, nine.m_pages.front()}};
     std::string brokenMiddle = log({wideEight, wide, ten});
     brokenMiddle[512 + 1024 + 100] ^= 1;
     CLogEntry outside = nine;

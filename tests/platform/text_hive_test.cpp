@@ -60,10 +60,12 @@ TEST(TextHive, ManyKeysOutOfOrderAreToldApart) {
 TEST(TextHive, LinksKnowWhereTheyLead) {
     CTextHive hive = Open(
         "[To] 1\n#link\n\"SymbolicLinkValue\"=hex(6):5c,00,61,00,5c,00,e9,00\n"
-        "[Nowhere] 1\n#link\n[Plain] 1\n\"SymbolicLinkValue\"=hex(6):5c,00\n");
+        "[Nowhere] 1\n#link\n[Wrong] 1\n#link\n\"SymbolicLinkValue\"=\"\\\\a\"\n[Plain] "
+        "1\n\"SymbolicLinkValue\"=hex(6):5c,00\n");
     const auto linkOf = [&](const char* name) { return hive.GetLink(hive.FindSubkey(hive.GetRoot(), name).value()); };
     EXPECT_EQ(linkOf("to"), "\\a\\\u00E9");
     EXPECT_EQ(linkOf("Nowhere"), "");
+    EXPECT_EQ(linkOf("Wrong"), "") << "a text is no target";
     EXPECT_EQ(linkOf("Plain"), std::nullopt);
 }
 
