@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/machine.h"
+#include "platform/toolkit.h"
 #include "platform/text.h"
 
 namespace delvane {
@@ -41,6 +42,10 @@ public:
     void SetMachine(std::unique_ptr<CMachine> machine) { m_pMachine = std::move(machine); }
     CMachine& GetMachine() const { return *m_pMachine; }
 
+    // The window system of a visible run.
+    void SetToolkit(std::unique_ptr<CToolkit> toolkit) { m_pToolkit = std::move(toolkit); }
+    CToolkit& GetToolkit() const { return *m_pToolkit; }
+
     // Reads the identity and the folders of the machine and the stored options, and deletes the error log of an
     // earlier run. Fails nowhere.
     void Initialize();
@@ -56,6 +61,7 @@ public:
     const CString* GetFolder(int kind);
     // The directory of snapshots and reports, made when it is missing. May end in a backslash.
     const CString& GetResultsDir();
+    CString GetHelpPath() const { return m_strProgramDir + "\\Using.htm"; }
     std::uint64_t GetSystemFileTime() const { return m_pMachine->GetSystemTime(); }
 
     // The configuration file. False where it cannot be opened or is shorter than its ten values; then no field changes.
@@ -135,6 +141,7 @@ private:
     void BadSwitch(const CString& token);
 
     std::unique_ptr<CMachine> m_pMachine;
+    std::unique_ptr<CToolkit> m_pToolkit;
     std::set<CString> m_said;
 };
 

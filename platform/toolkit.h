@@ -1,11 +1,27 @@
-// The window system as the program sees it. So far: the posted messages of a capture that somebody watches.
+// The window system as the program sees it: dialogs that are described by data, message boxes, posted messages, a
+// splash.
+//
+// A dialog is a template and a class with handlers (CDialog of shell/); a toolkit makes a window of the template and
+// tells the handlers what the user does. Texts are in the code page; an ampersand stands before a mnemonic. All but
+// PostMessage is called by one thread, the one that made the toolkit.
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "platform/text.h"
 
 namespace delvane {
 
 constexpr std::uint32_t WM_USER = 0x400;
+
+// Ids of controls and results of dialogs and message boxes.
+constexpr std::uint32_t IDOK = 1;
+constexpr std::uint32_t IDCANCEL = 2;
+constexpr std::uint32_t IDYES = 6;
+constexpr std::uint32_t IDNO = 7;
 
 // Something with a message queue of its own, a dialog for instance.
 class CMessageTarget {
@@ -15,5 +31,124 @@ public:
     // thread are handled in the order of the calls.
     virtual void PostMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) = 0;
 };
+
+// The templates.
+
+enum class EControlKind {
+    kLabel,
+    kGroup,
+    kIcon,
+    kText,  // read-only, to be selected and copied
+    kButton,
+    kDefaultButton,
+    kCheck,
+    kThreeState,  // moves through its three states by itself
+    kCombo,       // free text with a list of suggestions
+    kSortedList,  // one entry may be selected
+    kItemList,    // items with a small image, any number of them selected
+};
+
+// In dialog units: a quarter of the average width of the font's characters, an eighth of their height. A toolkit makes
+// the units larger where a text would not fit.
+struct CPlace {
+    int m_nLeft = 0;
+    int m_nTop = 0;
+    int m_nWidth = 0;
+    int m_nHeight = 0;
+};
+
+struct CControlTemplate {
+    EControlKind m_kind = EControlKind::kLabel;
+    std::uint32_t m_id = 0;
+    std::string_view m_text;
+    CPlace m_place;
+    std::span<const std::string_view> m_entries;  // of a combo box
+};
+
+struct CMenuEntry {
+    std::uint32_t m_id = 0;   // 0: a separator
+    std::string_view m_text;  // a key of its own behind a tab
+};
+
+struct CMenuPopup {
+    std::string_view m_text;
+    std::span<const CMenuEntry> m_entries;
+};
+
+// Tab goes through the controls in their order; a label gives its mnemonic to the control behind it.
+struct CDialogTemplate {
+    std::uint32_t m_id = 0;
+    std::string_view m_title;
+    int m_nWidth = 0;  // in dialog units
+    int m_nHeight = 0;
+    std::span<const CControlTemplate> m_controls;
+    std::span<const CMenuPopup> m_menu;
+};
+
+// The windows.
+
+enum class EControlEvent {
+    kClicked,    // a button, a check box or a menu entry; Enter, Esc and the close box are IDOK and IDCANCEL
+    kEdited,     // the text of a combo box
+    kSelected,   // another entry of a combo box (its text is still the old one), a list or an item list
+    kListClosed  // that of a combo box
+};
+
+// What a window tells its dialog.
+class CDialogEvents {
+public:
+    virtual ~CDialogEvents() = default;
+    virtual void OnInit() = 0;  // before the window appears
+    virtual void OnControl(std::uint32_t id, EControlEvent event) = 0;
+    virtual void OnMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) = 0;
+    virtual void OnMenuOpening(std::size_t popup) = 0;
+};
+
+// The window of one dialog. Ids are those of its template.
+class CDialogWindow : public CMessageTarget {
+public:
+    // Shows the window and handles its events until End. Gives the result.
+    virtual std::uint32_t RunModal() = 0;
+    virtual void End(std::uint32_t result) = 0;
+
+    virtual void SetTitle(std::string_view title) = 0;
+    virtual void SetText(std::uint32_t id, std::string_view text) = 0;
+    virtual CString GetText(std::uint32_t id) const = 0;  // of a list the selected entry
+    virtual void SetCheck(std::uint32_t id, int state) = 0;
+    virtual int GetCheck(std::uint32_t id) const = 0;
+    virtual void Enable(std::uint32_t id, bool enabled) = 0;
+    virtual void EnableMenuEntry(std::uint32_t id, bool enabled) = 0;
+    virtual void AddEntry(std::uint32_t id, std::string_view text) = 0;
+
+    // Of an item list, by index. The image is that of the drive strip.
+    virtual void AddItem(std::uint32_t id, std::string_view text, std::uint32_t image, bool selected) = 0;
+    virtual void SelectItem(std::uint32_t id, std::size_t index, bool selected) = 0;
+    virtual bool IsItemSelected(std::uint32_t id, std::size_t index) const = 0;
+};
+
+enum class EMessageButtons { kOk, kYesNo, kYesNoCancel };
+enum class EMessageIcon { kQuestion, kError };
+
+class CToolkit {
+public:
+    virtual ~CToolkit() = default;
+
+    virtual std::unique_ptr<CDialogWindow> CreateDialog(const CDialogTemplate& dialog, CDialogEvents& events) = 0;
+    // Gives IDOK, IDYES, IDNO or IDCANCEL.
+    virtual std::uint32_t ShowMessage(std::string_view text, std::string_view title, EMessageButtons buttons,
+                                      EMessageIcon icon) = 0;
+    virtual void BeginWaitCursor() = 0;
+    virtual void EndWaitCursor() = 0;
+    // A picture without a frame in the middle of the screen, painted at once, until it is hidden. False where it
+    // cannot be shown.
+    virtual bool ShowSplash() = 0;
+    virtual void HideSplash() = 0;
+    // Blocks the thread.
+    virtual void Sleep(std::uint32_t milliseconds) = 0;
+};
+
+// The window system of this machine; null where there is none, and `problem` says why in one sentence. Loaded when it
+// is asked for.
+std::unique_ptr<CToolkit> LoadToolkit(CString& problem);
 
 }  // namespace delvane

@@ -1,115 +1,261 @@
 #include "shell/main_dialog.h"
 
-#include "core/app.h"
 #include "core/context.h"
 #include "report/master.h"
-#include "tree/archive.h"
+#include "resources/dialogs.h"
+#include "shell/name_dialogs.h"
+#include "shell/options_dialog.h"
+#include "shell/progress_dialog.h"
 
 namespace delvane {
 namespace {
 
-// Runs an action whose failure is told by false or by any exception. Gives what went wrong, in words, or nothing.
-template <class Action>
-CString ReasonOfFailure(Action action) {
+constexpr std::uint32_t kMsgAutoBaseline = WM_USER + 3;
+constexpr std::uint32_t kMsgAutoCurrent = WM_USER + 4;
+constexpr std::uint32_t kMsgAutoCompare = WM_USER + 5;
+
+constexpr std::uint32_t kSplashTime = 5000;  // in milliseconds
+
+// The fields of one side.
+struct CFieldIds {
+    std::uint32_t m_nName;
+    std::uint32_t m_nMachine;
+    std::uint32_t m_nUser;
+    std::uint32_t m_nTime;
+    std::uint32_t m_nSystem;
+};
+constexpr CFieldIds kBaselineFields = {1003, 1006, 1007, 1009, 1016};
+constexpr CFieldIds kCurrentFields = {1017, 1020, 1021, 1022, 1023};
+
+// A page that could not be finished is taken away, and false given.
+bool MakeReport(CMasterReport& report) {
+    bool complete = false;
     try {
-        return action();
+        complete = report.GenerateReport();
     } catch (...) {
-        return DescribeCurrentException();
+        theContext.Say("no report was made: " + DescribeCurrentException());
+        return false;  // whatever stood in its place still does
     }
-}
-
-bool CreateSnapshot(CSnapshot& snapshot) {
-    const CInterruptGuard guard;
-    const CString reason = ReasonOfFailure([&]() -> CString {
-        if (!snapshot.Capture(nullptr)) return snapshot.GetError();
-        if (!snapshot.Save()) return snapshot.GetError();
-        return {};
-    });
-    theContext.TellNotices();
-    if (reason.empty()) return true;
-    // Without a machine the sentence tells everything, and it may have been said at the start.
-    const bool noMachine = !theContext.GetMachine().IsPresent();
-    theContext.Say(noMachine ? reason : "snapshot \"" + CString(snapshot.m_name) + "\" was not created: " + reason);
-    theApp.m_nExitCode |= kExitCreateFailed;
-    return false;
-}
-
-bool LoadSnapshot(CSnapshot& snapshot) {
-    // Loading replaces the name by the one that the file holds.
-    const CString name(snapshot.m_name);
-    const CString path = theContext.GetMachine().GetDisplayPath(snapshot.GetLoadPath());
-    const CString reason = ReasonOfFailure([&]() -> CString {
-        try {
-            return snapshot.Load() ? CString() : snapshot.GetError();
-        } catch (const CArchiveError& error) {
-            const CString text = path + ": " + error.what();
-            theContext.GetErrorLog() << text << '\n' << std::flush;
-            return text;
-        } catch (const CFileError& error) {
-            theContext.GetErrorLog() << error.what() << '\n' << std::flush;
-            throw;
-        }
-    });
-    if (reason.empty()) return true;
-    theContext.Say("snapshot \"" + name + "\" was not loaded: " + reason);
-    theApp.m_nExitCode |= kExitLoadFailed;
-    return false;
-}
-
-bool RunSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name, bool create) {
-    side.reset();
-    side = std::make_unique<CSnapshot>();
-    side->SetName(name);
-    if (create ? CreateSnapshot(*side) : LoadSnapshot(*side)) return true;
-    side.reset();
-    return false;
+    if (!complete) theContext.GetMachine().DeleteFile(report.m_strReportPath);
+    return complete;
 }
 
 }  // namespace
 
-void CMainDlg::RunUnattended() {
-    if (!theContext.m_strBaselineName.empty() && !RunBaseline()) return;
-    if (!theContext.m_strCurrentName.empty() && !RunCurrent()) return;
-    if (theContext.m_bGenerateReport) RunReport();
+CMainDlg::CMainDlg() : CDialog(IDD_MAIN) {}
+
+void CMainDlg::OnInitDialog() {
+    const bool hasSplash = !theContext.m_bNoLogo;
+    if (hasSplash) theContext.GetToolkit().ShowSplash();
+    GetWindow().SetTitle(CString(kProgramTitle) + " - v2.1");
+    UpdateCompareState();
+    if (!theContext.m_strBaselineName.empty()) {
+        GetWindow().PostMessage(kMsgAutoBaseline, 0, 0);
+    } else if (!theContext.m_strCurrentName.empty()) {
+        GetWindow().PostMessage(kMsgAutoCurrent, 0, 0);
+    } else if (hasSplash) {
+        theContext.GetToolkit().Sleep(kSplashTime);
+        HideSplash();
+    }
 }
 
-bool CMainDlg::RunBaseline() {
-    return RunSnapshot(m_pBaseline, theContext.m_strBaselineName, theContext.m_bCreateBaseline);
+void CMainDlg::OnCommand(std::uint32_t id, EControlEvent event) {
+    if (event != EControlEvent::kClicked) return;
+    switch (id) {
+        case IDC_CREATE_BASELINE:
+            return OnCreateBaseline();
+        case IDC_CREATE_CURRENT:
+            return OnCreateCurrent();
+        case IDC_LOAD_BASELINE:
+            return OnLoad(m_pBaseline);
+        case IDC_LOAD_CURRENT:
+            return OnLoad(m_pCurrent);
+        case IDC_COMPARE:
+            return OnCompare();
+        case IDM_EXIT:
+            return EndDialog(IDOK);
+        case IDM_OPTIONS:
+            return OnOptions();
+        case IDM_USING:
+            return OnUsing();
+        case IDM_ABOUT:
+            CDialog(IDD_ABOUT).DoModal();
+            return;
+        default:
+            return;
+    }
 }
 
-bool CMainDlg::RunCurrent() {
-    return RunSnapshot(m_pCurrent, theContext.m_strCurrentName, theContext.m_bCreateCurrent);
+void CMainDlg::OnMessage(std::uint32_t message, std::uint32_t, std::uint32_t) {
+    if (message == kMsgAutoBaseline) OnAutoBaseline();
+    if (message == kMsgAutoCurrent) OnAutoCurrent();
+    if (message == kMsgAutoCompare) OnAutoCompare();
 }
 
-bool CMainDlg::RunReport() {
-    if (m_pBaseline == nullptr || m_pCurrent == nullptr) {
-        theContext.Say("no report was made: it needs a baseline (/b:NAME) and a current snapshot (/c:NAME)");
-        theApp.m_nExitCode |= kExitNoReport;
+void CMainDlg::OnMenuOpening(std::size_t popup) {
+    if (popup == 0) UpdateCompareState();
+}
+
+// The commands.
+
+void CMainDlg::OnCreateBaseline() {
+    CNewSnapshotDlg question;
+    question.m_bCompareEnabled = 0;
+    if (question.DoModal() == IDOK) {
+        CreateSide(m_pBaseline, question.m_strName);
+        UpdateFields(m_pBaseline);
+    }
+    UpdateCompareState();
+}
+
+void CMainDlg::OnCreateCurrent() {
+    CNewSnapshotDlg question;
+    question.m_bCompareEnabled = question.m_bCompareAfter = m_pBaseline != nullptr ? 1 : 0;
+    if (question.DoModal() == IDOK) {
+        if (CreateSide(m_pCurrent, question.m_strName) && question.m_bCompareAfter != 0) OnCompare();
+        UpdateFields(m_pCurrent);
+    }
+    UpdateCompareState();
+}
+
+void CMainDlg::OnLoad(std::unique_ptr<CSnapshot>& side) {
+    CLoadSnapshotDlg question;
+    if (question.DoModal() == IDOK) {
+        const CWaitCursor wait;
+        LoadSide(side, question.m_strName);
+        UpdateFields(side);
+    }
+    UpdateCompareState();
+}
+
+// What the side held is gone from the start: a cancelled capture leaves it empty.
+bool CMainDlg::CreateSide(std::unique_ptr<CSnapshot>& side, const CString& name) {
+    side.reset();
+    side = std::make_unique<CSnapshot>();
+    side->SetName(name);
+    std::uint32_t result = IDCANCEL;
+    {
+        CProgressDlg progress;
+        progress.m_pSnapshot = side.get();
+        result = progress.DoModal();
+    }
+    const CWaitCursor wait;
+    theContext.TellNotices();
+    if (result != IDOK) {
+        side.reset();
         return false;
     }
+    try {
+        side->Save();
+    } catch (...) {
+        // The snapshot stays usable without a file.
+        theContext.Say("snapshot \"" + name + "\" was not saved: " + DescribeCurrentException());
+    }
+    return true;
+}
+
+void CMainDlg::LoadSide(std::unique_ptr<CSnapshot>& side, const CString& name) {
+    side.reset();
+    side = std::make_unique<CSnapshot>();
+    side->SetName(name);
+    bool loaded = false;
+    try {
+        loaded = side->Load();
+    } catch (...) {
+        const CString path = theContext.GetMachine().GetDisplayPath(side->GetLoadPath());
+        theContext.GetToolkit().ShowMessage(path + ": " + DescribeCurrentException(), kProgramTitle,
+                                            EMessageButtons::kOk, EMessageIcon::kError);
+    }
+    if (!loaded) side.reset();
+}
+
+void CMainDlg::OnCompare() {
     CMasterReport report(*m_pCurrent, *m_pBaseline);
     CMachine& machine = theContext.GetMachine();
-    if (!theContext.m_bUseExistingReport || !machine.FileExists(report.m_strReportPath)) {
-        bool complete = false;
-        const CString reason = ReasonOfFailure([&]() -> CString {
-            complete = report.GenerateReport();
-            return {};
-        });
-        if (!reason.empty()) {
-            // The page was not finished, and whatever stood in its place still does.
-            theContext.Say("no report was made: " + reason);
-            theApp.m_nExitCode |= kExitNoReport;
-            return false;
-        }
-        if (!complete) {
-            machine.DeleteFile(report.m_strReportPath);
-            theContext.Say("no report was made: the snapshots could not be compared");
-            theApp.m_nExitCode |= kExitNoReport;
-            return false;
-        }
+    std::uint32_t answer = IDNO;
+    if (machine.FileExists(report.m_strReportPath)) {
+        answer = theContext.GetToolkit().ShowMessage(
+            FormatString1("The Report \"%1\" already exists.\nIf you proceed, you will overwrite the existing "
+                          "report.\n\nWould you prefer instead to view the existing report?",
+                          report.m_strReportName),
+            kProgramTitle, EMessageButtons::kYesNoCancel, EMessageIcon::kQuestion);
     }
-    if (theContext.m_bDisplayReport) machine.OpenDocument(report.m_strReportPath);
-    return true;
+    if (answer == IDCANCEL) return;
+    if (answer == IDNO) {
+        const CWaitCursor wait;
+        if (!MakeReport(report)) return;
+    }
+    machine.OpenDocument(report.m_strReportPath);
+}
+
+void CMainDlg::OnOptions() {
+    COptionsDlg options;
+    if (options.DoModal() == IDOK) options.ApplyToContext();
+}
+
+void CMainDlg::OnUsing() { theContext.GetMachine().OpenDocument(theContext.GetHelpPath()); }
+
+// The automatic steps.
+
+void CMainDlg::AutoSide(std::unique_ptr<CSnapshot>& side, const CString& name, bool create) {
+    if (create) {
+        CreateSide(side, name);
+    } else {
+        const CWaitCursor wait;
+        LoadSide(side, name);
+    }
+    UpdateFields(side);
+    UpdateCompareState();
+}
+
+void CMainDlg::OnAutoBaseline() {
+    AutoSide(m_pBaseline, theContext.m_strBaselineName, theContext.m_bCreateBaseline);
+    if (!theContext.m_strCurrentName.empty()) {
+        GetWindow().PostMessage(kMsgAutoCurrent, 0, 0);
+    } else {
+        HideSplash();
+    }
+}
+
+void CMainDlg::OnAutoCurrent() {
+    AutoSide(m_pCurrent, theContext.m_strCurrentName, theContext.m_bCreateCurrent);
+    if (theContext.m_bGenerateReport && m_pBaseline != nullptr && m_pCurrent != nullptr) {
+        GetWindow().PostMessage(kMsgAutoCompare, 0, 0);
+    } else {
+        HideSplash();
+    }
+}
+
+void CMainDlg::OnAutoCompare() {
+    CMasterReport report(*m_pCurrent, *m_pBaseline);
+    CMachine& machine = theContext.GetMachine();
+    const bool isKept = theContext.m_bUseExistingReport && machine.FileExists(report.m_strReportPath);
+    const bool stands = isKept || MakeReport(report);
+    HideSplash();
+    if (stands && theContext.m_bDisplayReport) machine.OpenDocument(report.m_strReportPath);
+}
+
+// What the dialog shows.
+
+void CMainDlg::UpdateFields(const std::unique_ptr<CSnapshot>& side) {
+    const CFieldIds& ids = &side == &m_pBaseline ? kBaselineFields : kCurrentFields;
+    const bool isThere = side != nullptr;
+    CDialogWindow& window = GetWindow();
+    window.SetText(ids.m_nName, isThere ? CString(side->m_name) + " (" + side->m_strVersion + ")" : "");
+    window.SetText(ids.m_nMachine, isThere ? side->m_strComputerName : "");
+    window.SetText(ids.m_nUser, isThere ? side->m_strUserName : "");
+    window.SetText(ids.m_nTime, isThere ? side->GetTimeString() : "");
+    window.SetText(ids.m_nSystem, isThere ? side->m_strOsName : "");
+}
+
+void CMainDlg::UpdateCompareState() {
+    const bool enabled = m_pBaseline != nullptr && m_pCurrent != nullptr;
+    GetWindow().Enable(IDC_COMPARE, enabled);
+    GetWindow().EnableMenuEntry(IDC_COMPARE, enabled);
+}
+
+void CMainDlg::HideSplash() {
+    if (!theContext.m_bNoLogo) theContext.GetToolkit().HideSplash();
 }
 
 }  // namespace delvane

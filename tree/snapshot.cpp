@@ -5,6 +5,7 @@
 #include "capture/registry.h"
 #include "core/context.h"
 #include "report/master.h"
+#include "resources/dialogs.h"
 #include "resources/strings.h"
 #include "tree/archive.h"
 
@@ -110,7 +111,12 @@ void CSnapshot::RefuseLoad(std::uint32_t textId) {
     m_strError =
         theContext.GetMachine().GetDisplayPath(GetLoadPath()) +
         (textId == IDS_WRONG_SIGNATURE ? ": this is no snapshot file" : ": a later version of this program wrote it");
-    if (theContext.m_bSilent) theContext.GetErrorLog() << LoadResString(textId) << '\n' << std::flush;
+    if (theContext.m_bSilent) {
+        theContext.GetErrorLog() << LoadResString(textId) << '\n' << std::flush;
+    } else {
+        theContext.GetToolkit().ShowMessage(LoadResString(textId), kProgramTitle, EMessageButtons::kOk,
+                                            EMessageIcon::kError);
+    }
 }
 
 void CSnapshot::Serialize(CArchive& archive) {

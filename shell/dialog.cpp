@@ -1,0 +1,39 @@
+#include "shell/dialog.h"
+
+#include "core/context.h"
+#include "resources/dialogs.h"
+
+namespace delvane {
+
+std::uint32_t CDialog::DoModal() {
+    m_pWindow = theContext.GetToolkit().CreateDialog(GetDialogTemplate(m_nTemplate), *this);
+    const std::uint32_t result = m_pWindow->RunModal();
+    m_pWindow.reset();
+    return result;
+}
+
+void CDialog::OnInit() {
+    DoDataExchange(false);
+    OnInitDialog();
+}
+
+void CDialog::OnOK() {
+    UpdateData();
+    EndDialog(IDOK);
+}
+
+void CDialog::OnControl(std::uint32_t id, EControlEvent event) {
+    if (id == IDOK) {
+        OnOK();
+    } else if (id == IDCANCEL) {
+        OnCancel();
+    } else {
+        OnCommand(id, event);
+    }
+}
+
+CWaitCursor::CWaitCursor() { theContext.GetToolkit().BeginWaitCursor(); }
+
+CWaitCursor::~CWaitCursor() { theContext.GetToolkit().EndWaitCursor(); }
+
+}  // namespace delvane

@@ -1,0 +1,85 @@
+#include "shell/name_dialogs.h"
+
+#include "core/context.h"
+#include "resources/dialogs.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::string_view kEnding = ".dvs";
+
+// Posted by the dialog to itself: when it is handled, the edit part of the combo box holds the chosen entry.
+constexpr std::uint32_t kMsgChosen = WM_USER + 6;
+
+}  // namespace
+
+CNewSnapshotDlg::CNewSnapshotDlg() : CDialog(IDD_NEW_SNAPSHOT) {}
+
+void CNewSnapshotDlg::DoDataExchange(bool save) {
+    if (save) {
+        m_strName = GetWindow().GetText(IDC_NAME);
+        m_bCompareAfter = GetWindow().GetCheck(IDC_COMPARE_AFTER);
+    } else {
+        GetWindow().SetText(IDC_NAME, m_strName);
+        GetWindow().SetCheck(IDC_COMPARE_AFTER, m_bCompareAfter);
+    }
+}
+
+void CNewSnapshotDlg::OnInitDialog() {
+    UpdateOkState();
+    GetWindow().Enable(IDC_COMPARE_AFTER, m_bCompareEnabled != 0);
+}
+
+void CNewSnapshotDlg::UpdateOkState() {
+    UpdateData();
+    GetWindow().Enable(IDOK, !m_strName.empty());
+}
+
+void CNewSnapshotDlg::OnCommand(std::uint32_t id, EControlEvent event) {
+    if (id != IDC_NAME) return;
+    UpdateOkState();
+    if (event == EControlEvent::kSelected) GetWindow().PostMessage(kMsgChosen, 0, 0);
+}
+
+void CNewSnapshotDlg::OnMessage(std::uint32_t message, std::uint32_t, std::uint32_t) {
+    if (message == kMsgChosen) UpdateOkState();
+}
+
+void CNewSnapshotDlg::OnOK() {
+    UpdateData();
+    if (m_strName.empty()) return;
+    const CString path = theContext.GetResultsDir() + "\\" + m_strName + CString(kEnding);
+    if (theContext.GetMachine().FileExists(path)) {
+        const std::uint32_t answer = theContext.GetToolkit().ShowMessage(
+            FormatString1("The Snapshot \"%1\" already exists.\nDo you wish to replace it?", m_strName), kProgramTitle,
+            EMessageButtons::kYesNo, EMessageIcon::kQuestion);
+        if (answer != IDYES) return;
+    }
+    CDialog::OnOK();
+}
+
+CLoadSnapshotDlg::CLoadSnapshotDlg() : CDialog(IDD_LOAD_SNAPSHOT) {}
+
+void CLoadSnapshotDlg::DoDataExchange(bool save) {
+    if (save) m_strName = GetWindow().GetText(IDC_SNAPSHOTS);
+}
+
+void CLoadSnapshotDlg::OnInitDialog() {
+    bool hasEntries = false;
+    const auto search = theContext.GetMachine().OpenSearch(theContext.GetResultsDir());
+    for (CFindData data; search != nullptr && search->Next(data);) {
+        if (mbsicmp(ExtensionOf(data.m_name), kEnding) != 0) continue;
+        GetWindow().AddEntry(IDC_SNAPSHOTS, data.m_name.substr(0, data.m_name.size() - kEnding.size()));
+        hasEntries = true;
+    }
+    GetWindow().Enable(IDC_SNAPSHOTS, hasEntries);
+    GetWindow().Enable(IDOK, false);
+}
+
+void CLoadSnapshotDlg::OnCommand(std::uint32_t id, EControlEvent event) {
+    if (id != IDC_SNAPSHOTS || event != EControlEvent::kSelected) return;
+    UpdateData();
+    if (!m_strName.empty()) GetWindow().Enable(IDOK, true);
+}
+
+}  // namespace delvane
