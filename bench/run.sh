@@ -14,7 +14,7 @@ CDPATH='' cd -- "$(dirname -- "$0")/.."
 
 need_packages g++ cmake ninja-build pkg-config libutf8proc-dev findutils coreutils libhivex-bin
 # The default build with some small programs more.
-cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DDELVANE_TESTS=OFF -DDELVANE_BENCH=ON > /dev/null
+cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DDELVANE_TESTS=OFF -DDELVANE_QT=OFF -DDELVANE_BENCH=ON > /dev/null
 cmake --build build-bench > /dev/null
 program=$PWD/build-bench/delvane
 tools=$PWD/build-bench/bench

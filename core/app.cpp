@@ -1,6 +1,7 @@
 #include "core/app.h"
 
 #include "core/context.h"
+#include "resources/pictures.h"
 #include "shell/main_dialog.h"
 
 namespace delvane {
@@ -14,8 +15,16 @@ bool CInstallApp::InitInstance() {
     if (theContext.m_bSilent) {
         dialog.RunUnattended();
     } else {
-        theContext.Say("this build has no window yet; add /s for an unattended run (--help lists the switches)");
-        m_nExitCode |= kExitNoWindow;
+        CString problem;
+        std::unique_ptr<CToolkit> toolkit = LoadToolkit(GetPictures(), problem);
+        if (toolkit != nullptr) {
+            theContext.SetToolkit(std::move(toolkit));
+            dialog.RunVisible();
+        } else {
+            theContext.Say("no window can be shown: " + problem +
+                           "; add /s for an unattended run (--help lists the switches)");
+            m_nExitCode |= kExitNoWindow;
+        }
     }
     return false;
 }

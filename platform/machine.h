@@ -261,6 +261,9 @@ public:
     virtual std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) = 0;  // null if it cannot be created
     // The path as a person on this system would write it, for messages.
     virtual CString GetDisplayPath(std::string_view path) const = 0;
+    // Keeps other processes from the folder of the program's own files until this one ends. False where another one
+    // has it.
+    virtual bool LockProgramFolder() = 0;
     // Opens a document with the program that the system has for it; nobody waits for it.
     virtual void OpenDocument(std::string_view path) = 0;
 };

@@ -18,8 +18,8 @@ using CString = std::string;
 // _mbscmp: by character code, respecting case. Below 0, 0 or above 0. In UTF-8 that is byte order.
 inline int mbscmp(std::string_view a, std::string_view b) { return a.compare(b); }
 
-// The first eight bytes as a number: of two texts whose numbers differ, the one with the smaller comes first. Sorting by
-// it spares most looks at the texts themselves.
+// The first eight bytes as a number: of two texts whose numbers differ, the one with the smaller comes first. Sorting
+// by it spares most looks at the texts themselves.
 inline std::uint64_t TextHead(std::string_view text) {
     std::uint64_t head = 0;
     std::memcpy(&head, text.data(), std::min(text.size(), sizeof head));

@@ -1,5 +1,6 @@
 #include "shell/main_dialog.h"
 
+#include "core/app.h"
 #include "core/context.h"
 #include "report/master.h"
 #include "resources/dialogs.h"
@@ -27,6 +28,10 @@ struct CFieldIds {
 constexpr CFieldIds kBaselineFields = {1003, 1006, 1007, 1009, 1016};
 constexpr CFieldIds kCurrentFields = {1017, 1020, 1021, 1022, 1023};
 
+void ShowError(const CString& text) {
+    theContext.GetToolkit().ShowMessage(text, kProgramTitle, EMessageButtons::kOk, EMessageIcon::kError);
+}
+
 // A page that could not be finished is taken away, and false given.
 bool MakeReport(CMasterReport& report) {
     bool complete = false;
@@ -43,6 +48,26 @@ bool MakeReport(CMasterReport& report) {
 }  // namespace
 
 CMainDlg::CMainDlg() : CDialog(IDD_MAIN) {}
+
+void CMainDlg::RunVisible() {
+    CMachine& machine = theContext.GetMachine();
+    if (!machine.LockProgramFolder()) {
+        ShowError("Install Delvane is open already, with the same folder for its files: " +
+                  machine.GetDisplayPath(theContext.m_strProgramDir));
+        theApp.m_nExitCode |= kExitNotStarted;
+        return;
+    }
+    if (!machine.IsPresent()) {
+        ShowError("No snapshot can be created: " + machine.GetProblem() + "\n\nSaved ones can be loaded and compared.");
+    }
+    try {
+        // Gone again at once: what is not committed leaves nothing behind.
+        machine.CreateFile(theContext.GetResultsDir() + "\\delvane.dvs");
+    } catch (const CFileError& error) {
+        ShowError(CString("Snapshots and reports cannot be saved: ") + error.what());
+    }
+    DoModal();
+}
 
 void CMainDlg::OnInitDialog() {
     const bool hasSplash = !theContext.m_bNoLogo;
@@ -145,12 +170,14 @@ bool CMainDlg::CreateSide(std::unique_ptr<CSnapshot>& side, const CString& name)
         side.reset();
         return false;
     }
+    // A snapshot that cannot be saved stays usable without a file.
+    CString reason;
     try {
-        side->Save();
+        if (!side->Save()) reason = side->GetError();
     } catch (...) {
-        // The snapshot stays usable without a file.
-        theContext.Say("snapshot \"" + name + "\" was not saved: " + DescribeCurrentException());
+        reason = DescribeCurrentException();
     }
+    if (!reason.empty()) theContext.Say("snapshot \"" + name + "\" was not saved: " + reason);
     return true;
 }
 
@@ -163,8 +190,7 @@ void CMainDlg::LoadSide(std::unique_ptr<CSnapshot>& side, const CString& name) {
         loaded = side->Load();
     } catch (...) {
         const CString path = theContext.GetMachine().GetDisplayPath(side->GetLoadPath());
-        theContext.GetToolkit().ShowMessage(path + ": " + DescribeCurrentException(), kProgramTitle,
-                                            EMessageButtons::kOk, EMessageIcon::kError);
+        ShowError(path + ": " + DescribeCurrentException());
     }
     if (!loaded) side.reset();
 }

@@ -16,6 +16,8 @@ public:
     // What the command line of an unattended run asks for: baseline, current, report. The first failure of the two
     // snapshots ends it. What went wrong stands in the exit code, and in one sentence on standard error.
     void RunUnattended();
+    // A visible run: tells what stands in its way, and shows the dialog.
+    void RunVisible();
 
     std::unique_ptr<CSnapshot> m_pBaseline;  // destroyed after the Current
     std::unique_ptr<CSnapshot> m_pCurrent;

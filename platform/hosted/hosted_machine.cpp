@@ -1,9 +1,11 @@
 #include "platform/hosted/hosted_machine.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <ctime>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -190,6 +192,11 @@ std::unique_ptr<CFileWriter> CHostedMachine::CreateFile(std::string_view path) {
 std::unique_ptr<std::ostream> CHostedMachine::CreateTextFile(std::string_view path) {
     const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
     return hostPath ? CreateHostTextFile(*hostPath) : nullptr;
+}
+
+bool CHostedMachine::LockProgramFolder() {
+    m_lock.Reset(open(m_programFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return !m_lock || flock(m_lock.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
 void CHostedMachine::OpenDocument(std::string_view path) {

@@ -8,6 +8,7 @@
 
 #include "platform/hosted/choice.h"
 #include "platform/hosted/file_search.h"
+#include "platform/hosted/host_file.h"
 #include "platform/hosted/identity.h"
 #include "platform/hosted/path_map.h"
 #include "platform/hosted/registry.h"
@@ -71,6 +72,7 @@ public:
     std::unique_ptr<CFileWriter> CreateFile(std::string_view path) override;
     std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) override;
     CString GetDisplayPath(std::string_view path) const override { return m_paths.ToDisplay(path); }
+    bool LockProgramFolder() override;
     void OpenDocument(std::string_view path) override;
 
 private:
@@ -83,6 +85,7 @@ private:
     CSearchSet m_searches;
     std::shared_ptr<CHostedRegistry> m_pRegistry;  // read when it is first asked for
     std::set<CString> m_told;                      // the notices that were taken
+    CDescriptor m_lock;
 };
 
 }  // namespace delvane

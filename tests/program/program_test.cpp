@@ -71,7 +71,7 @@ TEST_F(Program, EachFailureHasItsBitAndOneSentence) {
     } kCases[] = {
         {"/s /g", "", 16, "no report was made"},
         {"/s /b:none /cc:never /g", "", 8, "snapshot \"none\" was not loaded"},
-        {"", "", 32, "no window yet"},
+        {"", "DISPLAY= WAYLAND_DISPLAY= QT_QPA_PLATFORM=", 32, "no window can be shown: there is no display"},
         {"/s /bc:a", "DELVANE_MACHINE=/nowhere", 4, "DELVANE_MACHINE names no machine"},
         {"/s /bc:a", "DELVANE_MACHINE= WINEPREFIX=/tmp", 4, "WINEPREFIX names no machine"},
         {"/s /bc:a", "DELVANE_MACHINE= HOME=/nowhere", 4, "no machine to examine"},

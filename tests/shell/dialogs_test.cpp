@@ -212,6 +212,27 @@ TEST_F(Dialogs, TheSplashStaysFiveSecondsWithoutNames) {
     EXPECT_EQ(m_pMachine->m_opened, std::vector<CString>{"C:\\Delvane\\Using.htm"});
 }
 
+TEST_F(Dialogs, WhatStandsInTheWayIsToldAtTheStart) {
+    Start(kDisks, "/nologo");
+    const Steps close = {[](Window& window) { window.Close(); }};
+    m_pToolkit->Script(IDD_MAIN, close);
+    m_dialog.RunVisible();
+    EXPECT_TRUE(m_pToolkit->m_messages.empty());
+    m_pMachine->m_bPresent = false;
+    m_pMachine->m_bReadOnly = true;
+    m_pToolkit->Script(IDD_MAIN, close);
+    m_dialog.RunVisible();
+    ASSERT_EQ(m_pToolkit->m_messages.size(), 2U);
+    EXPECT_NE(m_pToolkit->m_messages[0].find("no machine here"), CString::npos);
+    EXPECT_NE(m_pToolkit->m_messages[1].find("cannot be saved"), CString::npos);
+    EXPECT_EQ(theApp.m_nExitCode, 0);
+    m_pMachine->m_bLocked = true;
+    m_dialog.RunVisible();
+    EXPECT_EQ(m_pToolkit->m_messages.size(), 3U);
+    EXPECT_EQ(m_pToolkit->m_dialogs.size(), 2U) << "no second window on the same files";
+    EXPECT_EQ(theApp.m_nExitCode, kExitNotStarted);
+}
+
 TEST_F(Dialogs, ANameIsAskedFor) {
     Start(kDisks, "/nologo");
     m_pMachine->m_files[kResults + "taken.dvs"] = "x";

@@ -67,6 +67,7 @@ public:
     std::unique_ptr<CFileWriter> CreateFile(std::string_view path) override;
     std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) override;
     CString GetDisplayPath(std::string_view path) const override { return CString(path); }
+    bool LockProgramFolder() override { return !m_bLocked; }
     void OpenDocument(std::string_view path) override { m_opened.emplace_back(path); }
 
     CScriptedRegistry m_registry{"HKCR\n  .x\\\nHKCU\n  Software\\\nHKLM\n  SOFTWARE\\\n"};
@@ -83,6 +84,7 @@ public:
     std::map<CString, CString> m_files;  // the program's own files by path; a full disk or a read-only one refuses more
     std::vector<CString> m_directories = {"C:\\Delvane"};
     bool m_bReadOnly = false;
+    bool m_bLocked = false;  // another process has the program's folder
     std::size_t m_nFreeBytes = SIZE_MAX;
     std::vector<CString> m_opened;  // documents
     std::size_t m_nOpenSearches = 0;

@@ -1,0 +1,31 @@
+// The window system of the host: a module beside the program, loaded by a visible run alone.
+#include <dlfcn.h>
+
+#include "platform/hosted/choice.h"
+#include "platform/hosted/host_file.h"
+#include "platform/toolkit_pictures.h"
+
+namespace delvane {
+
+std::unique_ptr<CToolkit> LoadToolkit(const CPictureBytes& pictures, CString& problem) {
+    const bool hasDisplay = !GetVariable("DISPLAY").empty() || !GetVariable("WAYLAND_DISPLAY").empty() ||
+                            !GetVariable("QT_QPA_PLATFORM").empty();
+    if (!hasDisplay) {
+        problem = "there is no display (neither DISPLAY nor WAYLAND_DISPLAY is set)";
+        return nullptr;
+    }
+    const std::string executable = RealHostPath("/proc/self/exe");
+    const std::string folder = executable.substr(0, executable.rfind('/'));
+    void* module = nullptr;
+    for (const std::string& path : {folder + "/delvane-qt.so", folder + "/../lib/delvane/delvane-qt.so"}) {
+        if (module == nullptr) module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (module == nullptr && problem.empty()) problem = dlerror();
+    }
+    // The module stays loaded to the end of the process.
+    auto* const make = module == nullptr ? nullptr : reinterpret_cast<CMakeToolkit*>(dlsym(module, kMakeToolkit));
+    if (make == nullptr) return nullptr;
+    problem.clear();
+    return std::unique_ptr<CToolkit>(make(pictures));
+}
+
+}  // namespace delvane

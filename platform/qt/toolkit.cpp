@@ -1,0 +1,467 @@
+// The window system on Qt 6: a module of its own, which the program loads for a visible run.
+#include <QtGui/QCloseEvent>
+#include <QtGui/QPainter>
+#include <QtGui/QScreen>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QCheckBox>
+#include <QtWidgets/QComboBox>
+#include <QtWidgets/QDialog>
+#include <QtWidgets/QGroupBox>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QLineEdit>
+#include <QtWidgets/QListWidget>
+#include <QtWidgets/QMenuBar>
+#include <QtWidgets/QMessageBox>
+#include <QtWidgets/QPushButton>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <thread>
+#include <vector>
+
+#include "platform/qt/module.h"
+
+namespace delvane {
+namespace {
+
+QString ToQt(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
+CString FromQt(const QString& text) { return text.toStdString(); }
+
+// A message that was posted to a window.
+class CPostedEvent : public QEvent {
+public:
+    static constexpr Type kType = static_cast<Type>(User + 1);
+
+    CPostedEvent(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam)
+        : QEvent(kType), m_nMessage(message), m_wParam(wParam), m_lParam(lParam) {}
+
+    std::uint32_t m_nMessage;
+    std::uint32_t m_wParam;
+    std::uint32_t m_lParam;
+};
+
+// Goes from off to on, and from there to the third state; Qt's own goes to the third state first.
+class CThreeStateBox : public QCheckBox {
+public:
+    using QCheckBox::QCheckBox;
+
+protected:
+    void nextCheckState() override {
+        setCheckState(checkState() == Qt::Unchecked ? Qt::Checked
+                      : checkState() == Qt::Checked ? Qt::PartiallyChecked
+                                                    : Qt::Unchecked);
+    }
+};
+
+class CQtWindow : public QDialog, public CDialogWindow {
+public:
+    CQtWindow(QWidget* parent, const CDialogTemplate& dialog, CDialogEvents& events, const CPictures& pictures)
+        : QDialog(parent), m_template(dialog), m_events(events), m_pictures(pictures) {
+        setWindowTitle(ToQt(dialog.m_title));
+        setWindowModality(Qt::ApplicationModal);
+        setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+        for (const CControlTemplate& control : dialog.m_controls)
+            AddControl(control);
+        AddMenu();
+        Place();
+    }
+
+    void PostMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override {
+        QCoreApplication::postEvent(this, new CPostedEvent(message, wParam, lParam));
+    }
+    std::uint32_t RunModal() override {
+        m_events.OnInit();
+        if (!m_bEnded) exec();
+        return m_nResult;
+    }
+    void End(std::uint32_t result) override {
+        m_bEnded = true;
+        m_nResult = result;
+        QDialog::done(static_cast<int>(result));
+    }
+
+    void SetTitle(std::string_view title) override { setWindowTitle(ToQt(title)); }
+    void SetText(std::uint32_t id, std::string_view text) override {
+        QWidget* const widget = m_controls.at(id);
+        if (auto* const edit = dynamic_cast<QLineEdit*>(widget)) {
+            edit->setText(ToQt(text));
+            edit->setCursorPosition(0);
+        } else if (auto* const combo = dynamic_cast<QComboBox*>(widget)) {
+            combo->setEditText(ToQt(text));
+        }
+    }
+    CString GetText(std::uint32_t id) const override {
+        QWidget* const widget = m_controls.at(id);
+        if (const auto* const edit = dynamic_cast<QLineEdit*>(widget)) return FromQt(edit->text());
+        if (const auto* const combo = dynamic_cast<QComboBox*>(widget)) return FromQt(combo->currentText());
+        const auto* const list = dynamic_cast<QListWidget*>(widget);
+        if (list == nullptr || list->selectedItems().isEmpty()) return {};
+        return FromQt(list->selectedItems().front()->text());
+    }
+    void SetCheck(std::uint32_t id, int state) override {
+        static constexpr Qt::CheckState kStates[] = {Qt::Unchecked, Qt::Checked, Qt::PartiallyChecked};
+        Get<QCheckBox>(id).setCheckState(kStates[state]);
+    }
+    int GetCheck(std::uint32_t id) const override {
+        const Qt::CheckState state = Get<QCheckBox>(id).checkState();
+        return state == Qt::Unchecked ? 0 : state == Qt::Checked ? 1 : 2;
+    }
+    void Enable(std::uint32_t id, bool enabled) override { m_controls.at(id)->setEnabled(enabled); }
+    void EnableMenuEntry(std::uint32_t id, bool enabled) override { m_actions.at(id)->setEnabled(enabled); }
+    void AddEntry(std::uint32_t id, std::string_view text) override { Get<QListWidget>(id).addItem(ToQt(text)); }
+    void AddItem(std::uint32_t id, std::string_view text, std::uint32_t image, bool selected) override {
+        auto* const item = new QListWidgetItem(QIcon(m_pictures.GetDrive(image)), ToQt(text), &Get<QListWidget>(id));
+        item->setSelected(selected);
+    }
+    void SelectItem(std::uint32_t id, std::size_t index, bool selected) override {
+        Get<QListWidget>(id).item(static_cast<int>(index))->setSelected(selected);
+    }
+    bool IsItemSelected(std::uint32_t id, std::size_t index) const override {
+        return Get<QListWidget>(id).item(static_cast<int>(index))->isSelected();
+    }
+
+    // Esc and the close box.
+    void reject() override { m_events.OnControl(IDCANCEL, EControlEvent::kClicked); }
+
+protected:
+    bool event(QEvent* happened) override {
+        if (happened->type() == CPostedEvent::kType) {
+            const auto* const posted = static_cast<CPostedEvent*>(happened);
+            m_events.OnMessage(posted->m_nMessage, posted->m_wParam, posted->m_lParam);
+            return true;
+        }
+        if (happened->type() == QEvent::FontChange) Place();
+        return QDialog::event(happened);
+    }
+
+    // Enter presses the button that has the focus, else the default button; without one it is OK.
+    void keyPressEvent(QKeyEvent* key) override {
+        if (key->key() != Qt::Key_Return && key->key() != Qt::Key_Enter) return QDialog::keyPressEvent(key);
+        auto* button = dynamic_cast<QPushButton*>(focusWidget());
+        if (button == nullptr) button = m_pDefault;
+        if (button != nullptr) {
+            button->click();
+        } else {
+            m_events.OnControl(IDOK, EControlEvent::kClicked);
+        }
+    }
+
+private:
+    template <class Widget>
+    Widget& Get(std::uint32_t id) const {
+        return dynamic_cast<Widget&>(*m_controls.at(id));
+    }
+    void Tell(std::uint32_t id, EControlEvent event) {
+        if (!m_bEnded) m_events.OnControl(id, event);
+    }
+
+    void AddControl(const CControlTemplate& control) {
+        const std::uint32_t id = control.m_id;
+        QWidget* widget = nullptr;
+        switch (control.m_kind) {
+            case EControlKind::kLabel:
+                widget = m_pLabel = new QLabel(ToQt(control.m_text), this);
+                m_widgets.push_back(widget);
+                return;
+            case EControlKind::kGroup:
+                widget = new QGroupBox(ToQt(control.m_text), this);
+                break;
+            case EControlKind::kIcon: {
+                auto* const label = new QLabel(this);
+                label->setPixmap(windowIcon().pixmap(32, 32));
+                widget = label;
+                break;
+            }
+            case EControlKind::kText: {
+                auto* const edit = new QLineEdit(this);
+                edit->setReadOnly(true);
+                widget = edit;
+                break;
+            }
+            case EControlKind::kButton:
+            case EControlKind::kDefaultButton: {
+                auto* const button = new QPushButton(ToQt(control.m_text), this);
+                button->setAutoDefault(false);
+                if (control.m_kind == EControlKind::kDefaultButton) {
+                    button->setDefault(true);
+                    m_pDefault = button;
+                }
+                connect(button, &QPushButton::clicked, [this, id] { Tell(id, EControlEvent::kClicked); });
+                widget = button;
+                break;
+            }
+            case EControlKind::kCheck:
+            case EControlKind::kThreeState: {
+                const bool hasThree = control.m_kind == EControlKind::kThreeState;
+                QCheckBox* const box = hasThree ? new CThreeStateBox(ToQt(control.m_text), this)
+                                                : new QCheckBox(ToQt(control.m_text), this);
+                box->setTristate(hasThree);
+                connect(box, &QCheckBox::clicked, [this, id] { Tell(id, EControlEvent::kClicked); });
+                widget = box;
+                break;
+            }
+            case EControlKind::kCombo: {
+                auto* const combo = new QComboBox(this);
+                combo->setEditable(true);
+                combo->setInsertPolicy(QComboBox::NoInsert);
+                combo->setCompleter(nullptr);
+                for (const std::string_view entry : control.m_entries)
+                    combo->addItem(ToQt(entry));
+                connect(combo, &QComboBox::editTextChanged, [this, id] { Tell(id, EControlEvent::kEdited); });
+                connect(combo, &QComboBox::activated, [this, id] { Tell(id, EControlEvent::kSelected); });
+                widget = combo;
+                break;
+            }
+            case EControlKind::kSortedList:
+            case EControlKind::kItemList: {
+                auto* const list = new QListWidget(this);
+                list->setUniformItemSizes(true);
+                if (control.m_kind == EControlKind::kSortedList) {
+                    list->setSortingEnabled(true);
+                } else {
+                    list->setSelectionMode(QListWidget::ExtendedSelection);
+                    list->setIconSize({16, 13});
+                }
+                connect(list, &QListWidget::itemSelectionChanged, [this, id] { Tell(id, EControlEvent::kSelected); });
+                widget = list;
+                break;
+            }
+        }
+        if (m_pLabel != nullptr) m_pLabel->setBuddy(widget);
+        m_pLabel = nullptr;
+        m_controls[id] = widget;
+        m_widgets.push_back(widget);
+    }
+
+    void AddMenu() {
+        if (m_template.m_menu.empty()) return;
+        m_pMenu = new QMenuBar(this);
+        m_pMenu->setNativeMenuBar(false);
+        for (std::size_t i = 0; i < m_template.m_menu.size(); ++i) {
+            const CMenuPopup& popup = m_template.m_menu[i];
+            QMenu* const menu = m_pMenu->addMenu(ToQt(popup.m_text));
+            connect(menu, &QMenu::aboutToShow, [this, i] { m_events.OnMenuOpening(i); });
+            for (const CMenuEntry& entry : popup.m_entries) {
+                if (entry.m_id == 0) {
+                    menu->addSeparator();
+                    continue;
+                }
+                const std::size_t tab = entry.m_text.find('\t');
+                QAction* const action = menu->addAction(ToQt(entry.m_text.substr(0, tab)));
+                if (tab != std::string_view::npos)
+                    action->setShortcut(QKeySequence(ToQt(entry.m_text.substr(tab + 1))));
+                const std::uint32_t id = entry.m_id;
+                connect(action, &QAction::triggered, [this, id] { Tell(id, EControlEvent::kClicked); });
+                m_actions[id] = action;
+            }
+        }
+    }
+
+    // Units as the font gives them, larger where a text would be cut off.
+    void Place() {
+        if (m_widgets.empty()) return;
+        const QFontMetrics metrics(font());
+        const QString letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+        double unitX = metrics.horizontalAdvance(letters) / 52.0 / 4;
+        double unitY = metrics.height() / 8.0;
+        for (std::size_t i = 0; i < m_widgets.size(); ++i) {
+            const CControlTemplate& control = m_template.m_controls[i];
+            const QSize wanted = m_widgets[i]->sizeHint();
+            const bool hasOwnText = !control.m_text.empty() && control.m_kind != EControlKind::kGroup;
+            const bool isLine = control.m_kind != EControlKind::kGroup && control.m_kind != EControlKind::kSortedList &&
+                                control.m_kind != EControlKind::kItemList;
+            if (hasOwnText) unitX = std::max(unitX, wanted.width() / static_cast<double>(control.m_place.m_nWidth));
+            if (isLine) unitY = std::max(unitY, wanted.height() / static_cast<double>(control.m_place.m_nHeight));
+        }
+        const auto x = [unitX](int units) { return static_cast<int>(units * unitX + 0.5); };
+        const auto y = [unitY](int units) { return static_cast<int>(units * unitY + 0.5); };
+        const int top = m_pMenu != nullptr ? m_pMenu->sizeHint().height() : 0;
+        for (std::size_t i = 0; i < m_widgets.size(); ++i) {
+            const CPlace& place = m_template.m_controls[i].m_place;
+            m_widgets[i]->setGeometry(x(place.m_nLeft), top + y(place.m_nTop), x(place.m_nWidth), y(place.m_nHeight));
+            // A group lies behind what stands in it.
+            if (m_template.m_controls[i].m_kind == EControlKind::kGroup) m_widgets[i]->lower();
+        }
+        setFixedSize(x(m_template.m_nWidth), top + y(m_template.m_nHeight));
+        if (m_pMenu != nullptr) m_pMenu->setGeometry(0, 0, width(), top);
+    }
+
+    const CDialogTemplate& m_template;
+    CDialogEvents& m_events;
+    const CPictures& m_pictures;
+    std::map<std::uint32_t, QWidget*> m_controls;  // by id; Qt owns them
+    std::vector<QWidget*> m_widgets;               // in the order of the template
+    std::map<std::uint32_t, QAction*> m_actions;
+    QLabel* m_pLabel = nullptr;  // the one that waits for its control
+    QPushButton* m_pDefault = nullptr;
+    QMenuBar* m_pMenu = nullptr;
+    bool m_bEnded = false;
+    std::uint32_t m_nResult = IDCANCEL;
+};
+
+class CSplash : public QWidget {
+public:
+    explicit CSplash(const QImage& picture)
+        : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint), m_picture(picture) {
+        setFixedSize(picture.size());
+        setAttribute(Qt::WA_OpaquePaintEvent);
+        move(screen()->availableGeometry().center() - rect().center());
+    }
+    bool m_bPainted = false;
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter(this).drawImage(0, 0, m_picture);
+        m_bPainted = true;
+    }
+
+private:
+    const QImage& m_picture;
+};
+
+class CQtToolkit : public CToolkit {
+public:
+    explicit CQtToolkit(const CPictureBytes& pictures)
+        : m_application(m_nArguments, m_arguments), m_pictures(pictures) {
+        QApplication::setApplicationName("delvane");
+        QApplication::setApplicationDisplayName({});
+        QApplication::setWindowIcon(m_pictures.GetIcon());
+        QApplication::setQuitOnLastWindowClosed(false);
+    }
+
+    std::unique_ptr<CDialogWindow> CreateDialog(const CDialogTemplate& dialog, CDialogEvents& events) override {
+        return std::make_unique<CQtWindow>(QApplication::activeWindow(), dialog, events, m_pictures);
+    }
+
+    std::uint32_t ShowMessage(std::string_view text, std::string_view title, EMessageButtons buttons,
+                              EMessageIcon icon) override {
+        QMessageBox box(QApplication::activeWindow());
+        box.setWindowTitle(ToQt(title));
+        box.setTextFormat(Qt::PlainText);
+        box.setText(ToQt(text));
+        box.setIcon(icon == EMessageIcon::kQuestion ? QMessageBox::Question : QMessageBox::Critical);
+        box.setStandardButtons(buttons == EMessageButtons::kOk ? QMessageBox::StandardButtons(QMessageBox::Ok)
+                               : buttons == EMessageButtons::kYesNo
+                                   ? QMessageBox::Yes | QMessageBox::No
+                                   : QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
+        // A question may come while the program is busy, and its buttons want an ordinary cursor.
+        const int waiting = m_nWaiting;
+        while (m_nWaiting > 0)
+            EndWaitCursor();
+        const int answer = box.exec();
+        while (m_nWaiting < waiting)
+            BeginWaitCursor();
+        switch (answer) {
+            case QMessageBox::Yes:
+                return IDYES;
+            case QMessageBox::No:
+                return IDNO;
+            case QMessageBox::Cancel:
+                return IDCANCEL;
+            default:
+                return IDOK;
+        }
+    }
+
+    void BeginWaitCursor() override {
+        ++m_nWaiting;
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    }
+    void EndWaitCursor() override {
+        --m_nWaiting;
+        QApplication::restoreOverrideCursor();
+    }
+
+    bool ShowSplash() override {
+        m_pSplash = std::make_unique<CSplash>(m_pictures.GetSplash());
+        m_pSplash->show();
+        // The window system takes its time until it lets a window paint.
+        for (int i = 0; i < 50 && !m_pSplash->m_bPainted; ++i) {
+            QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+        return true;
+    }
+    void HideSplash() override { m_pSplash.reset(); }
+    void Sleep(std::uint32_t milliseconds) override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    }
+
+private:
+    int m_nArguments = 1;
+    char m_name[8] = "delvane";
+    char* m_arguments[2] = {m_name, nullptr};
+    QApplication m_application;
+    CPictures m_pictures;
+    std::unique_ptr<CSplash> m_pSplash;
+    int m_nWaiting = 0;
+};
+
+// A packed bitmap as a file, which Qt reads.
+QImage ReadBitmap(std::string_view bytes) {
+    const auto number = [&](std::size_t at) {
+        std::uint32_t value = 0;
+        for (std::size_t i = 4; i-- > 0;)
+            value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
+        return value;
+    };
+    constexpr std::uint32_t kFileHeader = 14;
+    const std::uint32_t bits = number(14) & 0xFFFF;
+    const std::uint32_t colours = number(32) != 0 ? number(32) : bits <= 8 ? 1U << bits : 0;
+    QByteArray file("BM");
+    for (const std::uint32_t value :
+         {kFileHeader + static_cast<std::uint32_t>(bytes.size()), 0U, kFileHeader + number(0) + colours * 4}) {
+        for (unsigned shift = 0; shift < 32; shift += 8)
+            file.append(static_cast<char>(value >> shift));
+    }
+    file.append(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    return QImage::fromData(file, "BMP");
+}
+
+// What Qt says before it gives up: one sentence, and an end that a script can tell from a crash.
+void OnFatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type != QtFatalMsg) return;
+    std::fprintf(stderr, "delvane: no window can be shown: %s\n",
+                 text.section('\n', 0, 0).trimmed().toLocal8Bit().constData());
+    constexpr int kExitNoWindow = 32;
+    std::_Exit(kExitNoWindow);
+}
+
+}  // namespace
+
+CPictures::CPictures(const CPictureBytes& bytes) : m_splash(ReadBitmap(bytes.m_splash)) {
+    m_drives = ReadBitmap(bytes.m_drives).convertToFormat(QImage::Format_ARGB32);
+    const QImage mask = ReadBitmap(bytes.m_driveMask).convertToFormat(QImage::Format_RGB32);
+    for (int y = 0; y < m_drives.height(); ++y) {
+        for (int x = 0; x < m_drives.width(); ++x) {
+            if (qGray(mask.pixel(x, y)) != 0) m_drives.setPixel(x, y, 0);
+        }
+    }
+    QImage icon = ReadBitmap(bytes.m_icon);
+    // The reader takes the fourth byte of a pixel for nothing; it is the alpha.
+    const auto* const pixels = reinterpret_cast<const unsigned char*>(bytes.m_icon.data()) + 40;
+    icon = icon.convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < icon.height(); ++y) {
+        for (int x = 0; x < icon.width(); ++x) {
+            const unsigned char* const p = pixels + ((icon.height() - 1 - y) * icon.width() + x) * 4;
+            icon.setPixel(x, y, qRgba(p[2], p[1], p[0], p[3]));
+        }
+    }
+    m_icon = QIcon(QPixmap::fromImage(icon));
+}
+
+QPixmap CPictures::GetDrive(std::uint32_t kind) const {
+    constexpr int kWidth = 16;
+    constexpr int kHeight = 13;
+    if (kind >= static_cast<std::uint32_t>(m_drives.width() / kWidth)) return {};
+    return QPixmap::fromImage(m_drives.copy(static_cast<int>(kind) * kWidth, 0, kWidth, kHeight));
+}
+
+}  // namespace delvane
+
+extern "C" __attribute__((visibility("default"))) delvane::CToolkit* DelvaneMakeToolkit(
+    const delvane::CPictureBytes& pictures) {
+    qInstallMessageHandler(delvane::OnFatal);
+    return new delvane::CQtToolkit(pictures);
+}
