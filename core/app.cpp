@@ -20,6 +20,7 @@ bool CInstallApp::InitInstance() {
         if (toolkit != nullptr) {
             theContext.SetToolkit(std::move(toolkit));
             dialog.RunVisible();
+            theContext.SetToolkit(nullptr);  // it does not outlive the run
         } else {
             theContext.Say("no window can be shown: " + problem +
                            "; add /s for an unattended run (--help lists the switches)");

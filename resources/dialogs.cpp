@@ -28,8 +28,8 @@ constexpr CMenuPopup kMainMenu[] = {{"&File", kFileMenu}, {"&Tools", kToolsMenu}
 
 constexpr CControlTemplate kAbout[] = {
     {kIcon, 128, "", {10, 10, 21, 20}, {}},
-    {kLabel, 0, "Norvelle-Kestran Install Delvane\nVersion 2.1", {42, 10, 128, 20}, {}},
-    {kDefaultButton, IDOK, "OK", {120, 38, 50, 14}, {}},
+    {kLabel, 0, "Norvelle-Kestran Install Delvane\nVersion 2.1", {42, 10, 181, 20}, {}},
+    {kDefaultButton, IDOK, "OK", {173, 38, 50, 14}, {}},
 };
 
 constexpr CControlTemplate kMain[] = {
@@ -121,7 +121,7 @@ constexpr CControlTemplate kOptions[] = {
 };
 
 constexpr CDialogTemplate kDialogs[] = {
-    {IDD_ABOUT, "About Norvelle-Kestran Install Delvane", 177, 59, kAbout, {}},
+    {IDD_ABOUT, "About Norvelle-Kestran Install Delvane", 230, 59, kAbout, {}},
     {IDD_MAIN, "Norvelle-Kestran Install Delvane", 300, 254, kMain, kMainMenu},
     {IDD_PROGRESS, "Creating Snapshot... Please Wait", 237, 109, kProgress, {}},
     {IDD_NEW_SNAPSHOT, "Create New Snapshot", 200, 65, kNewSnapshot, {}},
