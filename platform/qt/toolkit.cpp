@@ -207,6 +207,7 @@ private:
                 combo->setCompleter(nullptr);
                 for (const std::string_view entry : control.m_entries)
                     combo->addItem(ToQt(entry));
+                combo->setCurrentIndex(-1);  // no suggestion is chosen
                 connect(combo, &QComboBox::editTextChanged, [this, id] { Tell(id, EControlEvent::kEdited); });
                 connect(combo, &QComboBox::activated, [this, id] { Tell(id, EControlEvent::kSelected); });
                 widget = combo;
