@@ -8,6 +8,7 @@ CString GetUsageText() {
     return "Install Delvane " DELVANE_VERSION R"(: what did this installation do to the machine?
 
 Usage:  delvane /s [switches]        an unattended run
+        delvane [switches]           a run with a window, which stays open
         delvane --help | --version   alone on the command line
 
 A switch begins with / or -; upper and lower case are alike.
@@ -46,7 +47,7 @@ Exit code (bits, added up)
    0  nothing to report        4  a snapshot could not be created
    1  information or warnings  8  a snapshot could not be loaded
    2  errors                  16  no report
-  32  a visible run was asked for, and this build has no window
+  32  a visible run was asked for, and no window can be shown
   64  the program itself could not start or go on
 )";
 }
