@@ -420,11 +420,14 @@ QImage ReadBitmap(std::string_view bytes) {
     return QImage::fromData(file, "BMP");
 }
 
-// What Qt says before it gives up: one sentence, and an end that a script can tell from a crash.
-void OnFatal(QtMsgType type, const QMessageLogContext&, const QString& text) {
+// Qt gives up where it cannot reach the display: one sentence instead of its own, and an end that a script can tell
+// from a crash.
+void OnFatal(QtMsgType type, const QMessageLogContext&, const QString&) {
     if (type != QtFatalMsg) return;
-    std::fprintf(stderr, "delvane: no window can be shown: %s\n",
-                 text.section('\n', 0, 0).trimmed().toLocal8Bit().constData());
+    std::fputs(
+        "delvane: no window can be shown: the display does not answer, or Qt cannot use it; add /s for an "
+        "unattended run (--help lists the switches)\n",
+        stderr);
     constexpr int kExitNoWindow = 32;
     std::_Exit(kExitNoWindow);
 }
