@@ -217,6 +217,9 @@ TEST(QtToolkit, QuestionsGiveTheirAnswers) {
 }  // namespace
 }  // namespace delvane
 
+// What fontconfig keeps to the end of the process is none of ours.
+extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfig"; }
+
 int main(int argumentCount, char** arguments) {
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     testing::InitGoogleTest(&argumentCount, arguments);
