@@ -11,7 +11,7 @@ constexpr int kExitErrors = 2;        // a comparison filed an error
 constexpr int kExitCreateFailed = 4;  // the capture or the saving of a snapshot failed
 constexpr int kExitLoadFailed = 8;    // the loading of a snapshot failed
 constexpr int kExitNoReport = 16;     // a snapshot is missing for the report, or the report could not be made
-constexpr int kExitNoWindow = 32;     // a visible run was asked for, and this build has no window
+constexpr int kExitNoWindow = 32;     // a visible run was asked for, and no window can be shown
 constexpr int kExitNotStarted = 64;   // the program could not start or go on
 
 class CInstallApp {

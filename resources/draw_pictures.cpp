@@ -40,7 +40,9 @@ public:
             for (int x = 0; x < m_nWidth; ++x) {
                 int inside = 0;
                 for (int sample = 0; sample < 16; ++sample) {
-                    const CPoint point{x + (sample % 4 + 0.5) / 4, y + (sample / 4 + 0.5) / 4};
+                    const int column = sample % 4;
+                    const int row = sample / 4;
+                    const CPoint point{x + (column + 0.5) / 4, y + (row + 0.5) / 4};
                     inside += shape(point) ? 1 : 0;
                 }
                 if (inside == 0) continue;
@@ -386,12 +388,16 @@ std::string InManyColours(CCanvas canvas) {
         table.push_back({sum.r / count, sum.g / count, sum.b / count, 1});
     }
     table.resize(256);
-    std::vector<std::uint32_t> indices(static_cast<std::size_t>(canvas.m_nWidth * canvas.m_nHeight));
+    const auto width = static_cast<std::size_t>(canvas.m_nWidth);
+    const auto placeOf = [width](int x, int y) {
+        return static_cast<std::size_t>(y) * width + static_cast<std::size_t>(x);
+    };
+    std::vector<std::uint32_t> indices(width * static_cast<std::size_t>(canvas.m_nHeight));
     for (int y = 0; y < canvas.m_nHeight; ++y) {
         for (int x = 0; x < canvas.m_nWidth; ++x) {
             const CColour wanted = canvas.At(x, y);
             const std::uint32_t index = Nearest(table, wanted);
-            indices[static_cast<std::size_t>(y * canvas.m_nWidth + x)] = index;
+            indices[placeOf(x, y)] = index;
             const auto pass = [&](int dx, int dy, double share) {
                 if (x + dx < 0 || x + dx >= canvas.m_nWidth || y + dy >= canvas.m_nHeight) return;
                 CColour& other = canvas.At(x + dx, y + dy);
@@ -407,7 +413,7 @@ std::string InManyColours(CCanvas canvas) {
     }
     std::string bytes = Header(canvas, 8, 0);
     PutTable(bytes, table);
-    PutRows(bytes, canvas, 8, [&](int x, int y) { return indices[static_cast<std::size_t>(y * canvas.m_nWidth + x)]; });
+    PutRows(bytes, canvas, 8, [&](int x, int y) { return indices[placeOf(x, y)]; });
     return bytes;
 }
 
