@@ -123,7 +123,11 @@ TEST_F(Program, ASignalDuringACaptureIsAFailedCapture) {
         for (int other = 0; other < kFolders; ++other)
             fs::create_directory_symlink("../" + std::to_string(other), folder + "/" + std::to_string(other));
     }
-    EXPECT_EQ(Run("/s /bc:a 2>said & child=$!; sleep 0.2; kill -TERM $child; wait $child"), 4);
+    // The signal comes when the walk has such a folder open.
+    EXPECT_EQ(Run("/s /bc:a 2>said & child=$!; "
+                  "while kill -0 $child && ! ls -l /proc/$child/fd | grep -q drive_c/w/; do :; done; "
+                  "kill -TERM $child; wait $child"),
+              4);
     EXPECT_EQ(m_home.Read("said"), "delvane: snapshot \"a\" was not created: interrupted by a signal\n");
     EXPECT_TRUE(m_home.Read("Results/a.dvs") == good);
     EXPECT_EQ(std::distance(fs::directory_iterator(m_home / "Results"), {}), 1);
