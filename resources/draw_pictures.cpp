@@ -1,5 +1,5 @@
 // Draws the program's pictures and writes them as a C++ source: the icon, the drive images with their mask, the splash.
-//   draw_pictures FILE
+//   draw_pictures SOURCE [ICON]     ICON becomes the icon in all its sizes, as an .ico file
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -170,9 +170,9 @@ void DrawMark(CCanvas& canvas, double left, double top, double size) {
     canvas.Fill(box(0.42, 0.695, 0.70, 0.745, 0.02), Rgb(0xE07B1A));
 }
 
-CCanvas DrawIcon() {
-    CCanvas canvas(48, 48, Rgb(0, 0));
-    DrawMark(canvas, 0, 0, 48);
+CCanvas DrawIcon(int size) {
+    CCanvas canvas(size, size, Rgb(0, 0));
+    DrawMark(canvas, 0, 0, size);
     return canvas;
 }
 
@@ -417,6 +417,31 @@ std::string InManyColours(CCanvas canvas) {
     return bytes;
 }
 
+// An icon file: a directory, and each image as a bitmap of twice its height, whose lower half is a mask that nobody
+// looks at beside the alpha.
+std::string IconFile() {
+    const int sizes[] = {16, 20, 24, 32, 40, 48, 64, 96, 128};
+    std::string head;
+    Put(head, 0, 2);
+    Put(head, 1, 2);
+    Put(head, static_cast<std::uint32_t>(std::size(sizes)), 2);
+    std::string images;
+    for (const int size : sizes) {
+        CCanvas twice(size, size * 2, Rgb(0, 0));
+        std::string image = Header(twice, 32, 0) + WithAlpha(DrawIcon(size)).substr(40);
+        image.append(static_cast<std::size_t>((size + 31) / 32 * 4 * size), '\0');
+        Put(head, static_cast<std::uint32_t>(size), 1);
+        Put(head, static_cast<std::uint32_t>(size), 1);
+        Put(head, 0, 2);
+        Put(head, 1, 2);
+        Put(head, 32, 2);
+        Put(head, static_cast<std::uint32_t>(image.size()), 4);
+        Put(head, static_cast<std::uint32_t>(6 + 16 * std::size(sizes) + images.size()), 4);
+        images += image;
+    }
+    return head + images;
+}
+
 void WriteArray(std::ofstream& out, const char* name, const std::string& bytes) {
     out << "constexpr char " << name << "[] =\n";
     for (std::size_t at = 0; at < bytes.size(); at += 40) {
@@ -434,10 +459,15 @@ void WriteArray(std::ofstream& out, const char* name, const std::string& bytes) 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-    if (argumentCount != 2) return 2;
+    if (argumentCount != 2 && argumentCount != 3) return 2;
+    if (argumentCount == 3) {
+        std::ofstream icon(arguments[2], std::ios::binary);
+        icon << IconFile() << std::flush;
+        if (!icon) return 1;
+    }
     std::ofstream out(arguments[1]);
     out << "// Written by draw_pictures.\n#include \"resources/pictures.h\"\n\nnamespace delvane {\nnamespace {\n\n";
-    WriteArray(out, "kIcon", WithAlpha(DrawIcon()));
+    WriteArray(out, "kIcon", WithAlpha(DrawIcon(48)));
     WriteArray(out, "kDrives", InSixteenColours(DrawDrives()));
     WriteArray(out, "kDriveMask", MaskOf(DrawDrives()));
     WriteArray(out, "kSplash", InManyColours(DrawSplash()));
