@@ -6,9 +6,9 @@ namespace delvane {
 namespace {
 
 // U.S. English with code page 1252, then with Unicode; no other language is asked for.
-CString QueryVersion(const CVersionBlock& block, std::string_view name) {
+CString QueryVersion(const CVersionInfo& info, std::string_view name) {
     for (const std::string_view language : {"\\StringFileInfo\\040904E4\\", "\\StringFileInfo\\040904B0\\"}) {
-        if (const auto text = block.Query(CString(language) + CString(name))) return *text;
+        if (const auto text = info.Query(CString(language) + CString(name))) return *text;
     }
     return {};
 }
@@ -32,10 +32,10 @@ void CDelvExeObj::Analyze() {
     CMachine& machine = theContext.GetMachine();
     m_bIsImage = machine.MapAndLoad(m_fullName, m_image) || m_image.fDOSImage;
     if (m_bIsImage == 0) return;
-    const std::optional<CVersionBlock> block = machine.GetFileVersionInfo(m_fullName);
-    if (!block) return;
-    m_strProductVersion = QueryVersion(*block, "ProductVersion");
-    m_strFileVersion = QueryVersion(*block, "FileVersion");
+    const std::unique_ptr<const CVersionInfo> info = machine.GetFileVersionInfo(m_fullName);
+    if (info == nullptr) return;
+    m_strProductVersion = QueryVersion(*info, "ProductVersion");
+    m_strFileVersion = QueryVersion(*info, "FileVersion");
 }
 
 }  // namespace delvane

@@ -6,9 +6,11 @@
 #include "core/app.h"
 #include "core/context.h"
 #include "core/usage.h"
+#include "platform/machine.h"
 
 int main(int argumentCount, char** arguments) {
     using namespace delvane;
+    PrepareStandardStreams();
     if (argumentCount == 2) {
         const std::string_view only = arguments[1];
         if (only == "--version" || only == "--help") {

@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <ostream>
 #include <stdexcept>
 #include <string_view>
@@ -245,7 +244,7 @@ public:
     // Executables. MapAndLoad is that of platform/image.h on the file at `path`; false too where it is no regular
     // file or cannot be read.
     virtual bool MapAndLoad(std::string_view path, CLoadedImage& image) = 0;
-    virtual std::optional<CVersionBlock> GetFileVersionInfo(std::string_view path) = 0;
+    virtual std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) = 0;  // null without one
 
     // The program's own files. Only regular files are ever opened.
     virtual bool FileExists(std::string_view path) = 0;
@@ -277,6 +276,10 @@ public:
     CInterruptGuard(const CInterruptGuard&) = delete;
     CInterruptGuard& operator=(const CInterruptGuard&) = delete;
 };
+
+// Called first of all: lets what the program says reach the console, file or pipe that it was started with, and keeps
+// the numbers of the standard streams from the program's files.
+void PrepareStandardStreams();
 
 // Made once, by the program's entry. The machine of this build: the one that it runs on, or a hosted one.
 std::unique_ptr<CMachine> MakeMachine();

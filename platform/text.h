@@ -1,7 +1,8 @@
 // Text: strings in the machine's code page, their comparisons, and the few conversions that the program needs.
 //
 // Text is bytes in the machine's ANSI code page and is never converted to another one. Off Windows that code page is
-// UTF-8; bytes that are no valid UTF-8 (a file name may hold any) compare as the bytes that they are.
+// UTF-8, and on Windows too where the system grants it; bytes that are no valid UTF-8 (a file name may hold any)
+// compare as the bytes that they are. A Windows that does not grant it has a code page of its own.
 #pragma once
 
 #include <algorithm>
@@ -15,12 +16,21 @@ namespace delvane {
 
 using CString = std::string;
 
-// _mbscmp: by character code, respecting case. Below 0, 0 or above 0. In UTF-8 that is byte order.
-inline int mbscmp(std::string_view a, std::string_view b) { return a.compare(b); }
+// Some Eastern code pages have characters of two bytes, and of single bytes above some of those.
+extern const bool kHasDoubleBytes;
+int CompareDoubleBytes(std::string_view a, std::string_view b);
+std::uint64_t DoubleByteHead(std::string_view text);
 
-// The first eight bytes as a number: of two texts whose numbers differ, the one with the smaller comes first. Sorting
-// by it spares most looks at the texts themselves.
+// _mbscmp: by character code, respecting case. Below 0, 0 or above 0. In UTF-8, and where all characters have one byte,
+// that is byte order.
+inline int mbscmp(std::string_view a, std::string_view b) {
+    return kHasDoubleBytes ? CompareDoubleBytes(a, b) : a.compare(b);
+}
+
+// The first characters as a number: of two texts whose numbers differ, the one with the smaller comes first. Sorting by
+// it spares most looks at the texts themselves.
 inline std::uint64_t TextHead(std::string_view text) {
+    if (kHasDoubleBytes) return DoubleByteHead(text);
     std::uint64_t head = 0;
     std::memcpy(&head, text.data(), std::min(text.size(), sizeof head));
     return std::endian::native == std::endian::little ? __builtin_bswap64(head) : head;

@@ -150,11 +150,12 @@ bool CHostedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {
     return file && MapImage(*file, image);
 }
 
-std::optional<CVersionBlock> CHostedMachine::GetFileVersionInfo(std::string_view path) {
+std::unique_ptr<const CVersionInfo> CHostedMachine::GetFileVersionInfo(std::string_view path) {
     const std::optional<std::string> hostPath = m_paths.Find(path);
-    if (!hostPath) return std::nullopt;
+    if (!hostPath) return nullptr;
     const std::optional<CHostFile> file = CHostFile::Open(*hostPath);
-    return file ? CVersionBlock::Read(*file) : std::nullopt;
+    std::optional<CVersionBlock> block = file ? CVersionBlock::Read(*file) : std::nullopt;
+    return block ? std::make_unique<const CVersionBlock>(*std::move(block)) : nullptr;
 }
 
 bool CHostedMachine::FileExists(std::string_view path) {
@@ -203,12 +204,15 @@ void CHostedMachine::OpenDocument(std::string_view path) {
     if (const std::optional<std::string> hostPath = m_paths.Find(path)) OpenHostDocument(*hostPath);
 }
 
-std::unique_ptr<CMachine> MakeMachine() {
-    // Started with a standard stream closed, the program would give its number to a file, and a message would go there.
+// Started with a standard stream closed, the program would give its number to a file, and a message would go there.
+void PrepareStandardStreams() {
     int stream = open("/dev/null", O_RDWR);
     while (stream >= 0 && stream <= STDERR_FILENO)
         stream = open("/dev/null", O_RDWR);
     if (stream >= 0) close(stream);
+}
+
+std::unique_ptr<CMachine> MakeMachine() {
     std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is a failed write, not the program's end
     return std::make_unique<CHostedMachine>(ChooseMachine(), ChooseProgramFolder());
 }

@@ -61,7 +61,7 @@ public:
     }
 
     bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
-    std::optional<CVersionBlock> GetFileVersionInfo(std::string_view path) override;
+    std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) override;
 
     bool FileExists(std::string_view path) override;
     bool DirectoryExists(std::string_view path) override;

@@ -203,13 +203,13 @@ bool CScriptedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {
     return !entry->m_image.empty() && !image.fDOSImage;
 }
 
-std::optional<CVersionBlock> CScriptedMachine::GetFileVersionInfo(std::string_view path) {
+std::unique_ptr<const CVersionInfo> CScriptedMachine::GetFileVersionInfo(std::string_view path) {
     const CEntry* const entry = Find(path);
-    if (entry == nullptr || entry->m_version.empty()) return std::nullopt;
+    if (entry == nullptr || entry->m_version.empty()) return nullptr;
     CVersionStrings strings;
     strings.m_strFileVersion = entry->m_version;
     const CString bytes = MakeImage(EImageKind::Pe32, strings);
-    return CVersionBlock::Read(CMemorySource(bytes));
+    return std::make_unique<const CVersionBlock>(*CVersionBlock::Read(CMemorySource(bytes)));
 }
 
 bool CScriptedMachine::FileExists(std::string_view path) { return m_files.contains(CString(path)); }

@@ -1,0 +1,111 @@
+// Comparison and mapping of UTF-8 text character by character, for whoever knows the cases of characters.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "platform/text.h"
+#include "platform/utf.h"
+
+namespace delvane {
+
+// Of 0x00 to 0x7F all folds agree.
+inline constexpr std::array<unsigned char, 128> kAsciiFold = [] {
+    std::array<unsigned char, 128> table{};
+    for (unsigned i = 0; i < table.size(); ++i) {
+        table[i] = static_cast<unsigned char>(i >= 'A' && i <= 'Z' ? i + ('a' - 'A') : i);
+    }
+    return table;
+}();
+
+// Folding by upper and then lower case joins all forms of a letter (both small sigmas, the Kelvin sign and k). It would
+// change the meaning of these only, which stay as they are.
+constexpr bool IsNotFolded(std::uint32_t c) {
+    constexpr std::uint32_t kDottedCapitalI = 0x130;
+    constexpr std::uint32_t kDotlessSmallI = 0x131;
+    constexpr std::uint32_t kSharpS = 0xDF;
+    return c == kDottedCapitalI || c == kDotlessSmallI || c == kSharpS;
+}
+
+constexpr std::uint32_t kBeyondUnicode = 0x110000;
+
+// Takes one character off the text. A byte that begins no valid character stands for itself, above all characters.
+inline std::uint32_t TakeCharacter(std::string_view& text) {
+    const auto byte = [text](std::size_t i) { return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i])); };
+    const auto isTail = [&](std::size_t i) { return i < text.size() && (byte(i) & 0xC0) == 0x80; };
+    const std::uint32_t first = byte(0);
+    std::uint32_t c = kBeyondUnicode + first;
+    std::size_t length = 1;
+    if (first < 0x80) {
+        c = first;
+    } else if (first >= 0xC2 && first < 0xE0 && isTail(1)) {
+        c = (first & 0x1F) << 6 | (byte(1) & 0x3F);
+        length = 2;
+    } else if ((first & 0xF0) == 0xE0 && isTail(1) && isTail(2)) {
+        const std::uint32_t joined = (first & 0x0F) << 12 | (byte(1) & 0x3F) << 6 | (byte(2) & 0x3F);
+        if (joined >= 0x800 && (joined & 0xF800) != 0xD800) {
+            c = joined;
+            length = 3;
+        }
+    } else if (first >= 0xF0 && first < 0xF5 && isTail(1) && isTail(2) && isTail(3)) {
+        const std::uint32_t joined =
+            (first & 0x07) << 18 | (byte(1) & 0x3F) << 12 | (byte(2) & 0x3F) << 6 | (byte(3) & 0x3F);
+        if (joined >= 0x10000 && joined < kBeyondUnicode) {
+            c = joined;
+            length = 4;
+        }
+    }
+    text.remove_prefix(length);
+    return c;
+}
+
+// Below 0, 0 or above 0. `fold` is given what is beyond ASCII.
+template <class FoldCharacter>
+int CompareFolded(std::string_view a, std::string_view b, const FoldCharacter& fold) {
+    std::size_t i = 0;
+    const std::size_t shorter = a.size() < b.size() ? a.size() : b.size();
+    while (i < shorter) {
+        const auto x = static_cast<unsigned char>(a[i]);
+        const auto y = static_cast<unsigned char>(b[i]);
+        if ((x | y) >= 0x80) break;
+        if (kAsciiFold[x] != kAsciiFold[y]) return kAsciiFold[x] < kAsciiFold[y] ? -1 : 1;
+        ++i;
+    }
+    a.remove_prefix(i);
+    b.remove_prefix(i);
+    while (!a.empty() && !b.empty()) {
+        const std::uint32_t x = fold(TakeCharacter(a));
+        const std::uint32_t y = fold(TakeCharacter(b));
+        if (x != y) return x < y ? -1 : 1;
+    }
+    return a.empty() ? (b.empty() ? 0 : -1) : 1;
+}
+
+// Maps each character of the text, to lower case or folded. What maps to itself is copied, bytes that are no characters
+// too.
+template <class MapCharacter>
+CString MapCharacters(std::string_view text, const MapCharacter& map) {
+    CString result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const auto first = static_cast<unsigned char>(text.front());
+        if (first < 0x80) {
+            result += static_cast<char>(kAsciiFold[first]);
+            text.remove_prefix(1);
+            continue;
+        }
+        const std::string_view before = text;
+        const std::uint32_t c = TakeCharacter(text);
+        const std::uint32_t mapped = c < kBeyondUnicode ? map(c) : c;
+        if (mapped == c) {
+            result += before.substr(0, before.size() - text.size());
+        } else {
+            std::array<char, 4> bytes{};
+            result.append(bytes.data(), PutUtf8(bytes.data(), mapped));
+        }
+    }
+    return result;
+}
+
+}  // namespace delvane

@@ -1,0 +1,78 @@
+// The standard streams of a program without a console of its own.
+#include <array>
+#include <iostream>
+#include <streambuf>
+
+#include "platform/machine.h"
+#include "platform/win32/wide.h"
+#include "platform/win32/windows.h"
+
+namespace delvane {
+namespace {
+
+// Writes to a handle: to a console in UTF-16, whatever its code page, to a file or a pipe the bytes as they are.
+class CHandleBuffer : public std::streambuf {
+public:
+    explicit CHandleBuffer(HANDLE handle) : m_handle(handle) {
+        DWORD mode = 0;
+        m_bConsole = GetConsoleMode(handle, &mode) != 0;
+    }
+
+protected:
+    int_type overflow(int_type c) override {
+        if (traits_type::eq_int_type(c, traits_type::eof())) return traits_type::not_eof(c);
+        const char byte = traits_type::to_char_type(c);
+        return xsputn(&byte, 1) == 1 ? c : traits_type::eof();
+    }
+    // A sentence comes in pieces, and a console wants whole characters: it is given whole lines.
+    std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+        m_held.append(bytes, static_cast<std::size_t>(count));
+        return m_held.back() != '\n' || Flush() ? count : 0;
+    }
+    int sync() override { return Flush() ? 0 : -1; }
+
+private:
+    bool Flush() {
+        DWORD written = 0;
+        bool isWritten = true;
+        if (m_bConsole) {
+            const std::wstring wide = Widen(m_held);
+            isWritten = WriteConsoleW(m_handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) != 0;
+        } else {
+            for (std::size_t at = 0; isWritten && at < m_held.size(); at += written)
+                isWritten = WriteFile(m_handle, m_held.data() + at, static_cast<DWORD>(m_held.size() - at), &written,
+                                      nullptr) != 0 &&
+                            written != 0;
+        }
+        m_held.clear();
+        return isWritten;
+    }
+
+    HANDLE m_handle;
+    bool m_bConsole = false;
+    CString m_held;
+};
+
+// What the stream writes to from now on: what the program was started with, else the console of whoever started it.
+// With neither it writes nowhere.
+void Connect(std::ostream& stream, DWORD which) {
+    HANDLE handle = GetStdHandle(which);
+    if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
+        if (GetConsoleWindow() == nullptr && AttachConsole(ATTACH_PARENT_PROCESS) == 0) return;
+        handle = CreateFileA("CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                             OPEN_EXISTING, 0, nullptr);
+        if (handle == INVALID_HANDLE_VALUE) return;
+    }
+    // They live as long as the process.
+    stream.rdbuf(new CHandleBuffer(handle));
+    stream.clear();
+}
+
+}  // namespace
+
+void PrepareStandardStreams() {
+    Connect(std::cout, STD_OUTPUT_HANDLE);
+    Connect(std::cerr, STD_ERROR_HANDLE);
+}
+
+}  // namespace delvane

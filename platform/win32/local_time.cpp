@@ -1,0 +1,59 @@
+#include <array>
+#include <cstdlib>
+#include <ctime>
+
+#include "platform/text.h"
+#include "platform/win32/windows.h"
+
+namespace delvane {
+namespace {
+
+// Windows' own zone, with the rule for daylight saving of the year in question. The run-time library has none before
+// 1970 and one rule for all years.
+bool LocalCalendar(std::uint64_t ticks, SYSTEMTIME& local) {
+    const ::FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    SYSTEMTIME universal{};
+    return FileTimeToSystemTime(&time, &universal) != 0 &&
+           SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local) != 0;
+}
+
+// The zone of the variable TZ, as the run-time library reads it: its difference from UTC in seconds is taken for the
+// nearest time that the library can convert.
+bool ZoneOfVariable(std::uint64_t& ticks) {
+    if (std::getenv("TZ") == nullptr) return false;
+    static const bool zoneIsRead = (_tzset(), true);
+    static_cast<void>(zoneIsRead);
+    const bool isEarly = ticks < kUnixEpochTicks;
+    const std::time_t seconds = isEarly ? 0 : static_cast<std::time_t>((ticks - kUnixEpochTicks) / kTicksPerSecond);
+    const std::tm* const local = std::localtime(&seconds);
+    const long daylight = local != nullptr && local->tm_isdst > 0 ? 3600 : 0;
+    const std::int64_t difference = (daylight - std::int64_t{_timezone}) * static_cast<std::int64_t>(kTicksPerSecond);
+    const std::int64_t shifted = static_cast<std::int64_t>(ticks) + difference;
+    ticks = shifted < 0 ? 0 : static_cast<std::uint64_t>(shifted);
+    return true;
+}
+
+}  // namespace
+
+CString LocalTimeText(std::uint64_t ticks, const char* format) {
+    if (ticks >> 63 != 0) return {};
+    SYSTEMTIME local{};
+    if (ZoneOfVariable(ticks)) {
+        const ::FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+        if (FileTimeToSystemTime(&time, &local) == 0) return {};
+    } else if (!LocalCalendar(ticks, local)) {
+        return {};
+    }
+    std::tm calendar{};
+    calendar.tm_year = local.wYear - 1900;
+    calendar.tm_mon = local.wMonth - 1;
+    calendar.tm_mday = local.wDay;
+    calendar.tm_wday = local.wDayOfWeek;
+    calendar.tm_hour = local.wHour;
+    calendar.tm_min = local.wMinute;
+    calendar.tm_sec = local.wSecond;
+    std::array<char, 128> text{};
+    return CString(text.data(), std::strftime(text.data(), text.size(), format, &calendar));
+}
+
+}  // namespace delvane
