@@ -230,8 +230,8 @@ public:
     virtual bool FindPath(std::string_view path, CFileWords& words) = 0;
 
     // The registry under examination. Each but RegCloseKey gives a Win32 error number. Text is in the code page, data
-    // of the types REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ too. A name's room needs a byte more for a NUL. A key that
-    // stands for something else than itself (performance data) cannot be opened. ERROR_MORE_DATA where a room is too
+    // of the types REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ too. A key is opened by the name of one level, no path. A name's
+    // room needs a byte more for a NUL. A key that stands for something else than itself (performance data) cannot be opened. ERROR_MORE_DATA where a room is too
     // small; RegQueryValueEx takes a null room for a question after the size alone, and gives the size either way.
     virtual std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) = 0;
     virtual void RegCloseKey(HKEY key) = 0;

@@ -104,7 +104,7 @@ void CScriptedMachine::SetDisks(std::string_view text) {
 const CScriptedMachine::CEntry* CScriptedMachine::Find(std::string_view path, bool wantsDirectory) const {
     const CEntry* at = m_pRoot.get();
     while (!path.empty()) {
-        const std::string_view name = path.substr(0, path.find('\\'));
+        const std::string_view name = path.substr(0, path.find_first_of("\\/"));
         path.remove_prefix(std::min(path.size(), name.size() + 1));
         if (name.empty()) continue;
         const bool last = path.empty() && !wantsDirectory;
@@ -157,7 +157,7 @@ std::uint32_t CScriptedMachine::GetVolumeLabel(std::string_view root, CString& l
 }
 
 std::uint32_t CScriptedMachine::GetConnection(std::string_view name, CString& share) {
-    return GetVolumeLabel(name, share);
+    return GetDriveType(name) == DRIVE_REMOTE ? GetVolumeLabel(name, share) : ERROR_NOT_CONNECTED;
 }
 
 class CScriptedMachine::CSearch : public CFileSearch {
@@ -219,8 +219,12 @@ bool CScriptedMachine::DirectoryExists(std::string_view path) {
     return std::find(m_directories.begin(), m_directories.end(), path) != m_directories.end();
 }
 
+bool CScriptedMachine::MayCreate(std::string_view path) {
+    return !m_bReadOnly && DirectoryExists(path.substr(0, path.rfind('\\')));
+}
+
 bool CScriptedMachine::CreateDirectory(std::string_view path) {
-    if (m_bReadOnly || !DirectoryExists(path.substr(0, path.rfind('\\')))) return false;
+    if (DirectoryExists(path) || !MayCreate(path)) return false;
     m_directories.emplace_back(path);
     return true;
 }
@@ -264,14 +268,14 @@ private:
 };
 
 std::unique_ptr<CFileWriter> CScriptedMachine::CreateFile(std::string_view path) {
-    if (m_bReadOnly || !DirectoryExists(path.substr(0, path.rfind('\\')))) {
+    if (DirectoryExists(path) || !MayCreate(path)) {
         throw CFileOpenError(path, "create", ERROR_ACCESS_DENIED, "access denied");
     }
     return std::make_unique<CWriter>(*this, path);
 }
 
 std::unique_ptr<std::ostream> CScriptedMachine::CreateTextFile(std::string_view path) {
-    if (m_bReadOnly) return nullptr;
+    if (!MayCreate(path)) return nullptr;
     // A stream whose every flush shows in m_files.
     class CText : public std::ostringstream {
     public:

@@ -95,6 +95,7 @@ private:
     class CSearch;
     class CWriter;
     const CEntry* Find(std::string_view path, bool wantsDirectory = false) const;
+    bool MayCreate(std::string_view path);
 
     std::shared_ptr<CEntry> m_pRoot;  // its children are the drives
 };

@@ -133,7 +133,8 @@ std::uint32_t CScriptedRegistry::OpenKey(HKEY parent, std::string_view name, HKE
 }
 
 void CScriptedRegistry::CloseKey(HKEY key) {
-    m_handles.at(key - 1) = nullptr;
+    if (key == 0 || key > m_handles.size() || m_handles[key - 1] == nullptr) return;
+    m_handles[key - 1] = nullptr;
     --m_nOpen;
 }
 

@@ -1,10 +1,10 @@
 // A folder of a test's own, gone with it.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <string_view>
 
@@ -13,8 +13,10 @@ namespace delvane {
 class CTemporaryFolder {
 public:
     CTemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "delvane-test-XXXXXX").string();
-        m_path = mkdtemp(pattern.data());
+        std::random_device random;
+        do {
+            m_path = (std::filesystem::temp_directory_path() / ("delvane-test-" + std::to_string(random()))).string();
+        } while (!std::filesystem::create_directory(m_path));
     }
     ~CTemporaryFolder() {
         std::error_code ignored;

@@ -1,9 +1,10 @@
 // Pages and times print in the local zone, so all tests run in one.
-#include <cstdlib>
 #include <gtest/gtest.h>
 
+#include "tests/support/environment.h"
+
 int main(int argumentCount, char** arguments) {
-    setenv("TZ", "UTC", 1);
+    delvane::SetVariable("TZ", "UTC");
     testing::InitGoogleTest(&argumentCount, arguments);
     return RUN_ALL_TESTS();
 }

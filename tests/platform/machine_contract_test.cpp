@@ -1,0 +1,254 @@
+// What every machine does alike, whether it is the one that the program runs on, a hosted one, or one in memory.
+#include <gtest/gtest.h>
+#include <map>
+
+#include "tests/support/contract_machine.h"
+
+namespace delvane {
+namespace {
+
+class MachineContract : public testing::TestWithParam<CContractCase> {
+protected:
+    CMachine& Machine() { return m_pContract->Get(); }
+    CString Path(std::string_view below) const { return m_pContract->GetFolder() + "\\" + CString(below); }
+    CString OwnPath(std::string_view below) const { return m_pContract->GetOwnFolder() + "\\" + CString(below); }
+
+    std::vector<CString> List(const CString& path) {
+        std::vector<CString> names;
+        const auto search = Machine().OpenSearch(path);
+        if (search == nullptr) return {"(no search)"};
+        for (CFindData data; search->Next(data);) {
+            if (data.m_name != "." && data.m_name != "..") names.emplace_back(data.m_name);
+        }
+        return names;
+    }
+    // The keys of the path stay open to the end of the test.
+    HKEY Open(const std::vector<std::string_view>& path) {
+        HKEY key = HKEY_CURRENT_USER;
+        for (const std::string_view name : path) {
+            HKEY below = 0;
+            EXPECT_EQ(Machine().RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
+            key = below;
+        }
+        return key;
+    }
+    void WriteOwn(const CString& path, std::string_view bytes) {
+        const auto file = Machine().CreateFile(path);
+        file->Write(bytes);
+        file->Commit();
+    }
+    CString ReadOwn(const CString& path) { return CString(Machine().ReadFile(path, 1000).GetBytes()); }
+
+    std::unique_ptr<CContractMachine> m_pContract = GetParam().m_make();
+};
+
+TEST_P(MachineContract, ASearchListsTheDirectoryInByteOrder) {
+    const std::vector<CString> names = {"Alpha.txt", "app.exe", "beta", "driver.sys", "empty", "old.exe", "Été.txt"};
+    EXPECT_EQ(List(m_pContract->GetFolder()), names);
+    EXPECT_EQ(List(Path("beta")), std::vector<CString>{"inner.txt"});
+    EXPECT_EQ(List(Path("empty")), std::vector<CString>());
+    for (const char* none : {"missing", "Alpha.txt", "Alpha.txt\\x", "b*"})
+        EXPECT_EQ(List(Path(none)), std::vector<CString>{"(no search)"}) << none;
+}
+
+TEST_P(MachineContract, AnEntryTellsItsWords) {
+    const auto search = Machine().OpenSearch(m_pContract->GetFolder());
+    ASSERT_NE(search, nullptr);
+    bool isSeen = false;
+    for (CFindData data; search->Next(data);) {
+        const bool isDirectory = data.m_name == "beta" || data.m_name == "empty";
+        EXPECT_EQ((data.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0, isDirectory) << data.m_name;
+        // Searches of what was just delivered may be opened, and do not disturb the one above.
+        if (isDirectory) {
+            EXPECT_EQ(List(Path(data.m_name)).size(), data.m_name == "beta" ? 1U : 0U);
+        }
+        CFileWords found;
+        EXPECT_TRUE(Machine().FindPath(Path(data.m_name), found)) << data.m_name;
+        EXPECT_EQ(found.m_dwAttributes, data.m_dwAttributes);
+        EXPECT_EQ(found.GetSize(), data.GetSize());
+        EXPECT_EQ(found.m_ftLastWrite, data.m_ftLastWrite);
+        if (data.m_name != "Alpha.txt") continue;
+        isSeen = true;
+        EXPECT_EQ(data.GetSize(), 5U);
+        EXPECT_EQ(data.m_ftLastWrite.GetTicks(), kContractTime);
+    }
+    EXPECT_TRUE(isSeen);
+}
+
+TEST_P(MachineContract, PathsAreFoundWithoutRegardToCase) {
+    CFileWords words;
+    for (const char* path : {"alpha.TXT", "BETA\\INNER.TXT", "beta\\\\inner.txt", "beta/inner.txt", "éTÉ.txt"})
+        EXPECT_TRUE(Machine().FindPath(Path(path), words)) << path;
+    for (const char* path : {"gamma.txt", "beta\\gamma", "*.txt", "alpha.tx?"})
+        EXPECT_FALSE(Machine().FindPath(Path(path), words)) << path;
+    EXPECT_EQ(List(Path("BETA")), std::vector<CString>{"inner.txt"});
+}
+
+TEST_P(MachineContract, ImagesAreToldApart) {
+    CLoadedImage image;
+    EXPECT_TRUE(Machine().MapAndLoad(Path("app.exe"), image));
+    EXPECT_FALSE(image.fSystemImage || image.fDOSImage);
+    EXPECT_TRUE(Machine().MapAndLoad(Path("driver.sys"), image));
+    EXPECT_TRUE(image.fSystemImage && !image.fDOSImage);
+    EXPECT_FALSE(Machine().MapAndLoad(Path("old.exe"), image));
+    EXPECT_TRUE(image.fDOSImage && !image.fSystemImage);
+    for (const char* path : {"Alpha.txt", "beta", "missing"}) {
+        EXPECT_FALSE(Machine().MapAndLoad(Path(path), image)) << path;
+        EXPECT_FALSE(image.fDOSImage || image.fSystemImage) << path;
+    }
+}
+
+TEST_P(MachineContract, VersionsAreFoundByTheirPath) {
+    const auto version = Machine().GetFileVersionInfo(Path("app.exe"));
+    ASSERT_NE(version, nullptr);
+    EXPECT_EQ(version->Query("\\StringFileInfo\\040904B0\\FileVersion"), "1.2");
+    EXPECT_EQ(version->Query("\\stringfileinfo\\040904b0\\fileversion"), "1.2");
+    EXPECT_EQ(version->Query("\\StringFileInfo\\040704B0\\FileVersion"), std::nullopt);
+    EXPECT_EQ(version->Query("\\StringFileInfo\\040904B0\\ProductVersion"), std::nullopt);
+    EXPECT_EQ(Machine().GetFileVersionInfo(Path("driver.sys")), nullptr);
+    EXPECT_EQ(Machine().GetFileVersionInfo(Path("missing")), nullptr);
+}
+
+// A walk asks for the sizes first; rooms of those sizes hold everything.
+TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
+    const HKEY key = Open({"Software", "Contract"});
+    CKeyInfo info;
+    ASSERT_EQ(Machine().RegQueryInfoKey(key, info), ERROR_SUCCESS);
+    ASSERT_EQ(info.m_nValues, 7U);
+    ASSERT_EQ(info.m_nSubkeys, 2U);
+    std::vector<char> name(info.m_nLongestValueName + 1);
+    std::vector<char> data(info.m_nLargestData);
+    std::map<CString, std::pair<std::uint32_t, CString>> values;
+    for (std::uint32_t i = 0; i < info.m_nValues; ++i) {
+        CRoom nameRoom{name.data(), static_cast<std::uint32_t>(name.size())};
+        CRoom dataRoom{data.data(), static_cast<std::uint32_t>(data.size())};
+        std::uint32_t type = 0;
+        ASSERT_EQ(Machine().RegEnumValue(key, i, nameRoom, type, dataRoom), ERROR_SUCCESS);
+        values[CString(name.data(), nameRoom.m_nSize)] = {type, CString(data.data(), dataRoom.m_nSize)};
+    }
+    using namespace std::string_literals;
+    const std::map<CString, std::pair<std::uint32_t, CString>> expected = {
+        {"", {REG_SZ, "unnamed\0"s}},       {"Binary", {REG_BINARY, "\0\1\xFF"s}},
+        {"Expand", {REG_EXPAND_SZ, "%x%\0"s}}, {"Multi", {REG_MULTI_SZ, "a\0b\0\0"s}},
+        {"Number", {REG_DWORD, "\x0C\0\0\0"s}}, {"Text", {REG_SZ, "abc\0"s}},
+        {"Ünï", {REG_SZ, "Ü€\0"s}},
+    };
+    EXPECT_EQ(values, expected);
+    std::vector<CString> subkeys;
+    std::vector<char> subkey(info.m_nLongestSubkey + 1);
+    for (std::uint32_t i = 0; i < info.m_nSubkeys; ++i) {
+        CRoom room{subkey.data(), static_cast<std::uint32_t>(subkey.size())};
+        ASSERT_EQ(Machine().RegEnumKeyEx(key, i, room), ERROR_SUCCESS);
+        subkeys.emplace_back(subkey.data(), room.m_nSize);
+    }
+    EXPECT_EQ(subkeys, (std::vector<CString>{"Alpha", "beta"}));
+    CRoom room{subkey.data(), static_cast<std::uint32_t>(subkey.size())};
+    CRoom none;
+    std::uint32_t type = 0;
+    EXPECT_EQ(Machine().RegEnumKeyEx(key, info.m_nSubkeys, room), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(Machine().RegEnumValue(key, info.m_nValues, room, type, none), ERROR_NO_MORE_ITEMS);
+    char small[4];
+    CRoom tooSmall{small, sizeof small};
+    EXPECT_EQ(Machine().RegEnumKeyEx(key, 0, tooSmall), ERROR_MORE_DATA);
+    Machine().RegCloseKey(key);
+}
+
+TEST_P(MachineContract, KeysAndValuesAreFoundWithoutRegardToCase) {
+    const HKEY key = Open({"SOFTWARE", "contract"});
+    CRoom size;
+    EXPECT_EQ(Machine().RegQueryValueEx(key, "TEXT", nullptr, size), ERROR_SUCCESS);
+    EXPECT_EQ(size.m_nSize, 4U);
+    char bytes[8] = {};
+    CRoom room{bytes, sizeof bytes};
+    std::uint32_t type = 0;
+    EXPECT_EQ(Machine().RegQueryValueEx(key, "ünÏ", &type, room), ERROR_SUCCESS);
+    EXPECT_EQ(type, REG_SZ);
+    EXPECT_EQ(CString(bytes, room.m_nSize), CString("Ü€", 6));
+    CRoom small{bytes, 2};
+    EXPECT_EQ(Machine().RegQueryValueEx(key, "Text", &type, small), ERROR_MORE_DATA);
+    EXPECT_EQ(Machine().RegQueryValueEx(key, "none", &type, room), ERROR_FILE_NOT_FOUND);
+    const HKEY deep = Open({"Software", "Contract", "ALPHA", "deep"});
+    CKeyInfo info;
+    EXPECT_EQ(Machine().RegQueryInfoKey(deep, info), ERROR_SUCCESS);
+    EXPECT_EQ(info.m_nValues, 1U);
+    HKEY none = 0;
+    EXPECT_EQ(Machine().RegOpenKeyEx(key, "Gamma", none), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(none, 0U);
+    Machine().RegCloseKey(deep);
+    EXPECT_NE(Machine().RegQueryInfoKey(deep, info), ERROR_SUCCESS) << "it is closed";
+    Machine().RegCloseKey(0);
+}
+
+// Whatever stood in a file's place stays whole until the new one is.
+TEST_P(MachineContract, AFileIsReplacedAsAWholeOrNotAtAll) {
+    const CString path = OwnPath("a.dvs");
+    EXPECT_FALSE(Machine().FileExists(path));
+    Machine().CreateFile(path)->Write("left half way");
+    EXPECT_FALSE(Machine().FileExists(path));
+    WriteOwn(path, "one");
+    EXPECT_EQ(ReadOwn(path), "one");
+    {
+        const auto file = Machine().CreateFile(path);
+        file->Write("two");
+        EXPECT_EQ(ReadOwn(path), "one");
+    }
+    EXPECT_EQ(ReadOwn(path), "one");
+    WriteOwn(path, "three");
+    EXPECT_EQ(ReadOwn(path), "three");
+    EXPECT_TRUE(Machine().DeleteFile(path));
+    EXPECT_FALSE(Machine().FileExists(path) || Machine().DeleteFile(path));
+}
+
+TEST_P(MachineContract, FilesAreReadWithinALimit) {
+    const CString path = OwnPath("a.dvs");
+    WriteOwn(path, "0123456789");
+    EXPECT_EQ(Machine().ReadFile(path, 10).GetBytes(), "0123456789");
+    EXPECT_THROW(Machine().ReadFile(path, 9), CFileError);
+    EXPECT_EQ(Machine().ReadFileHead(path, 4).GetBytes(), "0123");
+    EXPECT_EQ(Machine().ReadFileHead(path, 40).GetBytes(), "0123456789");
+    WriteOwn(path, "");
+    EXPECT_EQ(Machine().ReadFile(path, 10).GetBytes(), "");
+    EXPECT_THROW(Machine().ReadFile(OwnPath("none"), 10), CFileOpenError);
+    EXPECT_THROW(Machine().ReadFile(OwnPath("none\\none"), 10), CFileOpenError);
+    EXPECT_THROW(Machine().CreateFile(OwnPath("none\\a.dvs")), CFileOpenError);
+    EXPECT_EQ(Machine().CreateTextFile(OwnPath("none\\a.htm")), nullptr);
+    *Machine().CreateTextFile(path) << "line\n" << std::flush;
+    EXPECT_EQ(ReadOwn(path), "line\n") << "and no other line end";
+}
+
+TEST_P(MachineContract, DirectoriesAreMadeOneLevelAtATime) {
+    EXPECT_FALSE(Machine().CreateDirectory(OwnPath("a\\b")));
+    EXPECT_TRUE(Machine().CreateDirectory(OwnPath("a")));
+    EXPECT_TRUE(Machine().DirectoryExists(OwnPath("a")) && Machine().DirectoryExists(OwnPath("a\\")));
+    EXPECT_FALSE(Machine().FileExists(OwnPath("a")));
+    EXPECT_FALSE(Machine().CreateDirectory(OwnPath("a"))) << "it is there";
+    EXPECT_TRUE(Machine().CreateDirectory(OwnPath("a\\b")));
+    WriteOwn(OwnPath("a\\b\\c"), "x");
+    EXPECT_FALSE(Machine().DirectoryExists(OwnPath("a\\b\\c")));
+    EXPECT_THROW(Machine().CreateFile(OwnPath("a\\b")), CFileOpenError) << "a directory stands there";
+}
+
+TEST_P(MachineContract, TheMachineKnowsItself) {
+    EXPECT_TRUE(Machine().IsPresent());
+    const CString folder = m_pContract->GetFolder();
+    const std::uint32_t drive = std::uint32_t{1} << (folder[0] - 'A');
+    EXPECT_NE(Machine().GetLogicalDrives() & drive, 0U);
+    EXPECT_EQ(Machine().GetDriveType(folder.substr(0, 3)), DRIVE_FIXED);
+    CString label;
+    EXPECT_EQ(Machine().GetVolumeLabel(folder.substr(0, 3), label), ERROR_SUCCESS);
+    EXPECT_NE(Machine().GetConnection(folder.substr(0, 2), label), ERROR_SUCCESS);
+    EXPECT_EQ(Machine().GetDriveType("Q:\\"), DRIVE_NO_ROOT_DIR);
+    CString name;
+    EXPECT_TRUE(Machine().GetUserName(name) && !name.empty());
+    EXPECT_TRUE(Machine().GetComputerName(name) && !name.empty());
+    EXPECT_TRUE(Machine().GetTempPath().ends_with('\\'));
+    const CString windows = Machine().GetWindowsDirectory();
+    EXPECT_TRUE(IsPrefixNoCase(windows + "\\", Machine().GetSystemDirectory())) << windows;
+    EXPECT_GT(Machine().GetSystemTime(), kContractTime - kTicksPerSecond * 86400 * 365);
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, MachineContract, testing::ValuesIn(GetContractCases()),
+                         [](const auto& test) { return test.param.m_name; });
+
+}  // namespace
+}  // namespace delvane
