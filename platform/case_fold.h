@@ -74,9 +74,13 @@ int CompareFolded(std::string_view a, std::string_view b, const FoldCharacter& f
     }
     a.remove_prefix(i);
     b.remove_prefix(i);
+    const auto take = [&fold](std::string_view& text) {
+        const std::uint32_t c = TakeCharacter(text);
+        return c < kAsciiFold.size() ? kAsciiFold[c] : fold(c);
+    };
     while (!a.empty() && !b.empty()) {
-        const std::uint32_t x = fold(TakeCharacter(a));
-        const std::uint32_t y = fold(TakeCharacter(b));
+        const std::uint32_t x = take(a);
+        const std::uint32_t y = take(b);
         if (x != y) return x < y ? -1 : 1;
     }
     return a.empty() ? (b.empty() ? 0 : -1) : 1;

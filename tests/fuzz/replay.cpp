@@ -17,7 +17,7 @@ int main(int argumentCount, char** arguments) {
         files.push_back(entry.path());
     std::sort(files.begin(), files.end());
     for (const std::filesystem::path& path : files) {
-        std::printf("%s\n", path.filename().c_str());
+        std::printf("%s\n", path.filename().string().c_str());
         std::fflush(stdout);
         std::ifstream file(path, std::ios::binary);
         const std::string bytes{std::istreambuf_iterator<char>(file), {}};

@@ -128,9 +128,12 @@ TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
     }
     using namespace std::string_literals;
     const std::map<CString, std::pair<std::uint32_t, CString>> expected = {
-        {"", {REG_SZ, "unnamed\0"s}},       {"Binary", {REG_BINARY, "\0\1\xFF"s}},
-        {"Expand", {REG_EXPAND_SZ, "%x%\0"s}}, {"Multi", {REG_MULTI_SZ, "a\0b\0\0"s}},
-        {"Number", {REG_DWORD, "\x0C\0\0\0"s}}, {"Text", {REG_SZ, "abc\0"s}},
+        {"", {REG_SZ, "unnamed\0"s}},
+        {"Binary", {REG_BINARY, "\0\1\xFF"s}},
+        {"Expand", {REG_EXPAND_SZ, "%x%\0"s}},
+        {"Multi", {REG_MULTI_SZ, "a\0b\0\0"s}},
+        {"Number", {REG_DWORD, "\x0C\0\0\0"s}},
+        {"Text", {REG_SZ, "abc\0"s}},
         {"Ünï", {REG_SZ, "Ü€\0"s}},
     };
     EXPECT_EQ(values, expected);

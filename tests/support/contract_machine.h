@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,6 +53,7 @@ struct CContractCase {
     std::string m_name;
     std::function<std::unique_ptr<CContractMachine>()> m_make;
 };
+inline void PrintTo(const CContractCase& test, std::ostream* to) { *to << test.m_name; }
 
 // The kinds that this build can make.
 std::vector<CContractCase> GetContractCases();

@@ -1,8 +1,8 @@
 #include "tests/support/scripted_machine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <sstream>
 #include <stdexcept>
 
@@ -25,14 +25,19 @@ struct CScriptedMachine::CEntry {
 namespace {
 
 std::uint64_t TicksOf(const CString& text) {
-    std::tm calendar{};
-    if (std::sscanf(text.c_str(), "%d-%d-%dT%d:%d:%d", &calendar.tm_year, &calendar.tm_mon, &calendar.tm_mday,
-                    &calendar.tm_hour, &calendar.tm_min, &calendar.tm_sec) != 6) {
+    int year = 0;
+    unsigned month = 0;
+    unsigned day = 0;
+    unsigned hour = 0;
+    unsigned minute = 0;
+    unsigned second = 0;
+    if (std::sscanf(text.c_str(), "%d-%u-%uT%u:%u:%u", &year, &month, &day, &hour, &minute, &second) != 6) {
         throw std::invalid_argument("no time: " + text);
     }
-    calendar.tm_year -= 1900;
-    calendar.tm_mon -= 1;
-    return static_cast<std::uint64_t>(timegm(&calendar)) * kTicksPerSecond + kUnixEpochTicks;
+    const std::chrono::sys_days date = std::chrono::year(year) / std::chrono::month(month) / std::chrono::day(day);
+    const std::chrono::seconds time = date.time_since_epoch() + std::chrono::hours(hour) +
+                                      std::chrono::minutes(minute) + std::chrono::seconds(second);
+    return static_cast<std::uint64_t>(time.count()) * kTicksPerSecond + kUnixEpochTicks;
 }
 
 std::uint32_t KindOf(const CString& word) {

@@ -69,8 +69,8 @@ public:
         m_volume.Write("Users/Anna/NTUSER.DAT", m_user.Build());
         WriteFiles(m_volume, "Contract");
         m_volume.MakeFolder("Own");
-        m_pMachine = std::make_unique<CHostedMachine>(CMachineChoice{m_volume.GetPath(), {}, false, true},
-                                                      m_volume / "Own");
+        m_pMachine =
+            std::make_unique<CHostedMachine>(CMachineChoice{m_volume.GetPath(), {}, false, true}, m_volume / "Own");
     }
     CMachine& Get() override { return *m_pMachine; }
     CString GetFolder() const override { return "C:\\Contract"; }

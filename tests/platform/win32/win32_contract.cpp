@@ -25,11 +25,12 @@ public:
         for (const char* name : {"Alpha.txt", "app.exe", "beta/inner.txt", "driver.sys", "old.exe"})
             m_folder.Write("files/" + std::string(name), ContractBytes(name));
         const std::wstring wide = Widen(m_folder.GetPath()) + L"\\files\\";
-        CloseHandle(CreateFileW((wide + L"\u00C9t\u00E9.txt").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+        CloseHandle(
+            CreateFileW((wide + L"\u00C9t\u00E9.txt").c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
         m_folder.MakeFolder("files/empty");
         m_folder.MakeFolder("own");
-        const HANDLE alpha = CreateFileW((wide + L"Alpha.txt").c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING,
-                                         0, nullptr);
+        const HANDLE alpha =
+            CreateFileW((wide + L"Alpha.txt").c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
         const ::FILETIME time{static_cast<DWORD>(kContractTime), static_cast<DWORD>(kContractTime >> 32)};
         SetFileTime(alpha, nullptr, nullptr, &time);
         CloseHandle(alpha);
@@ -59,7 +60,9 @@ public:
 
 private:
     static constexpr const wchar_t* kKey = L"Software\\Contract";
-    static ::HKEY SystemUser() { return reinterpret_cast<::HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000001))); }
+    static ::HKEY SystemUser() {
+        return reinterpret_cast<::HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000001)));
+    }
     CString Slashed(std::string_view below) const { return m_folder.GetPath() + "\\" + CString(below); }
 
     CTemporaryFolder m_folder;
