@@ -1,9 +1,33 @@
 #!/bin/sh
 # Runs every test: installs what is missing, builds the program with its tests, and ends with the code of ctest.
+#   ./test.sh              the tests of the Linux build
+#   ./test.sh --windows    those of the Windows build, under Wine, and the two builds against each other
 set -eu
 CDPATH='' cd -- "$(dirname -- "$0")"
 . cmake/setup.sh
 
+case ${1:-} in
+'') windows=no ;;
+--windows) windows=yes ;;
+*)
+    echo "usage: $0 [--windows]" >&2
+    exit 2
+    ;;
+esac
+
 need_packages g++ cmake ninja-build pkg-config libutf8proc-dev qt6-base-dev libgtest-dev libgmock-dev
 build_release -DDELVANE_TESTS=ON
-exec ctest --test-dir build -j2 --output-on-failure --no-tests=error
+[ $windows = yes ] || exec ctest --test-dir build -j2 --output-on-failure --no-tests=error
+
+need_packages g++-mingw-w64-x86-64-posix googletest wine wine64 xvfb xauth
+export DELVANE_TEST_PREFIX="$PWD/build-windows/prefix"
+cmake --preset windows
+cmake --build build-windows
+# The prefix is made, and its server stays, before several programs come at once.
+cmake/wine.sh cmd /c exit
+export WINEPREFIX="$DELVANE_TEST_PREFIX"
+wineserver -p
+code=0
+ctest --test-dir build-windows -j2 --output-on-failure --no-tests=error || code=$?
+wineserver -k
+exit $code

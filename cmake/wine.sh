@@ -1,11 +1,12 @@
 #!/bin/sh
 # Runs a Windows program under Wine, quietly and apart from the user's own prefix: in the one that DELVANE_TEST_PREFIX
-# names, which is made when it is not there.
+# names, which is made when it is not there. DELVANE_TEST_LOCALE chooses the code page.
 #   wine.sh PROGRAM [ARGUMENT...]
 set -eu
-prefix=${DELVANE_TEST_PREFIX:-${TMPDIR:-/tmp}/delvane-wine-$(id -u)}
+prefix=${DELVANE_TEST_PREFIX:-$(realpath "$(dirname "$0")/..")/build-windows/prefix}
 mkdir -p "$prefix/home"
-export WINEPREFIX="$prefix" HOME="$prefix/home" WINEDEBUG=-all LC_ALL=C.UTF-8
+export WINEPREFIX="$prefix" HOME="$prefix/home" WINEDEBUG=-all
+export LC_ALL="${DELVANE_TEST_LOCALE:-C.UTF-8}"
 # Nothing of the host's desktop is touched, and nobody is asked to install anything.
 export WINEDLLOVERRIDES="mscoree,mshtml,winemenubuilder.exe="
 if [ ! -f "$prefix/made" ]; then

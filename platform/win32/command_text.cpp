@@ -1,20 +1,48 @@
+#include <algorithm>
+
 #include "platform/machine.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {
+namespace {
 
-// The system keeps the text as it was typed; the program's name at its beginning may stand in quotation marks.
-CString MakeCommandLine(int, const char* const*) {
-    std::string_view text = GetCommandLineA();
+// Where the argument at `begin` ends: at a blank outside quotation marks.
+std::size_t EndOfArgument(std::string_view text, std::size_t begin) {
     bool isQuoted = false;
-    std::size_t end = 0;
+    std::size_t end = begin;
     while (end < text.size() && (isQuoted || (text[end] != ' ' && text[end] != '\t'))) {
         if (text[end] == '"') isQuoted = !isQuoted;
         ++end;
     }
-    text.remove_prefix(end);
-    const std::size_t first = text.find_first_not_of(" \t");
-    return CString(first == std::string_view::npos ? std::string_view() : text.substr(first));
+    return end;
+}
+
+// Shells and scripts put quotation marks around a whole argument that holds a blank, switch and all: "/bc:My Snap". Such
+// a one is handed over without them.
+CString Unquoted(std::string_view argument) {
+    CString text(argument);
+    const bool isWhole = text.size() > 3 && text.front() == '"' && text.find('"', 1) == text.size() - 1;
+    if (!isWhole || (text[1] != '/' && text[1] != '-')) return text;
+    text = text.substr(1, text.size() - 2);
+    std::replace(text.begin(), text.end(), ' ', kHeldBlank);
+    std::replace(text.begin(), text.end(), '\t', kHeldTab);
+    return text;
+}
+
+}  // namespace
+
+// The system keeps the text as it was typed, the program's name first.
+CString MakeCommandLine(int, const char* const*) {
+    const std::string_view text = GetCommandLineA();
+    CString result;
+    std::size_t at = EndOfArgument(text, 0);
+    while ((at = text.find_first_not_of(" \t", at)) != std::string_view::npos) {
+        const std::size_t end = EndOfArgument(text, at);
+        if (!result.empty()) result += ' ';
+        result += Unquoted(text.substr(at, end - at));
+        at = end;
+    }
+    return result;
 }
 
 }  // namespace delvane

@@ -25,7 +25,7 @@ std::uint32_t MayTakePlace(const CString& path) {
         const DWORD code = GetLastError();
         return code == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : code;
     }
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) return ERROR_ACCESS_DENIED;
+    if ((attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) != 0) return ERROR_ACCESS_DENIED;
     constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const CHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, kShare, nullptr, OPEN_EXISTING, 0, nullptr));
     if (!file) return GetLastError();

@@ -18,8 +18,6 @@ constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 19;
 // three bytes where UTF-16 has one unit of two.
 constexpr std::uint32_t kBytesOfUnit = 3;
 
-::HKEY SystemKey(HKEY key) { return reinterpret_cast<::HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(key))); }
-
 // Performance data and its like answer an open with the number of a predefined key. Nothing can be read of it.
 bool IsPredefined(::HKEY key) {
     const auto number = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key)) & 0xFFFFFFFF;

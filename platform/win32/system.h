@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/image.h"
+#include "platform/machine.h"
 #include "platform/text.h"
 #include "platform/win32/windows.h"
 
@@ -39,6 +39,9 @@ public:
 private:
     HANDLE m_handle;
 };
+
+// One of the predefined keys, as the system has it.
+inline ::HKEY SystemKey(HKEY key) { return reinterpret_cast<::HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(key))); }
 
 // What the system says of one of its error numbers, without a period.
 CString ErrorText(std::uint32_t code);

@@ -72,6 +72,8 @@ for level in 1 2 3 4 5 6; do
 done
 mkdir -p "$long"
 printf 9 > "$long/deep.txt"
+# One that is as deep as a walk goes.
+( cd "$drive/odd" && mkdir deep && cd deep && i=0 && while [ $i -lt 1005 ]; do mkdir d && cd d && i=$((i + 1)); done )
 
 echo "-- odd keys and values"
 cat > "$drive/odd.reg" << 'END'

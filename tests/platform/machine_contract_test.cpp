@@ -23,9 +23,9 @@ protected:
         return names;
     }
     // The keys of the path stay open to the end of the test.
-    HKEY Open(const std::vector<std::string_view>& path) {
+    HKEY Open(const std::vector<CString>& path) {
         HKEY key = HKEY_CURRENT_USER;
-        for (const std::string_view name : path) {
+        for (const CString& name : path) {
             HKEY below = 0;
             EXPECT_EQ(Machine().RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
             key = below;
@@ -111,7 +111,7 @@ TEST_P(MachineContract, VersionsAreFoundByTheirPath) {
 
 // A walk asks for the sizes first; rooms of those sizes hold everything.
 TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
-    const HKEY key = Open({"Software", "Contract"});
+    const HKEY key = Open({"Software", m_pContract->GetKeyName()});
     CKeyInfo info;
     ASSERT_EQ(Machine().RegQueryInfoKey(key, info), ERROR_SUCCESS);
     ASSERT_EQ(info.m_nValues, 7U);
@@ -157,7 +157,7 @@ TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
 }
 
 TEST_P(MachineContract, KeysAndValuesAreFoundWithoutRegardToCase) {
-    const HKEY key = Open({"SOFTWARE", "contract"});
+    const HKEY key = Open({"SOFTWARE", MakeLower(m_pContract->GetKeyName())});
     CRoom size;
     EXPECT_EQ(Machine().RegQueryValueEx(key, "TEXT", nullptr, size), ERROR_SUCCESS);
     EXPECT_EQ(size.m_nSize, 4U);
@@ -170,7 +170,7 @@ TEST_P(MachineContract, KeysAndValuesAreFoundWithoutRegardToCase) {
     CRoom small{bytes, 2};
     EXPECT_EQ(Machine().RegQueryValueEx(key, "Text", &type, small), ERROR_MORE_DATA);
     EXPECT_EQ(Machine().RegQueryValueEx(key, "none", &type, room), ERROR_FILE_NOT_FOUND);
-    const HKEY deep = Open({"Software", "Contract", "ALPHA", "deep"});
+    const HKEY deep = Open({"Software", m_pContract->GetKeyName(), "ALPHA", "deep"});
     CKeyInfo info;
     EXPECT_EQ(Machine().RegQueryInfoKey(deep, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nValues, 1U);

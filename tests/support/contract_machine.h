@@ -20,13 +20,14 @@ namespace delvane {
 //   empty\       holds nothing
 //   old.exe      a 16-bit image
 //   Été.txt
-// and HKCU\Software\Contract as kContractRegistry has it.
+// and HKCU\Software\Contract as kContractRegistry has it, with GetKeyName() instead of Contract.
 class CContractMachine {
 public:
     virtual ~CContractMachine() = default;
     virtual CMachine& Get() = 0;
     virtual CString GetFolder() const = 0;     // without a backslash at its end
     virtual CString GetOwnFolder() const = 0;  // empty, for the program's own files; the same
+    virtual CString GetKeyName() const { return "Contract"; }
 };
 
 inline constexpr std::uint64_t kContractTime = 126'256'467'060'000'000;  // 3 February 2001, 04:05:06 UTC

@@ -2,9 +2,9 @@
 // those of the user.
 #include <cstring>
 
+#include "platform/win32/system.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/win32_machine.h"
-#include "platform/win32/windows.h"
 #include "tests/support/contract_machine.h"
 #include "tests/support/temporary_folder.h"
 
@@ -34,9 +34,9 @@ public:
         const ::FILETIME time{static_cast<DWORD>(kContractTime), static_cast<DWORD>(kContractTime >> 32)};
         SetFileTime(alpha, nullptr, nullptr, &time);
         CloseHandle(alpha);
-        RegDeleteTreeW(SystemUser(), kKey);
+        RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_key.c_str());
         ::HKEY key = nullptr;
-        RegCreateKeyExW(SystemUser(), kKey, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+        RegCreateKeyExW(SystemKey(HKEY_CURRENT_USER), m_key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
         SetText(key, L"", REG_SZ, L"unnamed");
         RegSetValueExA(key, "Binary", 0, REG_BINARY, reinterpret_cast<const BYTE*>("\0\1\xFF"), 3);
         SetText(key, L"Expand", REG_EXPAND_SZ, L"%x%");
@@ -52,19 +52,18 @@ public:
         RegCloseKey(below);
         RegCloseKey(key);
     }
-    ~CWin32Contract() override { RegDeleteTreeW(SystemUser(), kKey); }
+    ~CWin32Contract() override { RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_key.c_str()); }
 
     CMachine& Get() override { return m_machine; }
     CString GetFolder() const override { return Slashed("files"); }
     CString GetOwnFolder() const override { return Slashed("own"); }
+    CString GetKeyName() const override { return Narrow(m_key.substr(m_key.rfind(L'\\') + 1)); }
 
 private:
-    static constexpr const wchar_t* kKey = L"Software\\Contract";
-    static ::HKEY SystemUser() {
-        return reinterpret_cast<::HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(0x80000001)));
-    }
     CString Slashed(std::string_view below) const { return m_folder.GetPath() + "\\" + CString(below); }
 
+    // Several tests run at a time, and there is one registry.
+    std::wstring m_key = L"Software\\Contract " + std::to_wstring(GetCurrentProcessId());
     CTemporaryFolder m_folder;
     CWin32Machine m_machine{Slashed("own")};
 };
