@@ -26,6 +26,7 @@ cmake --build build-windows
 # The prefix is made, and its server stays, before several programs come at once.
 cmake/wine.sh cmd /c exit
 export WINEPREFIX="$DELVANE_TEST_PREFIX"
+wineserver -w
 wineserver -p
 code=0
 ctest --test-dir build-windows -j2 --output-on-failure --no-tests=error || code=$?
