@@ -130,10 +130,14 @@ TEST_F(Win32Machine, ALinkToItsOwnAncestorIsNotOpened) {
     CKeyInfo info;
     EXPECT_EQ(m_machine.RegQueryInfoKey(opened, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nSubkeys, 1U);
+    // A link is deleted by its own handle; deleting it by name would go to what it leads to.
+    using CDeleteKey = LONG WINAPI(HANDLE);
+    auto* const deleteKey = reinterpret_cast<CDeleteKey*>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtDeleteKey")));
     for (const wchar_t* name : {L"up", L"aside"}) {
         ::HKEY made = nullptr;
         RegOpenKeyExW(m_key, name, REG_OPTION_OPEN_LINK, KEY_ALL_ACCESS, &made);
-        RegDeleteValueW(made, L"SymbolicLinkValue");
+        EXPECT_EQ(deleteKey(made), 0);
         RegCloseKey(made);
     }
 }
