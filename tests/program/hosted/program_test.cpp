@@ -18,7 +18,7 @@ protected:
     // Runs the program; its exit code, with what it wrote in m_output and m_errors.
     int Run(const std::string& arguments, const std::string& environment = {}, const std::string& before = {}) {
         const std::string command = before + "cd " + m_home.GetPath() +
-                                    " && env -u WINEPREFIX DELVANE_HOME=" + m_home.GetPath() +
+                                    " || exit; env -u WINEPREFIX DELVANE_HOME=" + m_home.GetPath() +
                                     " DELVANE_MACHINE=" + m_prefix.GetPath() + " TZ=UTC " + environment + " '" +
                                     DELVANE_PROGRAM + "' " + arguments + " >stdout 2>stderr </dev/null";
         const int status = std::system(command.c_str());
