@@ -17,8 +17,8 @@ std::size_t EndOfArgument(std::string_view text, std::size_t begin) {
     return end;
 }
 
-// Shells and scripts put quotation marks around a whole argument that holds a blank, switch and all: "/bc:My Snap". Such
-// a one is handed over without them.
+// Shells and scripts put quotation marks around a whole argument that holds a blank, switch and all: "/bc:My Snap".
+// Such a one is handed over without them.
 CString Unquoted(std::string_view argument) {
     CString text(argument);
     const bool isWhole = text.size() > 3 && text.front() == '"' && text.find('"', 1) == text.size() - 1;

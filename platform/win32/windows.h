@@ -11,6 +11,8 @@
 #define NOMINMAX
 #endif
 #include <windows.h>  // IWYU pragma: export
+// Behind it, since it uses what is taken back below.
+#include <commctrl.h>  // IWYU pragma: export
 
 // Operations.
 #undef CreateDialog

@@ -1,0 +1,67 @@
+#include "platform/win32/pictures.h"
+
+#include <vector>
+
+namespace delvane {
+
+unsigned CDib::GetColourCount() const {
+    const BITMAPINFOHEADER& header = GetInfo()->bmiHeader;
+    if (header.biClrUsed != 0) return header.biClrUsed;
+    return header.biBitCount <= 8 ? 1U << header.biBitCount : 0;
+}
+
+const char* CDib::GetPixels() const {
+    return m_bytes.data() + GetInfo()->bmiHeader.biSize + GetColourCount() * sizeof(RGBQUAD);
+}
+
+HPALETTE CDib::MakePalette() const {
+    constexpr WORD kVersion = 0x300;
+    const unsigned count = GetColourCount();
+    if (count == 0) return nullptr;
+    std::vector<char> room(sizeof(LOGPALETTE) + count * sizeof(PALETTEENTRY));
+    auto* const palette = reinterpret_cast<LOGPALETTE*>(room.data());
+    palette->palVersion = kVersion;
+    palette->palNumEntries = static_cast<WORD>(count);
+    const RGBQUAD* const colours = GetInfo()->bmiColors;
+    for (unsigned i = 0; i < count; ++i)
+        palette->palPalEntry[i] = {colours[i].rgbRed, colours[i].rgbGreen, colours[i].rgbBlue, 0};
+    return CreatePalette(palette);
+}
+
+void CDib::StretchTo(HBITMAP bitmap, int factor) const {
+    const HDC memory = CreateCompatibleDC(nullptr);
+    const HGDIOBJ before = SelectObject(memory, bitmap);
+    SetStretchBltMode(memory, COLORONCOLOR);
+    StretchDIBits(memory, 0, 0, GetWidth() * factor, GetHeight() * factor, 0, 0, GetWidth(), GetHeight(), GetPixels(),
+                  GetInfo(), DIB_RGB_COLORS, SRCCOPY);
+    SelectObject(memory, before);
+    DeleteDC(memory);
+}
+
+HIMAGELIST MakeDriveImages(const CPictureBytes& pictures, int factor) {
+    constexpr int kImageWidth = 16;
+    const CDib drives(pictures.m_drives);
+    const CDib mask(pictures.m_driveMask);
+    const int width = drives.GetWidth() * factor;
+    const int height = drives.GetHeight() * factor;
+    const HDC screen = GetDC(nullptr);
+    const HBITMAP colours = CreateCompatibleBitmap(screen, width, height);
+    ReleaseDC(nullptr, screen);
+    const HBITMAP transparent = CreateBitmap(width, height, 1, 1, nullptr);
+    drives.StretchTo(colours, factor);
+    mask.StretchTo(transparent, factor);
+    const HIMAGELIST images =
+        ImageList_Create(kImageWidth * factor, height, ILC_COLOR24 | ILC_MASK, drives.GetWidth() / kImageWidth, 0);
+    ImageList_Add(images, colours, transparent);
+    DeleteObject(colours);
+    DeleteObject(transparent);
+    return images;
+}
+
+HICON LoadProgramIcon(int size) {
+    constexpr WORD kIcon = 128;
+    return static_cast<HICON>(
+        LoadImageW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(kIcon), IMAGE_ICON, size, size, LR_SHARED));
+}
+
+}  // namespace delvane
