@@ -157,9 +157,15 @@ void CWin32Window::Create(HWND window) {
     m_desk.m_windows.push_back(window);
     SwitchOwnScalingOff(window);
     SetTitle(m_template.m_title);
-    SendMessageW(window, WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(LoadProgramIcon(GetSystemMetrics(SM_CXICON))));
-    SendMessageW(window, WM_SETICON, ICON_SMALL,
-                 reinterpret_cast<LPARAM>(LoadProgramIcon(GetSystemMetrics(SM_CXSMICON))));
+    const HWND owner = GetWindow(window, GW_OWNER);
+    if (owner == nullptr) {
+        const auto setIcon = [window](WPARAM which, int metric) {
+            SendMessageW(window, WM_SETICON, which,
+                         reinterpret_cast<LPARAM>(LoadProgramIcon(GetSystemMetrics(metric))));
+        };
+        setIcon(ICON_BIG, SM_CXICON);
+        setIcon(ICON_SMALL, SM_CXSMICON);
+    }
     m_controls.reserve(m_template.m_controls.size());
     for (const CControlTemplate& control : m_template.m_controls)
         AddControl(control);
@@ -167,7 +173,6 @@ void CWin32Window::Create(HWND window) {
     ChangeFont(DpiOf(window));
     Place();
     // Over its owner, or in the middle of the screen.
-    const HWND owner = GetWindow(window, GW_OWNER);
     MONITORINFO monitor{};
     monitor.cbSize = sizeof monitor;
     GetMonitorInfoW(MonitorFromWindow(owner != nullptr ? owner : window, MONITOR_DEFAULTTONEAREST), &monitor);
@@ -190,7 +195,7 @@ void CWin32Window::Create(HWND window) {
     m_events.OnInit();
     if (m_bEnded) return;
     const HWND first = GetNextDlgTabItem(window, nullptr, FALSE);
-    if (first != nullptr) SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(first), TRUE);
+    if (first != nullptr) SetFocus(first);
 }
 
 void CWin32Window::AddControl(const CControlTemplate& control) {
