@@ -2,7 +2,6 @@
 #include <dlfcn.h>
 
 #include "platform/hosted/choice.h"
-#include "platform/hosted/host_file.h"
 #include "platform/toolkit_pictures.h"
 
 namespace delvane {
@@ -14,8 +13,7 @@ std::unique_ptr<CToolkit> LoadToolkit(const CPictureBytes& pictures, CString& pr
         problem = "there is no display (neither DISPLAY nor WAYLAND_DISPLAY is set)";
         return nullptr;
     }
-    const std::string executable = RealHostPath("/proc/self/exe");
-    const std::string folder = executable.substr(0, executable.rfind('/'));
+    const std::string folder = ExecutableFolder();
     void* module = nullptr;
     for (const std::string& path : {folder + "/delvane-qt.so", folder + "/../lib/delvane/delvane-qt.so"}) {
         if (module == nullptr) module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
