@@ -1,15 +1,19 @@
 // Draws the program's pictures and writes them as a C++ source: the icon, the drive images with their mask, the splash.
 //   draw_pictures FILE
+//   draw_pictures --icon SIZE FILE    the icon alone, as a PNG file
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "resources/png.h"
 
 namespace {
 
@@ -170,9 +174,9 @@ void DrawMark(CCanvas& canvas, double left, double top, double size) {
     canvas.Fill(box(0.42, 0.695, 0.70, 0.745, 0.02), Rgb(0xE07B1A));
 }
 
-CCanvas DrawIcon() {
-    CCanvas canvas(48, 48, Rgb(0, 0));
-    DrawMark(canvas, 0, 0, 48);
+CCanvas DrawIcon(int size) {
+    CCanvas canvas(size, size, Rgb(0, 0));
+    DrawMark(canvas, 0, 0, size);
     return canvas;
 }
 
@@ -431,13 +435,31 @@ void WriteArray(std::ofstream& out, const char* name, const std::string& bytes) 
     out << "    ;\n";
 }
 
+bool WriteIcon(int size, const char* path) {
+    CCanvas canvas = DrawIcon(size);
+    std::string pixels;
+    for (int i = 0; i < size * size; ++i) {
+        const CColour& c = canvas.At(i % size, i / size);
+        for (const double part : {c.r, c.g, c.b, c.a})
+            Put(pixels, Byte(part), 1);
+    }
+    std::ofstream out(path, std::ios::binary);
+    out << delvane::MakePng(static_cast<std::uint32_t>(size), pixels);
+    out.close();
+    return out.good();
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
+    if (argumentCount == 4 && std::string_view(arguments[1]) == "--icon") {
+        const int size = std::atoi(arguments[2]);
+        return size > 0 && WriteIcon(size, arguments[3]) ? 0 : 1;
+    }
     if (argumentCount != 2) return 2;
     std::ofstream out(arguments[1]);
     out << "// Written by draw_pictures.\n#include \"resources/pictures.h\"\n\nnamespace delvane {\nnamespace {\n\n";
-    WriteArray(out, "kIcon", WithAlpha(DrawIcon()));
+    WriteArray(out, "kIcon", WithAlpha(DrawIcon(48)));
     WriteArray(out, "kDrives", InSixteenColours(DrawDrives()));
     WriteArray(out, "kDriveMask", MaskOf(DrawDrives()));
     WriteArray(out, "kSplash", InManyColours(DrawSplash()));
