@@ -1,4 +1,4 @@
-# What demo.sh and test.sh share: the packages of the system and the release build. Both source it from the project's
+# What demo.sh, test.sh and package.sh share: the packages of the system and the release build. Both source it from the project's
 # folder, which stays the current one.
 
 as_root() {
