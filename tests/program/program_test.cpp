@@ -222,6 +222,18 @@ TEST_F(Program, AnInstallationKeepsNothingBesideTheProgram) {
     EXPECT_EQ(std::distance(fs::directory_iterator(m_home / "usr/bin"), {}), 1) << "the program alone";
 }
 
+TEST_F(Program, AModuleThatCannotBeLoadedIsToldAndNotTheOneThatIsNotThere) {
+    m_home.MakeFolder("usr/bin");
+    m_program = m_home / "usr/bin/delvane";
+    fs::copy_file(DELVANE_PROGRAM, m_program);
+    EXPECT_EQ(Run("", "QT_QPA_PLATFORM=offscreen"), 32);
+    EXPECT_NE(m_errors.find("delvane-qt.so is missing beside the program"), std::string::npos) << m_errors;
+    m_home.Write("usr/lib/delvane/delvane-qt.so", "no module");
+    EXPECT_EQ(Run("", "QT_QPA_PLATFORM=offscreen"), 32);
+    EXPECT_NE(m_errors.find("lib/delvane/delvane-qt.so: file too short"), std::string::npos) << m_errors;
+    EXPECT_EQ(Lines(m_errors), 1) << m_errors;
+}
+
 TEST_F(Program, HelpAndVersionAnswerBeforeAnythingElse) {
     EXPECT_EQ(Run("--version", "DELVANE_MACHINE=/nowhere"), 0);
     EXPECT_EQ(m_output, "Install Delvane 2.1.0\n");
