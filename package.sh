@@ -140,7 +140,7 @@ make_windows() {
     cp "$work/windows/delvane.exe" "$folder"
     cp -r "$source/docs/Using.htm" "$source/docs/pictures" "$folder"
     cp "$source/LICENSE" "$folder/LICENSE.txt"
-    cp /usr/share/doc/mingw-w64-common/copyright "$folder/licences of parts.txt"
+    cat "$source/packaging/copyright" /usr/share/doc/mingw-w64-common/copyright > "$folder/licences of parts.txt"
     fill "$source/packaging/notes-windows.txt" "$folder/README.txt" VERSION="$version"
     with_crlf "$folder"/*.txt
     settle "$folder"
