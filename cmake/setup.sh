@@ -1,5 +1,5 @@
-# What demo.sh and test.sh share: the packages of the system and the release build. Both source it from the project's
-# folder, which stays the current one.
+# What demo.sh, test.sh and package.sh share: the packages of the system and the release build. They source it from the
+# project's folder, which stays the current one.
 
 as_root() {
     if [ "$(id -u)" -eq 0 ]; then

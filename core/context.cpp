@@ -165,6 +165,11 @@ const CString& CRunContext::GetResultsDir() {
     return m_strResultsDir;
 }
 
+CString CRunContext::GetHelpPath() const {
+    const CString beside = m_strProgramDir + "\\Using.htm";
+    return m_pMachine->FileExists(beside) ? beside : m_pMachine->GetDocumentFolder() + "\\Using.htm";
+}
+
 void CRunContext::TellNotices() {
     for (const CString& notice : m_pMachine->TakeNotices())
         Say(notice);

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "platform/machine.h"
-#include "platform/toolkit.h"
 #include "platform/text.h"
+#include "platform/toolkit.h"
 
 namespace delvane {
 
@@ -61,7 +61,8 @@ public:
     const CString* GetFolder(int kind);
     // The directory of snapshots and reports, made when it is missing. May end in a backslash.
     const CString& GetResultsDir();
-    CString GetHelpPath() const { return m_strProgramDir + "\\Using.htm"; }
+    // The help page: beside the program's own files, else among the documents that came with the program.
+    CString GetHelpPath() const;
     std::uint64_t GetSystemFileTime() const { return m_pMachine->GetSystemTime(); }
 
     // The configuration file. False where it cannot be opened or is shorter than its ten values; then no field changes.

@@ -23,7 +23,8 @@ Report
   /gu        the same, but keep a report that already exists
   /gd        the same as /g, and open the report; /gud does both
   /res:DIR   the folder of snapshots and reports
-             (default: Results beside the program)
+             (default: Results beside the program, or, if it is
+             installed, in ~/.local/share/delvane)
 What a capture reads
   /d:X  /d:X-        drive X in, whatever its kind; drive X out
   /dg:KIND /dg:KIND- a kind of drive on or off: HD hard drives (on; off turns

@@ -211,6 +211,8 @@ public:
     virtual CString GetWindowsDirectory() = 0;
     virtual CString GetTempPath() = 0;        // ends in a backslash
     virtual CString GetModuleFileName() = 0;  // the program's own file
+    // The folder of the documents that came with the program, without a backslash at the end.
+    virtual CString GetDocumentFolder() = 0;
     virtual std::uint64_t GetSystemTime() = 0;
     // SHGetFolderPath of the library ShFolder; empty where the machine has no such library. The function gives false
     // for a folder that the machine does not know.

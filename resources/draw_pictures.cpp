@@ -1,15 +1,19 @@
 // Draws the program's pictures and writes them as a C++ source: the icon, the drive images with their mask, the splash.
-//   draw_pictures SOURCE [ICON]     ICON becomes the icon in all its sizes, as an .ico file
+//   draw_pictures SOURCE [ICON]       ICON becomes the icon in all its sizes, as an .ico file
+//   draw_pictures --icon SIZE FILE    the icon alone, as a PNG file
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
+
+#include "resources/png.h"
 
 namespace {
 
@@ -456,9 +460,27 @@ void WriteArray(std::ofstream& out, const char* name, const std::string& bytes) 
     out << "    ;\n";
 }
 
+bool WriteIcon(int size, const char* path) {
+    CCanvas canvas = DrawIcon(size);
+    std::string pixels;
+    for (int i = 0; i < size * size; ++i) {
+        const CColour& c = canvas.At(i % size, i / size);
+        for (const double part : {c.r, c.g, c.b, c.a})
+            Put(pixels, Byte(part), 1);
+    }
+    std::ofstream out(path, std::ios::binary);
+    out << delvane::MakePng(static_cast<std::uint32_t>(size), pixels);
+    out.close();
+    return out.good();
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
+    if (argumentCount == 4 && std::string_view(arguments[1]) == "--icon") {
+        const int size = std::atoi(arguments[2]);
+        return size > 0 && WriteIcon(size, arguments[3]) ? 0 : 1;
+    }
     if (argumentCount != 2 && argumentCount != 3) return 2;
     if (argumentCount == 3) {
         std::ofstream icon(arguments[2], std::ios::binary);

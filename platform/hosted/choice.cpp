@@ -30,12 +30,19 @@ bool TakeMachine(const std::string& folder, CMachineChoice& choice) {
     return !choice.m_folder.empty();
 }
 
+}  // namespace
+
 std::string ExecutableFolder() {
     const std::string executable = RealHostPath("/proc/self/exe");
     return executable.substr(0, executable.rfind('/'));
 }
 
-}  // namespace
+std::string FindDocumentFolder(const std::string& executableFolder) {
+    const auto hasPage = [](const std::string& folder) { return access((folder + "/Using.htm").c_str(), F_OK) == 0; };
+    if (hasPage(executableFolder)) return executableFolder;
+    const std::string installed = RealHostPath(executableFolder + "/../share/delvane");
+    return !installed.empty() && hasPage(installed) ? installed : executableFolder;
+}
 
 std::string GetVariable(const char* name) {
     const char* const value = std::getenv(name);
@@ -77,7 +84,9 @@ std::string ChooseProgramFolder() {
     std::string folder = GetVariable("DELVANE_HOME");
     if (folder.empty()) {
         folder = ExecutableFolder();
-        if (access(folder.c_str(), W_OK) == 0) return folder;
+        // A bin is shared by many programs: nothing is kept there, not even for root, who may write to it.
+        const bool isInstalled = FindDocumentFolder(folder) != folder;
+        if (!isInstalled && access(folder.c_str(), W_OK) == 0) return folder;
         const std::string data = GetVariable("XDG_DATA_HOME");
         // The variable counts only as an absolute path.
         folder = (data.starts_with('/') ? data : HomeFolder() + "/.local/share") + "/delvane";

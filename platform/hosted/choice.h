@@ -17,9 +17,15 @@ struct CMachineChoice {
 
 CMachineChoice ChooseMachine();
 
-// The folder of the program's own files: DELVANE_HOME, else where the executable stands if that can be written to,
-// else the user's data folder. Made when needed.
+// The folder of the program's own files: DELVANE_HOME, else where the executable stands if that can be written to and
+// is no folder of an installation, else the user's data folder. Made when needed.
 std::string ChooseProgramFolder();
+
+// Where the executable stands.
+std::string ExecutableFolder();
+// The folder of the help page and its pictures: the executable's own if the page stands there, else that of an
+// installation, share/delvane beside the executable's bin; where neither has it, the executable's own.
+std::string FindDocumentFolder(const std::string& executableFolder);
 
 // An environment variable; empty if it is not set.
 std::string GetVariable(const char* name);

@@ -86,6 +86,8 @@ CString CHostedMachine::GetTempPath() { return m_pIdentity != nullptr ? m_pIdent
 
 CString CHostedMachine::GetModuleFileName() { return m_paths.ToMachine(m_programFolder) + "\\delvane"; }
 
+CString CHostedMachine::GetDocumentFolder() { return m_paths.ToMachine(FindDocumentFolder(ExecutableFolder())); }
+
 // In whole milliseconds, as Windows tells the time of day.
 std::uint64_t CHostedMachine::GetSystemTime() {
     timespec now{};

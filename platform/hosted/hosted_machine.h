@@ -34,6 +34,7 @@ public:
     CString GetWindowsDirectory() override;
     CString GetTempPath() override;
     CString GetModuleFileName() override;
+    CString GetDocumentFolder() override;
     std::uint64_t GetSystemTime() override;
     CFolderFunction LoadFolderLibrary() override;
 

@@ -70,6 +70,14 @@ private:
     std::vector<char> m_block;
 };
 
+CString ExecutableFolder() {
+    std::array<char, kPathRoom> program{};
+    const DWORD length = GetModuleFileNameA(nullptr, program.data(), static_cast<DWORD>(program.size()));
+    CString folder(program.data(), length);
+    folder.resize(std::min(folder.size(), folder.rfind('\\')));
+    return folder;
+}
+
 }  // namespace
 
 class CWin32Machine::CLock {
@@ -265,6 +273,8 @@ void CWin32Machine::OpenDocument(std::string_view path) {
     if (SUCCEEDED(initialized)) CoUninitialize();
 }
 
+CString CWin32Machine::GetDocumentFolder() { return ExecutableFolder(); }
+
 std::unique_ptr<CMachine> MakeMachine() {
     // A drive without a disk in it answers with an error, not with a box that waits for somebody.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
@@ -273,11 +283,7 @@ std::unique_ptr<CMachine> MakeMachine() {
     CString folder(program.data(), home < program.size() ? home : 0);
     while (folder.ends_with('\\') || folder.ends_with('/'))
         folder.pop_back();
-    if (folder.empty()) {
-        const DWORD length = GetModuleFileNameA(nullptr, program.data(), static_cast<DWORD>(program.size()));
-        folder.assign(program.data(), length);
-        folder.resize(std::min(folder.size(), folder.rfind('\\')));
-    }
+    if (folder.empty()) folder = ExecutableFolder();
     return std::make_unique<CWin32Machine>(std::move(folder));
 }
 

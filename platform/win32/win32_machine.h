@@ -28,6 +28,7 @@ public:
     CString GetWindowsDirectory() override;
     CString GetTempPath() override;
     CString GetModuleFileName() override { return m_programFolder + "\\delvane.exe"; }
+    CString GetDocumentFolder() override;
     std::uint64_t GetSystemTime() override;
     CFolderFunction LoadFolderLibrary() override;
 

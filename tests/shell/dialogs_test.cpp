@@ -207,9 +207,18 @@ TEST_F(Dialogs, TheCommandLineIsWorkedOffByItself) {
 
 TEST_F(Dialogs, TheSplashStaysFiveSecondsWithoutNames) {
     Start(kDisks, "");
-    RunMain({[&](Window&) { EXPECT_FALSE(m_pToolkit->m_bSplash); }, Press(IDM_USING)});
+    RunMain({[&](Window&) { EXPECT_FALSE(m_pToolkit->m_bSplash); }});
     EXPECT_EQ(m_pToolkit->m_nSlept, 5000U);
-    EXPECT_EQ(m_pMachine->m_opened, std::vector<CString>{"C:\\Delvane\\Using.htm"});
+}
+
+TEST_F(Dialogs, HelpIsThePageBesideTheProgramsFilesOrTheOneThatCameWithIt) {
+    Start(kDisks, "/nologo");
+    RunMain({Press(IDM_USING)});
+    EXPECT_EQ(m_pMachine->m_opened.back(), "C:\\Delvane documents\\Using.htm");
+    m_pMachine->m_files["C:\\Delvane\\Using.htm"] = "page";
+    RunMain({Press(IDM_USING)});
+    EXPECT_EQ(m_pMachine->m_opened.back(), "C:\\Delvane\\Using.htm");
+    EXPECT_EQ(m_pMachine->m_opened.size(), 2U);
 }
 
 TEST_F(Dialogs, WhatStandsInTheWayIsToldAtTheStart) {

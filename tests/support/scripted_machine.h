@@ -34,6 +34,7 @@ public:
     CString GetWindowsDirectory() override { return "C:\\WINNT"; }
     CString GetTempPath() override { return "C:\\Temp\\"; }
     CString GetModuleFileName() override { return m_strProgram; }
+    CString GetDocumentFolder() override { return m_strDocuments; }
     std::uint64_t GetSystemTime() override { return m_nNow; }
     CFolderFunction LoadFolderLibrary() override;
     std::uint32_t GetLogicalDrives() override;
@@ -77,6 +78,7 @@ public:
     CString m_strUser = "tester";
     CString m_strComputer = "BENCH";
     CString m_strProgram = "C:\\Delvane\\delvane.exe";
+    CString m_strDocuments = "C:\\Delvane documents";
     std::uint64_t m_nNow = 126'227'808'000'000'000;  // 1 January 2001
     std::map<int, CString> m_folders;                // what the folder library knows
     bool m_bFolderLibrary = true;

@@ -275,6 +275,25 @@ TEST_F(HostedMachine, TheProgramsFolderIsADrivePathOnlyOnADisk) {
     EXPECT_EQ(folderOf(m_home.GetPath()), host + "\\delvane");
 }
 
+TEST_F(HostedMachine, TheDocumentsStandBesideTheProgramOrInTheShareOfItsInstallation) {
+    const std::string bin = m_home.MakeFolder("bin");
+    EXPECT_EQ(FindDocumentFolder(bin), bin) << "there are none";
+    m_home.MakeFolder("share/delvane");
+    EXPECT_EQ(FindDocumentFolder(bin), bin) << "a folder of that name is not enough: it may hold somebody's results";
+    m_home.Write("share/delvane/Using.htm");
+    EXPECT_EQ(FindDocumentFolder(bin), fs::canonical(m_home / "share/delvane"));
+    m_home.Write("bin/Using.htm");
+    EXPECT_EQ(FindDocumentFolder(bin), bin);
+}
+
+TEST_F(HostedMachine, TheDocumentFolderIsAMachinePath) {
+    const CPrefix prefix;
+    // There is no help page beside the tests.
+    std::string host = ExecutableFolder();
+    std::replace(host.begin(), host.end(), '/', '\\');
+    EXPECT_EQ(Open(prefix).GetDocumentFolder(), host);
+}
+
 TEST_F(HostedMachine, WithoutAMachineItsOwnFilesStillWork) {
     CHostedMachine machine({{}, "nothing here", true}, m_home.GetPath());
     EXPECT_FALSE(machine.IsPresent());

@@ -20,7 +20,7 @@ protected:
         const std::string command = before + "cd " + m_home.GetPath() +
                                     " || exit; env -u WINEPREFIX DELVANE_HOME=" + m_home.GetPath() +
                                     " DELVANE_MACHINE=" + m_prefix.GetPath() + " TZ=UTC " + environment + " '" +
-                                    DELVANE_PROGRAM + "' " + arguments + " >stdout 2>stderr </dev/null";
+                                    m_program + "' " + arguments + " >stdout 2>stderr </dev/null";
         const int status = std::system(command.c_str());
         m_output = m_home.Read("stdout");
         m_errors = m_home.Read("stderr");
@@ -30,6 +30,7 @@ protected:
 
     CTemporaryFolder m_home;
     CPrefix m_prefix;
+    std::string m_program = DELVANE_PROGRAM;
     std::string m_output;
     std::string m_errors;
 };
@@ -207,6 +208,34 @@ TEST_F(Program, ResultsMayStandInAnyFolderOfTheHost) {
     EXPECT_TRUE(m_home.Exists("my results/b.dvs"));
     EXPECT_EQ(Run("/s /bc:c '/res:C:\\windows\\'"), 0) << "or on the machine itself";
     EXPECT_TRUE(m_prefix.Exists("drive_c/windows/c.dvs"));
+}
+
+// Even where its bin can be written to, as it can for root.
+TEST_F(Program, AnInstallationKeepsNothingBesideTheProgram) {
+    m_home.MakeFolder("usr/bin");
+    m_program = m_home / "usr/bin/delvane";
+    fs::copy_file(DELVANE_PROGRAM, m_program);
+    const std::string ownFiles = "DELVANE_HOME= XDG_DATA_HOME=" + m_home.GetPath() + "/data";
+    EXPECT_EQ(Run("/s /bc:a", ownFiles), 0);
+    EXPECT_TRUE(m_home.Exists("usr/bin/Results/a.dvs")) << "a program by itself keeps its files together";
+    fs::remove_all(m_home / "usr/bin/Results");
+    fs::remove(m_home / "usr/bin/delvane.cfg");
+    m_home.Write("usr/share/delvane/Using.htm");
+    EXPECT_EQ(Run("/s /bc:a", ownFiles), 0);
+    EXPECT_TRUE(m_home.Exists("data/delvane/Results/a.dvs"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_home / "usr/bin"), {}), 1) << "the program alone";
+}
+
+TEST_F(Program, AModuleThatCannotBeLoadedIsToldAndNotTheOneThatIsNotThere) {
+    m_home.MakeFolder("usr/bin");
+    m_program = m_home / "usr/bin/delvane";
+    fs::copy_file(DELVANE_PROGRAM, m_program);
+    EXPECT_EQ(Run("", "QT_QPA_PLATFORM=offscreen"), 32);
+    EXPECT_NE(m_errors.find("delvane-qt.so is missing beside the program"), std::string::npos) << m_errors;
+    m_home.Write("usr/lib/delvane/delvane-qt.so", "no module");
+    EXPECT_EQ(Run("", "QT_QPA_PLATFORM=offscreen"), 32);
+    EXPECT_NE(m_errors.find("lib/delvane/delvane-qt.so: file too short"), std::string::npos) << m_errors;
+    EXPECT_EQ(Lines(m_errors), 1) << m_errors;
 }
 
 TEST_F(Program, HelpAndVersionAnswerBeforeAnythingElse) {

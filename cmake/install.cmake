@@ -1,0 +1,30 @@
+# What `cmake --install build --prefix PREFIX` puts where. The program finds its module and its help page from where it
+# stands, as ../lib/delvane and ../share/delvane: these two are fixed.
+include(GNUInstallDirs)
+
+install(TARGETS delvane RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+if(DELVANE_QT)
+  install(TARGETS delvane_qt LIBRARY DESTINATION lib/delvane)
+endif()
+install(FILES docs/Using.htm DESTINATION share/delvane)
+install(DIRECTORY docs/pictures DESTINATION share/delvane)
+
+configure_file(docs/delvane.1 ${CMAKE_BINARY_DIR}/delvane.1 @ONLY)
+install(FILES ${CMAKE_BINARY_DIR}/delvane.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
+
+# For the desktop: the entry and its icon.
+if(DELVANE_QT)
+  install(FILES packaging/delvane.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+  set(icons)
+  foreach(size 32 48 64 128 256)
+    set(icon ${CMAKE_BINARY_DIR}/icons/${size}.png)
+    add_custom_command(OUTPUT ${icon}
+                       COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/icons
+                       COMMAND draw_pictures --icon ${size} ${icon}
+                       DEPENDS draw_pictures)
+    list(APPEND icons ${icon})
+    install(FILES ${icon} DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/${size}x${size}/apps RENAME delvane.png)
+  endforeach()
+  add_custom_target(icons ALL DEPENDS ${icons})
+endif()
