@@ -150,12 +150,7 @@ make_windows() {
 build_linux
 pack_linux
 pack_debian
-whole=true
-if [ -f "$source/cmake/mingw.cmake" ]; then
-    make_windows
-else
-    whole=false
-fi
+make_windows
 
 step "The release, of $(git log -1 --format='%h, %cs')"
 (cd dist && for file in *; do
@@ -163,4 +158,3 @@ step "The release, of $(git log -1 --format='%h, %cs')"
 done)
 
 [ "${1-}" != --check ] || tests/release/check.sh
-$whole || fail "there is nothing for Windows: cmake/mingw.cmake is missing"
