@@ -15,6 +15,7 @@ if [ ! -f "$prefix/made" ]; then
     flock 9
     if [ ! -f "$prefix/made" ]; then
         env -u DISPLAY wineboot -i > /dev/null 2>&1
+        wineserver -w  # the next one may have a display
         : > "$prefix/made"
     fi
     exec 9>&-
