@@ -158,14 +158,11 @@ void CWin32Window::Create(HWND window) {
     SwitchOwnScalingOff(window);
     SetTitle(m_template.m_title);
     const HWND owner = GetWindow(window, GW_OWNER);
-    if (owner == nullptr) {
-        const auto setIcon = [window](WPARAM which, int metric) {
-            SendMessageW(window, WM_SETICON, which,
-                         reinterpret_cast<LPARAM>(LoadProgramIcon(GetSystemMetrics(metric))));
-        };
-        setIcon(ICON_BIG, SM_CXICON);
-        setIcon(ICON_SMALL, SM_CXSMICON);
-    }
+    const auto setIcon = [window](WPARAM which, int metric) {
+        SendMessageW(window, WM_SETICON, which, reinterpret_cast<LPARAM>(LoadProgramIcon(GetSystemMetrics(metric))));
+    };
+    setIcon(ICON_BIG, SM_CXICON);
+    setIcon(ICON_SMALL, SM_CXSMICON);
     m_controls.reserve(m_template.m_controls.size());
     for (const CControlTemplate& control : m_template.m_controls)
         AddControl(control);
