@@ -1,7 +1,8 @@
 // The window system of Windows itself.
+#include <utility>
+
 #include "platform/win32/dialog_window.h"
 #include "platform/win32/splash.h"
-#include "platform/win32/system.h"
 #include "platform/win32/wide.h"
 
 namespace delvane {
@@ -76,8 +77,7 @@ std::unique_ptr<CToolkit> LoadToolkit(const CPictureBytes& pictures, CString& pr
     const HWND trial =
         CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
     if (trial == nullptr) {
-        const DWORD code = GetLastError();
-        problem = "the system makes none: " + ErrorText(code) + " (" + std::to_string(code) + ")";
+        problem = "the system makes none, as where there is no display (error " + std::to_string(GetLastError()) + ")";
         return nullptr;
     }
     DestroyWindow(trial);
