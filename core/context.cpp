@@ -61,6 +61,17 @@ void CRunContext::FillSkipLists() {
     m_lstSkipNames = {".", "..", "pagefile.sys", "WIN386.SWP", "RECYCLER"};
 }
 
+// A program that was put into C:\Program Files, say, leaves out what an installation is most likely to change.
+void CRunContext::TellSkippedFolders() {
+    const CString& top = m_lstSkipDirs.front();
+    for (const int kind : {CSIDL_PROGRAM_FILES, CSIDL_WINDOWS, CSIDL_APPDATA, CSIDL_COMMON_APPDATA}) {
+        const CString& folder = *GetFolder(kind);
+        if (mbsicmp(top, folder) != 0 && !IsPrefixNoCase(top + "\\", folder)) continue;
+        return Say("nothing below " + top + " is captured, as the program's own files lie there (" + m_strProgramDir +
+                   "); put them into a folder of their own at the top of a drive");
+    }
+}
+
 bool CRunContext::IsDriveSelected(std::string_view name) const {
     const std::uint32_t bit = DriveBit(name);
     if ((m_dwLogicalDrives & bit) == 0) return false;

@@ -59,6 +59,8 @@ public:
     bool IsNameAllowed(std::string_view name) const;
     // The folder of a CSIDL kind, empty where the machine has none; null for a number that is not above.
     const CString* GetFolder(int kind);
+    // Says so where the program's own top folder, which no capture reads, holds folders of the machine.
+    void TellSkippedFolders();
     // The directory of snapshots and reports, made when it is missing. May end in a backslash.
     const CString& GetResultsDir();
     // The help page: beside the program's own files, else among the documents that came with the program.

@@ -35,14 +35,16 @@ The run
   /s         unattended: no window, the exit code tells the result
   /nologo    no splash window
 
-The machine (Linux)
+The machine
+  On Windows it is the one that the program runs on. On Linux:
   DELVANE_MACHINE    folder of a Wine prefix, or of a mounted Windows volume;
                      else WINEPREFIX; else ~/.wine
   DELVANE_USER       the account (default: the prefix's own; on a volume the
                      one that was used last)
-  DELVANE_HOME       folder of delvane.cfg, delvane.err and Results
   Run "wineserver -w" before each snapshot of a Wine prefix: Wine writes its
-  registry files late.
+  registry files late. On both:
+  DELVANE_HOME       folder of delvane.cfg, delvane.err and Results. What
+                     stands in the first folder on its path is not captured
 
 Exit code (bits, added up)
    0  nothing to report        4  a snapshot could not be created

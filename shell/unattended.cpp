@@ -21,6 +21,7 @@ CString ReasonOfFailure(Action action) {
 
 bool CreateSnapshot(CSnapshot& snapshot) {
     const CInterruptGuard guard;
+    theContext.TellSkippedFolders();
     const CString reason = ReasonOfFailure([&]() -> CString {
         if (!snapshot.Capture(nullptr)) return snapshot.GetError();
         if (!snapshot.Save()) return snapshot.GetError();

@@ -41,6 +41,19 @@ TEST_F(UnattendedRun, AFullDiskIsAFailedSaveAndAFailedReport) {
     EXPECT_EQ(m_pMachine->m_files["C:\\Delvane\\Results\\b - a.htm"], "earlier");
 }
 
+// What stands in the program's own top folder is never captured, which matters where that is Program Files.
+TEST_F(UnattendedRun, AProgramAmongTheFoldersOfTheMachineIsTold) {
+    m_pMachine->m_strProgram = "C:\\program files\\Delvane\\delvane.exe";
+    m_pMachine->m_directories.emplace_back("C:\\program files\\Delvane");
+    Start("C: fixed", "/s /bc:a");
+    testing::internal::CaptureStderr();
+    CMainDlg().RunUnattended();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "delvane: nothing below C:\\program files is captured, as the program's own files lie there "
+              "(C:\\program files\\Delvane); put them into a folder of their own at the top of a drive\n");
+    EXPECT_EQ(theApp.m_nExitCode, 0);
+}
+
 TEST_F(UnattendedRun, AnUnreadableSnapshotIsLoggedInOneLine) {
     Start("C: fixed", "/s /b:a /cc:never");
     m_pMachine->m_directories.emplace_back("C:\\Delvane\\Results");
