@@ -64,6 +64,7 @@ void CRunContext::FillSkipLists() {
 // A program that was put into C:\Program Files, say, leaves out what an installation is most likely to change.
 void CRunContext::TellSkippedFolders() {
     const CString& top = m_lstSkipDirs.front();
+    if (top.find(':') != 1 || !IsDriveSelected(top)) return;
     for (const int kind : {CSIDL_PROGRAM_FILES, CSIDL_WINDOWS, CSIDL_APPDATA, CSIDL_COMMON_APPDATA}) {
         const CString& folder = *GetFolder(kind);
         if (mbsicmp(top, folder) != 0 && !IsPrefixNoCase(top + "\\", folder)) continue;

@@ -71,7 +71,7 @@ CWin32Window::CWin32Window(CDesk& desk, const CDialogTemplate& dialog, CDialogEv
 
 CWin32Window::~CWin32Window() {
     if (m_hFont != nullptr) DeleteObject(m_hFont);
-    if (m_hImages != nullptr) ImageList_Destroy(m_hImages);
+    DestroyImages(m_hImages);
 }
 
 void CWin32Window::PostMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) {
@@ -237,7 +237,7 @@ void CWin32Window::ChangeFont(int dpi) {
         } else if (control.m_pTemplate->m_kind == EControlKind::kItemList) {
             const HIMAGELIST images = MakeDriveImages(m_desk.m_pictures, factor);
             ListView_SetImageList(control.m_hWnd, images, LVSIL_SMALL);
-            if (m_hImages != nullptr) ImageList_Destroy(m_hImages);
+            DestroyImages(m_hImages);
             m_hImages = images;
         }
     }

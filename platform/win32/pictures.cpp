@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "platform/win32/system.h"
+
 namespace delvane {
 
 unsigned CDib::GetColourCount() const {
@@ -38,7 +40,20 @@ void CDib::StretchTo(HBITMAP bitmap, int factor) const {
     DeleteDC(memory);
 }
 
+HMODULE GetCommonControls() {
+    static const HMODULE library = LoadLibraryW(L"comctl32.dll");  // the version that the manifest names
+    return library;
+}
+
+void DestroyImages(HIMAGELIST images) {
+    static auto* const destroy = FindOperation<decltype(ImageList_Destroy)>(GetCommonControls(), "ImageList_Destroy");
+    if (images != nullptr && destroy != nullptr) destroy(images);
+}
+
 HIMAGELIST MakeDriveImages(const CPictureBytes& pictures, int factor) {
+    static auto* const create = FindOperation<decltype(ImageList_Create)>(GetCommonControls(), "ImageList_Create");
+    static auto* const add = FindOperation<decltype(ImageList_Add)>(GetCommonControls(), "ImageList_Add");
+    if (create == nullptr || add == nullptr) return nullptr;
     constexpr int kImageWidth = 16;
     const CDib drives(pictures.m_drives);
     const CDib mask(pictures.m_driveMask);
@@ -51,8 +66,8 @@ HIMAGELIST MakeDriveImages(const CPictureBytes& pictures, int factor) {
     drives.StretchTo(colours, factor);
     mask.StretchTo(transparent, factor);
     const HIMAGELIST images =
-        ImageList_Create(kImageWidth * factor, height, ILC_COLOR24 | ILC_MASK, drives.GetWidth() / kImageWidth, 0);
-    ImageList_Add(images, colours, transparent);
+        create(kImageWidth * factor, height, ILC_COLOR24 | ILC_MASK, drives.GetWidth() / kImageWidth, 0);
+    add(images, colours, transparent);
     DeleteObject(colours);
     DeleteObject(transparent);
     return images;

@@ -28,8 +28,13 @@ private:
     std::string_view m_bytes;
 };
 
+// The library of common controls. It is loaded when it is first asked for: a run without a window leaves it alone, and
+// with it whatever the system makes ready for windows.
+HMODULE GetCommonControls();
+
 // The drive images for a list, each dot `factor` dots wide; to be destroyed by the caller.
 HIMAGELIST MakeDriveImages(const CPictureBytes& pictures, int factor);
+void DestroyImages(HIMAGELIST images);
 
 // The icon of the program's file in that size; shared.
 HICON LoadProgramIcon(int size);

@@ -38,8 +38,7 @@ bool Fill(CRoom& room, std::string_view bytes, std::uint32_t extra) {
 // The path of a key in the system's own tree, \REGISTRY\MACHINE\..., with links behind it; empty where it is not told.
 std::wstring RealPathOf(::HKEY key) {
     using CQueryKey = LONG WINAPI(HANDLE, int, void*, ULONG, ULONG*);
-    static auto* const query = reinterpret_cast<CQueryKey*>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtQueryKey")));
+    static auto* const query = FindOperation<CQueryKey>(GetModuleHandleA("ntdll.dll"), "NtQueryKey");
     constexpr int kKeyNameInformation = 3;  // a length in bytes and the text
     std::array<wchar_t, 2048> buffer;       // NOLINT(cppcoreguidelines-pro-type-member-init): the call fills it
     ULONG size = 0;

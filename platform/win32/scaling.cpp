@@ -1,12 +1,13 @@
 #include "platform/win32/scaling.h"
 
+#include "platform/win32/system.h"
+
 namespace delvane {
 namespace {
 
-// An operation of user32, null where the system does not have it.
-template <class Function>
-Function* Find(const char* name) {
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("user32.dll"), name)));
+template <class Operation>
+Operation* Find(const char* name) {
+    return FindOperation<Operation>(GetModuleHandleA("user32.dll"), name);
 }
 
 int SystemDpi() {

@@ -43,6 +43,13 @@ private:
 // One of the predefined keys, as the system has it.
 inline ::HKEY SystemKey(HKEY key) { return reinterpret_cast<::HKEY>(static_cast<LONG_PTR>(static_cast<LONG>(key))); }
 
+// An operation of a library of the system, null where it does not have it.
+template <class Operation>
+Operation* FindOperation(HMODULE library, const char* name) {
+    return library == nullptr ? nullptr
+                              : reinterpret_cast<Operation*>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+}
+
 // What the system says of one of its error numbers, without a period.
 CString ErrorText(std::uint32_t code);
 

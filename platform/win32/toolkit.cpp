@@ -3,6 +3,7 @@
 
 #include "platform/win32/dialog_window.h"
 #include "platform/win32/splash.h"
+#include "platform/win32/system.h"
 #include "platform/win32/wide.h"
 
 namespace delvane {
@@ -82,7 +83,9 @@ std::unique_ptr<CToolkit> LoadToolkit(const CPictureBytes& pictures, CString& pr
     }
     DestroyWindow(trial);
     INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES};
-    InitCommonControlsEx(&controls);
+    if (auto* const init = FindOperation<decltype(InitCommonControlsEx)>(GetCommonControls(), "InitCommonControlsEx")) {
+        init(&controls);
+    }
     return std::make_unique<CWin32Toolkit>(pictures);
 }
 

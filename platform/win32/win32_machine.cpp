@@ -45,8 +45,8 @@ private:
 // Whether the drive is the root of the host that Wine runs on, which is no disk of the machine under examination.
 bool IsHostRoot(const CString& root) {
     using CGetUnixName = char* CDECL(const wchar_t*);
-    static auto* const getName = reinterpret_cast<CGetUnixName*>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name")));
+    static auto* const getName =
+        FindOperation<CGetUnixName>(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name");
     if (getName == nullptr) return false;
     char* const name = getName(Widen(root).c_str());
     const bool isRoot = name != nullptr && std::string_view(name).find_first_not_of("/.") == std::string_view::npos;
@@ -159,8 +159,7 @@ CFolderFunction CWin32Machine::LoadFolderLibrary() {
     });
     if (library == nullptr) return {};
     using CGetFolderPath = HRESULT WINAPI(HWND, int, HANDLE, DWORD, char*);
-    auto* const getPath =
-        reinterpret_cast<CGetFolderPath*>(reinterpret_cast<void*>(GetProcAddress(library.get(), "SHGetFolderPathA")));
+    auto* const getPath = FindOperation<CGetFolderPath>(library.get(), "SHGetFolderPathA");
     if (getPath == nullptr) return {};
     return [library, getPath](int kind, CString& folder) {
         std::array<char, kPathRoom> buffer{};
