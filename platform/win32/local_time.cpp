@@ -8,8 +8,8 @@
 namespace delvane {
 namespace {
 
-// Windows' own zone, with the rule for daylight saving of the year in question. The run-time library has none before
-// 1970 and one rule for all years.
+// Windows' own zone, with the rule for daylight saving that is in force now. The run-time library knows no time before
+// 1970.
 bool LocalCalendar(std::uint64_t ticks, SYSTEMTIME& local) {
     const ::FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
     SYSTEMTIME universal{};

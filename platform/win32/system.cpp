@@ -46,9 +46,9 @@ bool IsLongPath(std::string_view path) {
     return path.size() + kRoomForName > MAX_PATH;
 }
 
-CDiskFile::CDiskFile(std::string_view path) {
-    constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    m_file = CHandle(CreateFileA(CString(path).c_str(), GENERIC_READ, kShare, nullptr, OPEN_EXISTING, 0, nullptr));
+CDiskFile::CDiskFile(std::string_view path)
+    : m_file(CreateFileA(CString(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                         nullptr, OPEN_EXISTING, 0, nullptr)) {
     if (!m_file) return;
     LARGE_INTEGER size{};
     if (GetFileType(m_file.Get()) != FILE_TYPE_DISK || GetFileSizeEx(m_file.Get(), &size) == 0) {

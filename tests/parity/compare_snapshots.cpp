@@ -1,9 +1,9 @@
 // Compares two snapshots node by node, whatever a report would say of them.
 //   compare_snapshots KNOWN A.dvs B.dvs
-// Each line of KNOWN is an expected difference: the beginning of a line of the output, without regard to case; a star in
-// it stands for one component of a path. A line that begins with # is a comment. The differences that nobody expects
-// are printed, a line each: "only in A: PATH", "only in B: PATH", "PATH: WHAT: in A, in B". Exit codes: 0 there are none,
-// 1 there are some, 2 a file could not be read.
+// Each line of KNOWN is an expected difference: the beginning of a line of the output, without regard to case; a star
+// in it stands for one component of a path. A line that begins with # is a comment. The differences that nobody expects
+// are printed, a line each: "only in A: PATH", "only in B: PATH", "PATH: WHAT: in A, in B". Exit codes: 0 there are
+// none, 1 there are some, 2 a file could not be read.
 #include <cstdio>
 #include <exception>
 #include <fstream>

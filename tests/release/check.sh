@@ -20,7 +20,7 @@ package=$PWD/dist/delvane_${version}_amd64.deb
 archive=$PWD/dist/delvane-$version-linux-x64.tar.gz
 windows=$PWD/dist/delvane-$version-windows-x64.zip
 mkimage=$PWD/build-package/linux/samples/mkimage
-for file in "$package" "$archive" "$mkimage"; do
+for file in "$package" "$archive" "$windows" "$mkimage"; do
     [ -f "$file" ] || fail "$file is missing; ./package.sh makes it"
 done
 
@@ -160,18 +160,16 @@ check_pictures "$folder"
 do_main_job "$folder/delvane" "$folder/Results"
 show_window "$folder/delvane" "$folder/delvane-qt.so"
 
-if [ -f "$windows" ]; then
-    echo "== $(basename "$windows")"
-    unzip -q "$windows" -d "$work"
-    folder=$work/delvane-$version-windows-x64
-    check_pictures "$folder"
-    ! grep -q '@' "$folder/README.txt" || fail "the notes are not filled in"
-    for text in "$folder"/*.txt; do
-        ! grep -qv "$(printf '\r')\$" "$text" || fail "$text has a line without Windows' end"
-    done
-    objdump -p "$folder/delvane.exe" | sed -n 's/.*DLL Name: //p' > "$work/libraries"
-    [ -s "$work/libraries" ] || fail "delvane.exe is no program for Windows"
-    ! grep -iE 'libstdc|libgcc|winpthread' "$work/libraries" || fail "delvane.exe needs a library that is not there"
-    done_with "the program needs libraries of Windows alone: $(sort "$work/libraries" | paste -s -d ' ')"
-fi
+echo "== $(basename "$windows")"
+unzip -q "$windows" -d "$work"
+folder=$work/delvane-$version-windows-x64
+check_pictures "$folder"
+! grep -q '@' "$folder/README.txt" || fail "the notes are not filled in"
+for text in "$folder"/*.txt; do
+    ! grep -qv "$(printf '\r')\$" "$text" || fail "$text has a line without Windows' end"
+done
+objdump -p "$folder/delvane.exe" | sed -n 's/.*DLL Name: //p' > "$work/libraries"
+[ -s "$work/libraries" ] || fail "delvane.exe is no program for Windows"
+! grep -iE 'libstdc|libgcc|winpthread' "$work/libraries" || fail "delvane.exe needs a library that is not there"
+done_with "the program needs libraries of Windows alone: $(sort "$work/libraries" | paste -s -d ' ')"
 echo "== The release is as it should be"

@@ -182,51 +182,51 @@ TEST(Toolkit, NothingIsCutOffAtAnyScaling) {
 
 TEST(Toolkit, ClicksAndKeysReachTheDialog) {
     CRecorder name(IDD_NEW_SNAPSHOT);
-    const std::uint32_t result = name.Run(
-        {[](HWND window) {
-             EXPECT_EQ(GetParent(GetFocus()), Control(window, IDC_NAME)) << "the first control has the focus";
-             for (const wchar_t letter : std::wstring_view(L"a\u00E9"))
-                 SendMessageW(GetFocus(), WM_CHAR, letter, 1);
-         },
-         [&](HWND window) {
-             EXPECT_EQ(name.m_pWindow->GetText(IDC_NAME), "a\xC3\xA9");
-             Click(Control(window, IDC_COMPARE_AFTER));
-             EXPECT_EQ(name.m_pWindow->GetCheck(IDC_COMPARE_AFTER), 1);
-             name.m_pWindow->Enable(IDOK, false);
-             CRecorder::Press(window, VK_RETURN);
-         },
-         [&](HWND window) {
-             EXPECT_EQ(name.m_log.size(), 3U) << "a disabled default button is not pressed";
-             name.m_pWindow->Enable(IDOK, true);
-             CRecorder::Press(window, VK_RETURN);
-         }});
+    const std::uint32_t result =
+        name.Run({[](HWND window) {
+                      EXPECT_EQ(GetParent(GetFocus()), Control(window, IDC_NAME)) << "the first control has the focus";
+                      for (const wchar_t letter : std::wstring_view(L"a\u00E9"))
+                          SendMessageW(GetFocus(), WM_CHAR, letter, 1);
+                  },
+                  [&](HWND window) {
+                      EXPECT_EQ(name.m_pWindow->GetText(IDC_NAME), "a\xC3\xA9");
+                      Click(Control(window, IDC_COMPARE_AFTER));
+                      EXPECT_EQ(name.m_pWindow->GetCheck(IDC_COMPARE_AFTER), 1);
+                      name.m_pWindow->Enable(IDOK, false);
+                      CRecorder::Press(window, VK_RETURN);
+                  },
+                  [&](HWND window) {
+                      EXPECT_EQ(name.m_log.size(), 3U) << "a disabled default button is not pressed";
+                      name.m_pWindow->Enable(IDOK, true);
+                      CRecorder::Press(window, VK_RETURN);
+                  }});
     EXPECT_EQ(result, IDOK);
     EXPECT_EQ(name.m_log, (std::vector<CString>{"1011/1", "1011/1", "1012/0", "1/0"}));
 
     CRecorder main(IDD_MAIN);
-    const std::uint32_t mainResult = main.Run(
-        {[&](HWND window) {
-             main.m_pWindow->SetText(1003, "Gr\u00F6\u00DFe (v2.1)");
-             EXPECT_EQ(main.m_pWindow->GetText(1003), "Gr\u00F6\u00DFe (v2.1)");
-             SendMessageW(Control(window, 1003), WM_CHAR, L'x', 1);
-             EXPECT_EQ(main.m_pWindow->GetText(1003), "Gr\u00F6\u00DFe (v2.1)") << "read only";
-             Click(Control(window, IDC_CREATE_BASELINE));
-             // What the system makes of F1, for the control that has the focus.
-             HELPINFO help{};
-             help.cbSize = sizeof help;
-             SendMessageW(Control(window, 1003), WM_HELP, 0, reinterpret_cast<LPARAM>(&help));
-         },
-         [&](HWND window) {
-             main.m_pWindow->EnableMenuEntry(IDC_COMPARE, false);
-             const HMENU file = GetSubMenu(GetMenu(window), 0);
-             SendMessageW(window, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(file), 0);
-             EXPECT_NE(GetMenuState(file, IDC_COMPARE, MF_BYCOMMAND) & MF_GRAYED, 0U);
-             EXPECT_EQ(GetMenuState(file, IDM_EXIT, MF_BYCOMMAND) & MF_GRAYED, 0U);
-             EXPECT_EQ(GetMenuItemCount(file), 9);
-             SendMessageW(window, WM_COMMAND, IDM_EXIT, 0);
-             SetFocus(Control(window, 1003));
-             CRecorder::Press(window, VK_RETURN);
-         }});
+    const std::uint32_t mainResult =
+        main.Run({[&](HWND window) {
+                      main.m_pWindow->SetText(1003, "Gr\u00F6\u00DFe (v2.1)");
+                      EXPECT_EQ(main.m_pWindow->GetText(1003), "Gr\u00F6\u00DFe (v2.1)");
+                      SendMessageW(Control(window, 1003), WM_CHAR, L'x', 1);
+                      EXPECT_EQ(main.m_pWindow->GetText(1003), "Gr\u00F6\u00DFe (v2.1)") << "read only";
+                      Click(Control(window, IDC_CREATE_BASELINE));
+                      // What the system makes of F1, for the control that has the focus.
+                      HELPINFO help{};
+                      help.cbSize = sizeof help;
+                      SendMessageW(Control(window, 1003), WM_HELP, 0, reinterpret_cast<LPARAM>(&help));
+                  },
+                  [&](HWND window) {
+                      main.m_pWindow->EnableMenuEntry(IDC_COMPARE, false);
+                      const HMENU file = GetSubMenu(GetMenu(window), 0);
+                      SendMessageW(window, WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(file), 0);
+                      EXPECT_NE(GetMenuState(file, IDC_COMPARE, MF_BYCOMMAND) & MF_GRAYED, 0U);
+                      EXPECT_EQ(GetMenuState(file, IDM_EXIT, MF_BYCOMMAND) & MF_GRAYED, 0U);
+                      EXPECT_EQ(GetMenuItemCount(file), 9);
+                      SendMessageW(window, WM_COMMAND, IDM_EXIT, 0);
+                      SetFocus(Control(window, 1003));
+                      CRecorder::Press(window, VK_RETURN);
+                  }});
     EXPECT_EQ(mainResult, IDOK) << "Enter without a default button";
     EXPECT_EQ(main.m_log, (std::vector<CString>{"1004/0", "57670/0", "menu 0", "57665/0", "1/0"}));
     EXPECT_EQ(CRecorder(IDD_LOAD_SNAPSHOT).Run({}), IDCANCEL) << "Esc";

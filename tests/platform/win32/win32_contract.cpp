@@ -36,7 +36,8 @@ public:
         CloseHandle(alpha);
         RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_key.c_str());
         ::HKEY key = nullptr;
-        RegCreateKeyExW(SystemKey(HKEY_CURRENT_USER), m_key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+        RegCreateKeyExW(SystemKey(HKEY_CURRENT_USER), m_key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                        nullptr);
         SetText(key, L"", REG_SZ, L"unnamed");
         RegSetValueExA(key, "Binary", 0, REG_BINARY, reinterpret_cast<const BYTE*>("\0\1\xFF"), 3);
         SetText(key, L"Expand", REG_EXPAND_SZ, L"%x%");

@@ -102,8 +102,7 @@ TEST_F(Win32Machine, AKeyThatChangesDuringTheWalkEndsNothing) {
 }
 
 TEST_F(Win32Machine, PerformanceDataAreNoKey) {
-    const HKEY perflib =
-        Open(HKEY_LOCAL_MACHINE, {"Software", "Microsoft", "Windows NT", "CurrentVersion", "Perflib"});
+    const HKEY perflib = Open(HKEY_LOCAL_MACHINE, {"Software", "Microsoft", "Windows NT", "CurrentVersion", "Perflib"});
     HKEY key = 0;
     EXPECT_EQ(m_machine.RegOpenKeyEx(perflib, "009", key), ERROR_BADKEY);
     EXPECT_EQ(key, 0U);
@@ -112,8 +111,8 @@ TEST_F(Win32Machine, PerformanceDataAreNoKey) {
 TEST_F(Win32Machine, ALinkToItsOwnAncestorIsNotOpened) {
     const auto link = [](const wchar_t* name, const std::wstring& target) {
         ::HKEY key = nullptr;
-        RegCreateKeyExW(SystemKey(HKEY_CURRENT_USER), (kKey + L"\\" + name).c_str(), 0, nullptr,
-                        REG_OPTION_CREATE_LINK, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+        RegCreateKeyExW(SystemKey(HKEY_CURRENT_USER), (kKey + L"\\" + name).c_str(), 0, nullptr, REG_OPTION_CREATE_LINK,
+                        KEY_ALL_ACCESS, nullptr, &key, nullptr);
         RegSetValueExW(key, L"SymbolicLinkValue", 0, REG_LINK, reinterpret_cast<const BYTE*>(target.data()),
                        static_cast<DWORD>(target.size() * sizeof(wchar_t)));
         RegCloseKey(key);
