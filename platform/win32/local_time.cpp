@@ -1,6 +1,7 @@
 #include <array>
 #include <cstdlib>
 #include <ctime>
+#include <string_view>
 
 #include "platform/text.h"
 #include "platform/win32/windows.h"
@@ -17,10 +18,21 @@ bool LocalCalendar(std::uint64_t ticks, SYSTEMTIME& local) {
            SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local) != 0;
 }
 
-// The zone of the variable TZ, as the run-time library reads it: its difference from UTC in seconds is taken for the
-// nearest time that the library can convert.
+// Whether the variable TZ names a zone in the run-time library's form, EST5EDT. Elsewhere it may be Europe/Berlin or
+// CET, which the library would take for UTC.
+bool HasZoneVariable() {
+    const char* const zone = std::getenv("TZ");
+    if (zone == nullptr) return false;
+    const std::string_view name = zone;
+    if (name == "UTC" || name == "GMT") return true;
+    return name.find_first_of("/:") == std::string_view::npos &&
+           name.find_first_of("0123456789") != std::string_view::npos;
+}
+
+// Moves a time into the zone of that variable: its difference from UTC in seconds is taken for the nearest time that
+// the library can convert.
 bool ZoneOfVariable(std::uint64_t& ticks) {
-    if (std::getenv("TZ") == nullptr) return false;
+    if (!HasZoneVariable()) return false;
     static const bool zoneIsRead = (_tzset(), true);
     static_cast<void>(zoneIsRead);
     const bool isEarly = ticks < kUnixEpochTicks;
