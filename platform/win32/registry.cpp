@@ -110,12 +110,11 @@ std::uint32_t CWin32Registry::COpenKey::Read() {
     return ERROR_SUCCESS;
 }
 
-// An entry that cannot be read costs itself; the list may have grown or shrunk since it was counted.
+// As many as were counted; the list may have shrunk since. An entry that cannot be read costs itself.
 void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>& name, std::vector<char>& data) {
     constexpr std::size_t kLargest = std::size_t{1} << 30;
     m_values.reserve(count);
-    std::uint32_t failures = 0;
-    for (DWORD index = 0; failures <= count; ++index) {
+    for (DWORD index = 0; index < count; ++index) {
         auto nameLength = static_cast<DWORD>(name.size());
         auto dataLength = static_cast<DWORD>(data.size());
         DWORD type = 0;
@@ -129,8 +128,6 @@ void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>
             --index;
         } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
             break;
-        } else {
-            ++failures;
         }
     }
 }
@@ -138,8 +135,7 @@ void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>
 void CWin32Registry::COpenKey::ReadSubkeys(std::uint32_t count, std::vector<char>& name) {
     constexpr std::size_t kLongest = std::size_t{1} << 20;
     m_subkeys.reserve(count);
-    std::uint32_t failures = 0;
-    for (DWORD index = 0; failures <= count; ++index) {
+    for (DWORD index = 0; index < count; ++index) {
         auto length = static_cast<DWORD>(name.size());
         const LSTATUS code = RegEnumKeyExA(m_key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
         if (code == 0) {
@@ -149,8 +145,6 @@ void CWin32Registry::COpenKey::ReadSubkeys(std::uint32_t count, std::vector<char
             --index;
         } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
             break;
-        } else {
-            ++failures;
         }
     }
 }
