@@ -157,6 +157,45 @@ TEST_F(Dialogs, ACancelledCaptureEmptiesItsSide) {
               std::vector<CString>{"The Snapshot \"old\" already exists.\nDo you wish to replace it?"});
 }
 
+// Until a capture or a load begins a question can be left, and what the side holds stays.
+TEST_F(Dialogs, ACancelledQuestionLeavesItsSideAsItIs) {
+    Start(kDisks, "/nologo");
+    StoreSnapshot("b");
+    AnswerLoad("b");
+    m_pToolkit->Script(IDD_LOAD_SNAPSHOT, {Press(IDCANCEL)});
+    m_pToolkit->Script(IDD_NEW_SNAPSHOT, {[](Window& window) { window.Type(IDC_NAME, "x"); }, Press(IDCANCEL)});
+    // The replacement is declined, and the name asked for again.
+    m_pToolkit->Script(IDD_NEW_SNAPSHOT, {[](Window& window) { window.Type(IDC_NAME, "b"); }, Press(IDOK),
+                                          [](Window& window) { EXPECT_FALSE(window.HasEnded()); }, Press(IDCANCEL)});
+    m_pToolkit->m_answers = {IDNO};
+    const CString stored = m_pMachine->m_files[kResults + "b.dvs"];
+    RunMain({Press(IDC_LOAD_BASELINE), Press(IDC_LOAD_BASELINE), Press(IDC_CREATE_BASELINE), Press(IDC_CREATE_BASELINE),
+             [](Window& window) { EXPECT_EQ(window.GetText(1003), "b (v2.1)"); }});
+    EXPECT_NE(m_dialog.m_pBaseline, nullptr);
+    EXPECT_EQ(m_pToolkit->m_messages.size(), 1U);
+    EXPECT_TRUE(m_pMachine->m_files[kResults + "b.dvs"] == stored);
+    EXPECT_FALSE(m_pMachine->m_files.contains(kResults + "x.dvs"));
+}
+
+// A capture that the command line asked for can be cancelled like any other: its side stays empty, the next step comes,
+// and there is nothing to compare.
+TEST_F(Dialogs, ACancelDuringTheAutomaticChainEndsItsStepAlone) {
+    Start(kDisks, "/nologo /bc:Before /c:b /g");
+    StoreSnapshot("b");
+    std::latch cancelled(1);
+    m_pMachine->m_onEntry = [&](std::string_view) { cancelled.wait(); };
+    m_pToolkit->Script(IDD_PROGRESS, {[&](Window& window) {
+                           window.Click(IDCANCEL);
+                           cancelled.count_down();
+                       }});
+    RunMain({});
+    EXPECT_EQ(m_dialog.m_pBaseline, nullptr);
+    EXPECT_NE(m_dialog.m_pCurrent, nullptr);
+    EXPECT_FALSE(m_pMachine->m_files.contains(kResults + "Before.dvs"));
+    EXPECT_FALSE(m_pMachine->m_files.contains(kResults + "b - Before.htm"));
+    EXPECT_TRUE(m_pMachine->m_opened.empty());
+}
+
 TEST_F(Dialogs, TheCountersAreShown) {
     Start("C: fixed\n  Files\\\n    a.txt\n    b.txt\n", "/nologo");
     std::map<std::uint32_t, CString> last;
