@@ -112,6 +112,8 @@ TEST_F(Program, NamesComeThroughAsTheyWereTyped) {
     const std::filesystem::path results = Widen(m_home / "Results");
     EXPECT_TRUE(std::filesystem::exists(results / L"V\u00F6r.dvs"));
     EXPECT_TRUE(std::filesystem::exists(results / L"Da nach.dvs"));
+    EXPECT_EQ(Run("/s /bc:a \"/res:" + m_home.GetPath() + "\\my results\\\"" + reads), 0) << m_errors;
+    EXPECT_TRUE(m_home.Exists("my results/a.dvs"));
 }
 
 }  // namespace
