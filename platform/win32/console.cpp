@@ -24,10 +24,10 @@ protected:
         const char byte = traits_type::to_char_type(c);
         return xsputn(&byte, 1) == 1 ? c : traits_type::eof();
     }
-    // A sentence comes in pieces, and a console wants whole characters: it is given whole lines.
+    // What comes in pieces is given to the system by lines, unless the stream wants it at once.
     std::streamsize xsputn(const char* bytes, std::streamsize count) override {
         m_held.append(bytes, static_cast<std::size_t>(count));
-        return m_held.back() != '\n' || Flush() ? count : 0;
+        return !m_held.ends_with('\n') || Flush() ? count : 0;
     }
     int sync() override { return Flush() ? 0 : -1; }
 
