@@ -116,6 +116,7 @@ struct CSearchSet::CLevel {
     std::vector<char> m_names;
     std::vector<CEntry> m_entries;
     std::size_t m_nNext = 0;
+    bool m_bCut = false;  // the list breaks off
 
     std::string_view NameOf(const CEntry& entry) const { return {m_names.data() + entry.m_nOffset, entry.m_nLength}; }
     // What was delivered last; null before the first entry and behind the last.
@@ -168,7 +169,7 @@ bool CSearchSet::CLevel::ReadEntries() {
     EOutcome outcome = IsPlainPath(m_path) ? Read<CNarrowForm>() : EOutcome::kDoesNotFit;
     if (outcome == EOutcome::kDoesNotFit) outcome = Read<CWideForm>();
     if (outcome == EOutcome::kUnreadable) return false;
-    // What was read of a directory before it failed still counts.
+    m_bCut = outcome == EOutcome::kDoesNotFit;  // what was read before still counts
     std::sort(m_entries.begin(), m_entries.end(), [this](const CEntry& a, const CEntry& b) {
         if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
         return mbscmp(NameOf(a), NameOf(b)) < 0;
@@ -256,6 +257,10 @@ std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
     CLevel* const level = m_spare.back().get();
     level->m_path = path;
     if (!level->ReadEntries()) return nullptr;
+    if (level->m_bCut && !m_bCutTold) {
+        m_bCutTold = true;
+        AddNotice("a directory could not be read to its end, " + CString(path) + "; there may be others");
+    }
     m_open.push_back(m_spare.back().release());
     m_spare.pop_back();
     return std::make_unique<CWin32Search>(*this, *level);

@@ -37,6 +37,7 @@ private:
     std::vector<CLevel*> m_open;                   // in the order of opening
     std::vector<std::unique_ptr<CLevel>> m_spare;  // closed, kept for their buffers
     std::map<CIdentity, std::uint32_t> m_visits;   // of directories behind links, in this walk
+    bool m_bCutTold = false;
     std::vector<CString> m_notices;
 };
 
