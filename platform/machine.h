@@ -137,6 +137,10 @@ struct CRoom {
     std::uint32_t m_nSize = 0;  // on the way in the room, on the way out what was written; a name's NUL does not count
 };
 
+// Puts the bytes into the room, and a NUL behind them if that is wanted. False if the room is too small; its size is that
+// of the bytes either way.
+bool FillRoom(CRoom& room, std::string_view bytes, bool wantsNul);
+
 struct CVersionRecord {
     std::uint32_t m_dwPlatformId = VER_PLATFORM_WIN32_NT;
     std::uint32_t m_dwMajorVersion = 0;

@@ -29,17 +29,6 @@ bool TakePrefixNoCase(std::string_view& text, std::string_view prefix) {
     return true;
 }
 
-// Puts the bytes into the room; false if it is too small.
-bool Fill(CRoom& room, std::string_view bytes, std::uint32_t extra) {
-    const bool fits = room.m_nSize >= bytes.size() + extra;
-    room.m_nSize = static_cast<std::uint32_t>(bytes.size());
-    if (fits) {
-        std::memcpy(room.m_pBytes, bytes.data(), bytes.size());
-        if (extra != 0) room.m_pBytes[bytes.size()] = '\0';
-    }
-    return fits;
-}
-
 }  // namespace
 
 struct CHostedRegistry::COpenKey {
@@ -306,8 +295,8 @@ std::uint32_t CHostedRegistry::EnumValue(HKEY key, std::uint32_t index, CRoom& n
     const CKeyContents::CValue& value = contents.m_values[index];
     open->m_nLastValue = index;
     type = value.m_dwType;
-    const bool nameFits = Fill(name, contents.Get(value.m_name), 1);
-    const bool dataFits = Fill(data, contents.Get(value.m_data), 0);
+    const bool nameFits = FillRoom(name, contents.Get(value.m_name), true);
+    const bool dataFits = FillRoom(data, contents.Get(value.m_data), false);
     return nameFits && dataFits ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
@@ -316,7 +305,7 @@ std::uint32_t CHostedRegistry::EnumKey(HKEY key, std::uint32_t index, CRoom& nam
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
     if (index >= open->m_contents.m_subkeys.size()) return ERROR_NO_MORE_ITEMS;
     open->m_nLastChild = index;
-    return Fill(name, open->GetChildName(index), 1) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    return FillRoom(name, open->GetChildName(index), true) ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
 std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
@@ -340,7 +329,7 @@ std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::
     if (found == values.end()) return ERROR_FILE_NOT_FOUND;
     if (type != nullptr) *type = found->m_dwType;
     if (data.m_pBytes != nullptr) {
-        return Fill(data, contents.Get(found->m_data), 0) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+        return FillRoom(data, contents.Get(found->m_data), false) ? ERROR_SUCCESS : ERROR_MORE_DATA;
     }
     data.m_nSize = static_cast<std::uint32_t>(found->m_data.m_nLength);
     return ERROR_SUCCESS;

@@ -24,17 +24,6 @@ bool IsPredefined(::HKEY key) {
     return number >= 0x80000000 && number < 0x80000100;
 }
 
-// Puts the bytes into the room; false if it is too small.
-bool Fill(CRoom& room, std::string_view bytes, std::uint32_t extra) {
-    const bool fits = room.m_nSize >= bytes.size() + extra;
-    room.m_nSize = static_cast<std::uint32_t>(bytes.size());
-    if (fits) {
-        if (!bytes.empty()) std::memcpy(room.m_pBytes, bytes.data(), bytes.size());
-        if (extra != 0) room.m_pBytes[bytes.size()] = '\0';
-    }
-    return fits;
-}
-
 // The path of a key in the system's own tree, \REGISTRY\MACHINE\..., with links behind it; empty where it is not told.
 std::wstring RealPathOf(::HKEY key) {
     using CQueryKey = LONG WINAPI(HANDLE, int, void*, ULONG, ULONG*);
@@ -258,8 +247,8 @@ std::uint32_t CWin32Registry::EnumValue(HKEY key, std::uint32_t index, CRoom& na
     if (index >= open->m_values.size()) return ERROR_NO_MORE_ITEMS;
     const COpenKey::CValue& value = open->m_values[index];
     type = value.m_nType;
-    const bool nameFits = Fill(name, open->TextOf(value.m_name), 1);
-    const bool dataFits = Fill(data, open->TextOf(value.m_data), 0);
+    const bool nameFits = FillRoom(name, open->TextOf(value.m_name), true);
+    const bool dataFits = FillRoom(data, open->TextOf(value.m_data), false);
     return nameFits && dataFits ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
@@ -268,7 +257,7 @@ std::uint32_t CWin32Registry::EnumKey(HKEY key, std::uint32_t index, CRoom& name
     if (open == nullptr) return ERROR_INVALID_HANDLE;
     if (const std::uint32_t code = open->m_bRead ? ERROR_SUCCESS : open->Read(); code != ERROR_SUCCESS) return code;
     if (index >= open->m_subkeys.size()) return ERROR_NO_MORE_ITEMS;
-    return Fill(name, open->TextOf(open->m_subkeys[index]), 1) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    return FillRoom(name, open->TextOf(open->m_subkeys[index]), true) ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
 std::uint32_t CWin32Registry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
