@@ -158,7 +158,7 @@ public:
             const char* const name = m_level.m_names.data() + next.m_nOffset;
             const bool mayBeLink = next.m_nType == DT_LNK || next.m_nType == DT_UNKNOWN;
             CSearchSet::CEntry entry;
-            if (!m_set.ReadEntry(m_level.m_directory.Get(), name, mayBeLink, m_level.m_identity.m_nDevice, entry)) {
+            if (!m_set.ReadEntry(m_level.m_directory.Get(), name, mayBeLink, m_level.m_identity.first, entry)) {
                 continue;
             }
             static_cast<CFileWords&>(data) = entry.m_words;
@@ -236,7 +236,7 @@ bool CSearchSet::ReadVolumeEntry(int directory, const char* name, bool mayBeLink
         }
         if (!hasBirth && read(kNtfsCreation, created)) words.m_ftCreation = FILETIME::FromTicks(created);
     }
-    if (isDirectory && (entry.m_bIsLink || entry.m_identity.m_nDevice != directoryDevice)) {
+    if (isDirectory && (entry.m_bIsLink || entry.m_identity.first != directoryDevice)) {
         words.m_dwAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
     }
     return true;
@@ -255,14 +255,14 @@ bool CSearchSet::ReadEntry(int directory, const char* name, bool mayBeLink, std:
     words.m_dwAttributes = isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
     if ((status.stx_mode & 0222) == 0) words.m_dwAttributes |= FILE_ATTRIBUTE_READONLY;
     if (name[0] == '.' && m_rules.m_bDotFilesHidden) words.m_dwAttributes |= FILE_ATTRIBUTE_HIDDEN;
-    words.m_dwAttributes |= ReadDosAttributes(directory, name, entry.m_identity.m_nDevice);
+    words.m_dwAttributes |= ReadDosAttributes(directory, name, entry.m_identity.first);
     if (isDirectory) {
         if (IsUnlisted(entry.m_identity)) return false;
         if (mayBeLink) {
             struct stat own {};
             entry.m_bIsLink = fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) == 0 && S_ISLNK(own.st_mode);
         }
-        if (entry.m_bIsLink || entry.m_identity.m_nDevice != directoryDevice) {
+        if (entry.m_bIsLink || entry.m_identity.first != directoryDevice) {
             words.m_dwAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
         }
     }
@@ -315,31 +315,17 @@ int CSearchSet::OpenDirectory(std::string_view path, CIdentity& identity, bool& 
     return fd;
 }
 
-// Directories that lead to each other by links show each other's contents again and again, factorially at worst.
-bool CSearchSet::MayVisit(const CIdentity& identity) {
-    constexpr std::uint32_t kMostVisits = 16;
-    if (++m_visits[identity] <= kMostVisits) return true;
-    AddNotice("links lead to the same directories again and again; what lies there is listed " +
-              std::to_string(kMostVisits) + " times at most");
-    return false;
-}
-
-void CSearchSet::AddNotice(CString notice) {
-    if (std::find(m_notices.begin(), m_notices.end(), notice) == m_notices.end())
-        m_notices.push_back(std::move(notice));
-}
-
 std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
     ThrowIfInterrupted();
     CIdentity identity;
     bool isBehindLink = false;
-    if (m_open.empty()) m_visits.clear();
+    if (m_open.empty()) m_visits.BeginWalk();
     CDescriptor directory(OpenDirectory(path, identity, isBehindLink));
     if (!directory || m_open.size() >= kMaxTreeDepth) return nullptr;
     for (const CLevel* level : m_open) {
         if (level->m_identity == identity) return nullptr;  // its own ancestor, through a link
     }
-    if (isBehindLink && !MayVisit(identity)) return nullptr;
+    if (isBehindLink && !m_visits.MayVisit(identity)) return nullptr;
     if (m_spare.empty()) m_spare.push_back(std::make_unique<CLevel>());
     m_open.reserve(m_open.size() + 1);
     m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
@@ -348,10 +334,7 @@ std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
     level->m_directory = std::move(directory);
     level->m_identity = identity;
     level->m_bBehindLink = isBehindLink;
-    if (!level->ReadNames(m_buffer) && !m_bCutTold) {
-        m_bCutTold = true;
-        AddNotice("a directory could not be read to its end, " + CString(path) + "; there may be others");
-    }
+    if (!level->ReadNames(m_buffer)) m_visits.NoteCut(path);
     m_open.push_back(m_spare.back().release());
     m_spare.pop_back();
     return std::make_unique<CHostedSearch>(*this, *level);

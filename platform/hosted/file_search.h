@@ -5,11 +5,11 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "platform/hosted/identity.h"
 #include "platform/hosted/path_map.h"
+#include "platform/link_visits.h"
 #include "platform/machine.h"
 
 namespace delvane {
@@ -24,30 +24,21 @@ public:
     std::unique_ptr<CFileSearch> Open(std::string_view path);
     bool FindPath(std::string_view path, CFileWords& words);
     // What the user should know of the searches so far, in a sentence each.
-    const std::vector<CString>& GetNotices() const { return m_notices; }
+    const std::vector<CString>& GetNotices() const { return m_visits.GetNotices(); }
 
 private:
     friend class CHostedSearch;
     struct CLevel;
 
-    struct CIdentity {
-        std::uint64_t m_nDevice = 0;
-        std::uint64_t m_nInode = 0;
-        bool operator==(const CIdentity&) const = default;
-    };
+    using CIdentity = CDirectoryIdentity;
     // What the host knows of one entry.
     struct CEntry {
         CFileWords m_words;
         CIdentity m_identity;
         bool m_bIsLink = false;
     };
-    struct CIdentityHash {
-        std::size_t operator()(const CIdentity& identity) const { return identity.m_nInode * 31 + identity.m_nDevice; }
-    };
 
     int OpenDirectory(std::string_view path, CIdentity& identity, bool& isBehindLink);
-    bool MayVisit(const CIdentity& identity);
-    void AddNotice(CString notice);
     bool ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
     bool ReadVolumeEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
     bool IsUnlisted(const CIdentity& identity) const;
@@ -64,9 +55,7 @@ private:
     std::vector<std::unique_ptr<CLevel>> m_spare;  // closed, kept for their buffers
     std::uint64_t m_nPlainDevice = 0;              // the last device seen that keeps no such attributes
     bool m_bPlainDeviceKnown = false;
-    std::unordered_map<CIdentity, std::uint32_t, CIdentityHash> m_visits;  // of directories behind links, in this walk
-    bool m_bCutTold = false;
-    std::vector<CString> m_notices;
+    CLinkVisits m_visits;
 };
 
 }  // namespace delvane

@@ -117,6 +117,7 @@ struct CSearchSet::CLevel {
     std::vector<CEntry> m_entries;
     std::size_t m_nNext = 0;
     bool m_bCut = false;  // the list breaks off
+    bool m_bBehindLink = false;
 
     std::string_view NameOf(const CEntry& entry) const { return {m_names.data() + entry.m_nOffset, entry.m_nLength}; }
     // What was delivered last; null before the first entry and behind the last.
@@ -202,14 +203,15 @@ private:
 CSearchSet::CSearchSet() = default;
 CSearchSet::~CSearchSet() = default;
 
-// The directory that the innermost search has just delivered says itself whether it is a link; any other is asked.
+// Whether the directory is a link or lies below one. The one that the innermost search has just delivered says so
+// itself; any other is asked.
 bool CSearchSet::IsBehindLink(std::string_view path) const {
     if (!m_open.empty()) {
         const CLevel& parent = *m_open.back();
         const CLevel::CEntry* const current = parent.GetCurrent();
         if (current != nullptr && path.starts_with(parent.m_path) && path.ends_with(parent.NameOf(*current)) &&
             path.size() <= parent.m_path.size() + 1 + current->m_nLength) {
-            return (current->m_words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+            return parent.m_bBehindLink || (current->m_words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
         }
     }
     if (path.size() <= 3) return false;  // a drive
@@ -217,11 +219,9 @@ bool CSearchSet::IsBehindLink(std::string_view path) const {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-// A link to a directory is entered unless it leads to one that it lies in. Directories that lead to each other show
-// each other's contents again and again, factorially at worst, so each is visited a number of times.
-bool CSearchSet::MayEnterLink(std::string_view path) {
-    constexpr std::uint32_t kMostVisits = 16;
-    const auto identityOf = [](std::string_view directory, CIdentity& identity) {
+// A directory behind a link is entered unless it is one that it lies in.
+bool CSearchSet::MayEnter(std::string_view path) {
+    const auto identityOf = [](std::string_view directory, CDirectoryIdentity& identity) {
         const CHandle handle = OpenDirectoryHandle(directory);
         BY_HANDLE_FILE_INFORMATION information{};
         if (!handle || GetFileInformationByHandle(handle.Get(), &information) == 0) return false;
@@ -229,38 +229,29 @@ bool CSearchSet::MayEnterLink(std::string_view path) {
                     std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
         return true;
     };
-    CIdentity own;
+    CDirectoryIdentity own;
     if (!identityOf(path, own)) return true;  // then its search fails too
     for (const CLevel* level : m_open) {
-        CIdentity above;
+        CDirectoryIdentity above;
         if (identityOf(level->m_path, above) && above == own) return false;
     }
-    if (++m_visits[own] <= kMostVisits) return true;
-    AddNotice("links lead to the same directories again and again; what lies there is listed " +
-              std::to_string(kMostVisits) + " times at most");
-    return false;
-}
-
-void CSearchSet::AddNotice(CString notice) {
-    if (std::find(m_notices.begin(), m_notices.end(), notice) == m_notices.end())
-        m_notices.push_back(std::move(notice));
+    return m_visits.MayVisit(own);
 }
 
 std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
     ThrowIfInterrupted();
-    if (m_open.empty()) m_visits.clear();
+    if (m_open.empty()) m_visits.BeginWalk();
     if (m_open.size() >= kMaxTreeDepth || path.find_first_of("*?") != std::string_view::npos) return nullptr;
-    if (IsBehindLink(path) && !MayEnterLink(path)) return nullptr;
+    const bool isBehindLink = IsBehindLink(path);
+    if (isBehindLink && !MayEnter(path)) return nullptr;
     if (m_spare.empty()) m_spare.push_back(std::make_unique<CLevel>());
     m_open.reserve(m_open.size() + 1);
     m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
     CLevel* const level = m_spare.back().get();
     level->m_path = path;
+    level->m_bBehindLink = isBehindLink;
     if (!level->ReadEntries()) return nullptr;
-    if (level->m_bCut && !m_bCutTold) {
-        m_bCutTold = true;
-        AddNotice("a directory could not be read to its end, " + CString(path) + "; there may be others");
-    }
+    if (level->m_bCut) m_visits.NoteCut(path);
     m_open.push_back(m_spare.back().release());
     m_spare.pop_back();
     return std::make_unique<CWin32Search>(*this, *level);

@@ -2,12 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string_view>
-#include <utility>
 #include <vector>
 
+#include "platform/link_visits.h"
 #include "platform/machine.h"
 
 namespace delvane {
@@ -22,23 +21,18 @@ public:
     std::unique_ptr<CFileSearch> Open(std::string_view path);
     static bool FindPath(std::string_view path, CFileWords& words);
     // What the user should know of the searches so far, in a sentence each.
-    const std::vector<CString>& GetNotices() const { return m_notices; }
+    const std::vector<CString>& GetNotices() const { return m_visits.GetNotices(); }
 
 private:
     friend class CWin32Search;
     struct CLevel;
-    using CIdentity = std::pair<std::uint64_t, std::uint64_t>;  // volume, file
-
     bool IsBehindLink(std::string_view path) const;
-    bool MayEnterLink(std::string_view path);
-    void AddNotice(CString notice);
+    bool MayEnter(std::string_view path);
     void Close(CLevel& level);
 
     std::vector<CLevel*> m_open;                   // in the order of opening
     std::vector<std::unique_ptr<CLevel>> m_spare;  // closed, kept for their buffers
-    std::map<CIdentity, std::uint32_t> m_visits;   // of directories behind links, in this walk
-    bool m_bCutTold = false;
-    std::vector<CString> m_notices;
+    CLinkVisits m_visits;
 };
 
 }  // namespace delvane
