@@ -14,8 +14,8 @@ namespace delvane {
 // A directory, wherever a path leads to it: volume or device, and file or inode.
 using CDirectoryIdentity = std::pair<std::uint64_t, std::uint64_t>;
 
-// Directories that lead to each other by links show each other's contents again and again, factorially at worst. So each
-// is visited a number of times in a walk. What the user should know of it is kept in sentences, each once.
+// Directories that lead to each other by links show each other's contents again and again, factorially at worst. So
+// each is visited a number of times in a walk. What the user should know of it is kept in sentences, each once.
 class CLinkVisits {
 public:
     void BeginWalk() { m_visits.clear(); }

@@ -137,8 +137,8 @@ struct CRoom {
     std::uint32_t m_nSize = 0;  // on the way in the room, on the way out what was written; a name's NUL does not count
 };
 
-// Puts the bytes into the room, and a NUL behind them if that is wanted. False if the room is too small; its size is that
-// of the bytes either way.
+// Puts the bytes into the room, and a NUL behind them if that is wanted. False if the room is too small; its size is
+// that of the bytes either way.
 bool FillRoom(CRoom& room, std::string_view bytes, bool wantsNul);
 
 struct CVersionRecord {
@@ -236,9 +236,10 @@ public:
     virtual bool FindPath(std::string_view path, CFileWords& words) = 0;
 
     // The registry under examination. Each but RegCloseKey gives a Win32 error number. Text is in the code page, data
-    // of the types REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ too. A key is opened by the name of one level, no path. A name's
-    // room needs a byte more for a NUL. A key that stands for something else than itself (performance data) cannot be opened. ERROR_MORE_DATA where a room is too
-    // small; RegQueryValueEx takes a null room for a question after the size alone, and gives the size either way.
+    // of the types REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ too. A key is opened by the name of one level, no path. A
+    // name's room needs a byte more for a NUL. A key that stands for something else than itself (performance data)
+    // cannot be opened. ERROR_MORE_DATA where a room is too small; RegQueryValueEx takes a null room for a question
+    // after the size alone, and gives the size either way.
     virtual std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) = 0;
     virtual void RegCloseKey(HKEY key) = 0;
     virtual std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) = 0;

@@ -104,8 +104,8 @@ public:
     virtual void OnMenuOpening(std::size_t popup) = 0;
 };
 
-// The window of one dialog. Ids are those of its template. Its controls are there from OnInit on; messages may be posted
-// before.
+// The window of one dialog. Ids are those of its template. Its controls are there from OnInit on; messages may be
+// posted before.
 class CDialogWindow : public CMessageTarget {
 public:
     // Shows the window and handles its events until End. Gives the result.

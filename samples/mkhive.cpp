@@ -4,7 +4,7 @@
 #include <iterator>
 #include <string>
 
-#include "platform/hosted/registry_text.h"
+#include "platform/hosted/registry/registry_text.h"
 #include "platform/text.h"
 #include "samples/regf_writer.h"
 

@@ -6,8 +6,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/hosted/host_file.h"
-#include "platform/hosted/volume_identity.h"
+#include "platform/hosted/files/host_file.h"
+#include "platform/hosted/identity/volume_identity.h"
 
 namespace delvane {
 namespace {

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "platform/hosted/choice.h"
-#include "platform/hosted/path_map.h"
+#include "platform/hosted/files/path_map.h"
 #include "platform/machine.h"
 
 namespace delvane {

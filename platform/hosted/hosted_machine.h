@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "platform/hosted/choice.h"
-#include "platform/hosted/file_search.h"
-#include "platform/hosted/host_file.h"
-#include "platform/hosted/identity.h"
-#include "platform/hosted/path_map.h"
-#include "platform/hosted/registry.h"
+#include "platform/hosted/files/file_search.h"
+#include "platform/hosted/files/host_file.h"
+#include "platform/hosted/files/path_map.h"
+#include "platform/hosted/identity/identity.h"
+#include "platform/hosted/registry/registry.h"
 #include "platform/machine.h"
 
 namespace delvane {

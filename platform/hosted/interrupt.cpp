@@ -2,7 +2,7 @@
 #include <array>
 #include <csignal>
 
-#include "platform/hosted/own_file.h"
+#include "platform/hosted/files/own_file.h"
 
 namespace delvane {
 namespace {

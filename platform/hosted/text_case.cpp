@@ -2,7 +2,7 @@
 #include <utf8proc.h>
 
 #include "platform/case_fold.h"
-#include "platform/hosted/key_name.h"
+#include "platform/hosted/registry/key_name.h"
 
 namespace delvane {
 

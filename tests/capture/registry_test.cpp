@@ -215,10 +215,8 @@ TEST_F(Registry, ValueHasChangedWhenItsTypeOrAnyByteHas) {
 
 TEST_F(Registry, HiveThatOneSideLacksIsAWarningAndNothingBelowItIsCompared) {
     constexpr std::string_view kValuesOnly = "HKLM\n  only = sz \"a value\"\n";
-    EXPECT_EQ(Compared(kValuesOnly, kFull, "/s /r:hkcr- /r:hkcu-"),
-              "WARNING - Registry Hive(HKLM): The Baseline\n");
-    EXPECT_EQ(Compared(kFull, kValuesOnly, "/s /r:hkcr- /r:hkcu-"),
-              "WARNING - Registry Hive(HKLM): The Current \n");
+    EXPECT_EQ(Compared(kValuesOnly, kFull, "/s /r:hkcr- /r:hkcu-"), "WARNING - Registry Hive(HKLM): The Baseline\n");
+    EXPECT_EQ(Compared(kFull, kValuesOnly, "/s /r:hkcr- /r:hkcu-"), "WARNING - Registry Hive(HKLM): The Current \n");
     EXPECT_EQ(Compared("", "", "/s /r:hkcr- /r:hkcu-"),
               "WARNING - Registry Hive(HKLM): The Current \n"
               "WARNING - Registry Hive(HKLM): The Baseline\n");

@@ -3,8 +3,8 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
-#include "platform/win32/system.h"
-#include "platform/win32/win32_machine.h"
+#include "platform/win32/machine/system.h"
+#include "platform/win32/machine/win32_machine.h"
 #include "tests/support/temporary_folder.h"
 
 namespace delvane {

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/hosted/hive.h"
+#include "platform/hosted/registry/hive.h"
 #include "platform/text.h"
 #include "tests/support/hive_lines.h"
 
@@ -38,8 +38,8 @@ inline void CheckHive(CHive& hive, std::size_t size) {
             Expect(found.has_value());
             bool isOneOfThem = false;
             for (const CKeyContents::CSubkey& candidate : contents.m_subkeys) {
-                isOneOfThem = isOneOfThem ||
-                              (candidate.m_nKey == *found && mbsicmp(contents.Get(candidate.m_name), name) == 0);
+                isOneOfThem =
+                    isOneOfThem || (candidate.m_nKey == *found && mbsicmp(contents.Get(candidate.m_name), name) == 0);
             }
             Expect(isOneOfThem);
         }

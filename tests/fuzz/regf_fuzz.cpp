@@ -1,10 +1,10 @@
 // Any bytes as a registry hive with two logs.
 //
-// The first byte tells what is mended before: bit 0 the sums over the base blocks, bit 1 the hashes of the logs' entries,
-// which no fuzzer would ever hit. Two sizes of three bytes follow, those of the hive and of its first log. The hive's
-// base block is there without the zeros behind its first 512 bytes.
-#include "platform/hosted/regf_hive.h"
-#include "platform/hosted/regf_log.h"
+// The first byte tells what is mended before: bit 0 the sums over the base blocks, bit 1 the hashes of the logs'
+// entries, which no fuzzer would ever hit. Two sizes of three bytes follow, those of the hive and of its first log. The
+// hive's base block is there without the zeros behind its first 512 bytes.
+#include "platform/hosted/registry/regf_hive.h"
+#include "platform/hosted/registry/regf_log.h"
 #include "samples/regf_writer.h"
 #include "tests/fuzz/hive_checks.h"
 

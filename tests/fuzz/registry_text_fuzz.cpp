@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/hosted/registry_lookup.h"
-#include "platform/hosted/registry_text.h"
+#include "platform/hosted/registry/registry_lookup.h"
+#include "platform/hosted/registry/registry_text.h"
 
 namespace {
 

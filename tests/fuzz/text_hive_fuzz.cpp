@@ -2,8 +2,8 @@
 #include <cstdlib>
 #include <set>
 
-#include "platform/hosted/registry.h"
-#include "platform/hosted/text_hive.h"
+#include "platform/hosted/registry/registry.h"
+#include "platform/hosted/registry/text_hive.h"
 #include "tests/fuzz/hive_checks.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/hosted/hive.h"
+#include "platform/hosted/registry/hive.h"
 #include "platform/machine.h"
 
 namespace delvane {

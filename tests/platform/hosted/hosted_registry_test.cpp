@@ -2,9 +2,9 @@
 #include <array>
 #include <gtest/gtest.h>
 
-#include "platform/hosted/regf_hive.h"
-#include "platform/hosted/registry.h"
-#include "platform/hosted/text_hive.h"
+#include "platform/hosted/registry/regf_hive.h"
+#include "platform/hosted/registry/registry.h"
+#include "platform/hosted/registry/text_hive.h"
 #include "samples/regf_writer.h"
 #include "tests/support/hive_lines.h"
 

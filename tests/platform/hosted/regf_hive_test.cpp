@@ -1,8 +1,8 @@
-#include "platform/hosted/regf_hive.h"
+#include "platform/hosted/registry/regf_hive.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/hosted/regf_log.h"
+#include "platform/hosted/registry/regf_log.h"
 #include "samples/regf_writer.h"
 #include "tests/support/hive_lines.h"
 #include "tests/support/memory_source.h"

@@ -1,11 +1,11 @@
-#include "platform/hosted/registry_lookup.h"
+#include "platform/hosted/registry/registry_lookup.h"
 
 #include <gtest/gtest.h>
 #include <map>
 #include <string>
 #include <vector>
 
-#include "platform/hosted/registry_text.h"
+#include "platform/hosted/registry/registry_text.h"
 #include "platform/text.h"
 
 namespace delvane {

@@ -1,4 +1,4 @@
-#include "platform/hosted/registry_text.h"
+#include "platform/hosted/registry/registry_text.h"
 
 #include <gtest/gtest.h>
 #include <random>

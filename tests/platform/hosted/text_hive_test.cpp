@@ -1,4 +1,4 @@
-#include "platform/hosted/text_hive.h"
+#include "platform/hosted/registry/text_hive.h"
 
 #include <gtest/gtest.h>
 

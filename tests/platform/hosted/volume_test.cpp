@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/hosted/hosted_machine.h"
-#include "platform/hosted/volume_identity.h"
+#include "platform/hosted/identity/volume_identity.h"
 #include "samples/regf_writer.h"
 #include "tests/support/temporary_folder.h"
 

@@ -2,9 +2,9 @@
 // those of the user.
 #include <cstring>
 
-#include "platform/win32/system.h"
+#include "platform/win32/machine/system.h"
+#include "platform/win32/machine/win32_machine.h"
 #include "platform/win32/wide.h"
-#include "platform/win32/win32_machine.h"
 #include "tests/support/contract_machine.h"
 #include "tests/support/temporary_folder.h"
 

@@ -1,9 +1,9 @@
 // What only a living machine does: its registry changes, its names outgrow the records of its calls.
-#include "platform/win32/win32_machine.h"
+#include "platform/win32/machine/win32_machine.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/win32/system.h"
+#include "platform/win32/machine/system.h"
 #include "platform/win32/wide.h"
 #include "tests/support/temporary_folder.h"
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "platform/win32/system.h"
+#include "platform/win32/machine/system.h"
 #include "platform/win32/wide.h"
 #include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"

@@ -1,0 +1,126 @@
+#include "platform/hosted/files/host_file.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/machine.h"
+
+namespace delvane {
+
+std::uint32_t Win32Error(int error) {
+    switch (error) {
+        case 0:
+            return ERROR_SUCCESS;
+        case ENOENT:
+            return ERROR_FILE_NOT_FOUND;
+        case ENOTDIR:
+            return ERROR_PATH_NOT_FOUND;
+        case EMFILE:
+        case ENFILE:
+            return ERROR_TOO_MANY_OPEN_FILES;
+        case EACCES:
+        case EPERM:
+        case EISDIR:
+            return ERROR_ACCESS_DENIED;
+        case EROFS:
+            return ERROR_WRITE_PROTECT;
+        case ENOSPC:
+        case EDQUOT:
+        case EFBIG:
+            return ERROR_DISK_FULL;
+        case EINVAL:
+        case EILSEQ:
+            return ERROR_INVALID_NAME;
+        case EEXIST:
+            return ERROR_ALREADY_EXISTS;
+        case ENAMETOOLONG:
+            return ERROR_FILENAME_EXCED_RANGE;
+        case ELOOP:
+            return ERROR_CANT_RESOLVE_FILENAME;
+        default:
+            return ERROR_GEN_FAILURE;
+    }
+}
+
+void CDescriptor::Reset(int fd) {
+    if (m_fd >= 0) close(m_fd);
+    m_fd = fd;
+}
+
+int OpenUntouched(int directory, const char* path, int flags) {
+    const int fd = openat(directory, path, flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOATIME);
+    if (fd >= 0 || errno != EPERM) return fd;
+    return openat(directory, path, flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+}
+
+CFileStamp::CFileStamp(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return;
+    m_marks = {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino), status.st_size,
+               status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+// The kind is looked at before the file is opened, and O_NONBLOCK keeps a pipe that took its place meanwhile from
+// holding the program.
+std::optional<CHostFile> CHostFile::Open(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    if (!S_ISREG(status.st_mode)) {
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EACCES;
+        return std::nullopt;
+    }
+    CHostFile file;
+    file.m_fd.Reset(OpenUntouched(AT_FDCWD, path.c_str(), O_NOCTTY));
+    if (!file.m_fd) return std::nullopt;
+    file.m_nSize = static_cast<std::uint64_t>(status.st_size);
+    return file;
+}
+
+std::size_t CHostFile::Read(std::uint64_t offset, void* into, std::size_t size) const {
+    char* const bytes = static_cast<char*>(into);
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t got = pread(m_fd.Get(), bytes + done, size - done, static_cast<off_t>(offset + done));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
+        done += static_cast<std::size_t>(got);
+    }
+    return done;
+}
+
+std::optional<std::string> ReadHostFile(const std::string& path, std::uint64_t limit) {
+    const std::optional<CHostFile> file = CHostFile::Open(path);
+    if (!file || file->GetSize() > limit) return std::nullopt;
+    std::string bytes(static_cast<std::size_t>(file->GetSize()), '\0');
+    bytes.resize(file->Read(0, bytes.data(), bytes.size()));
+    return bytes;
+}
+
+bool IsHostDirectory(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool MakeHostDirectories(const std::string& path) {
+    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
+        mkdir(path.substr(0, end).c_str(), 0777);
+    }
+    mkdir(path.c_str(), 0777);
+    return IsHostDirectory(path);
+}
+
+std::string RealHostPath(const std::string& path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), &std::free);
+    return real == nullptr ? std::string() : std::string(real.get());
+}
+
+bool LiesWithin(std::string_view path, std::string_view directory) {
+    if (!path.starts_with(directory)) return false;
+    return path.size() == directory.size() || directory.ends_with('/') || path[directory.size()] == '/';
+}
+
+}  // namespace delvane

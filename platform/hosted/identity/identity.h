@@ -1,0 +1,70 @@
+// What a hosted machine says of itself: version, names, folders and drives, out of its registry.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/hosted/files/path_map.h"
+#include "platform/hosted/registry/registry.h"
+#include "platform/machine.h"
+
+namespace delvane {
+
+// The rules of the disk that a search follows.
+struct CDiskRules {
+    bool m_bWine = true;                  // attributes and times as Wine makes them up; else those of a Windows volume
+    bool m_bDotFilesHidden = true;        // names that begin with a period, under Wine
+    std::string m_strRoot;                // links do not lead out of this folder of the host; empty: they may
+    std::vector<std::string> m_unlisted;  // directories of the host that no program of the machine may wander into
+};
+
+// Where the registry says nothing, answers stay empty.
+class CMachineIdentity {
+public:
+    virtual ~CMachineIdentity() = default;
+
+    // What is damaged, a sentence each. The problem, empty where all is well, tells why this is no machine to take a
+    // snapshot of; it is among the notices too.
+    const std::vector<CString>& GetNotices() const { return m_notices; }
+    const CString& GetProblem() const { return m_strProblem; }
+
+    virtual CVersionRecord GetVersion() const;
+    CString GetComputerName() const;
+    CString GetTempPath() const;
+    // The folder of a CSIDL number; nothing where the machine does not know it.
+    std::optional<CString> GetFolder(int kind) const;
+
+    virtual CString GetUserName() const = 0;
+    virtual CString GetWindowsDirectory() const = 0;
+    virtual CString GetSystemDirectory() const = 0;
+    // In the order of their letters.
+    virtual std::vector<CHostedDrive> GetDrives() const = 0;
+    virtual CString GetVolumeLabel(const CHostedDrive& drive) const = 0;
+    virtual CDiskRules GetDiskRules() const = 0;
+    // The registry for a capture, read anew when its files have changed since it was read last.
+    virtual std::shared_ptr<CHostedRegistry> LoadRegistry() = 0;
+
+protected:
+    // A value of the registry, a path like "Software\Microsoft" without regard to case. `user` stands for HKCU.
+    virtual std::optional<CString> FindText(bool user, const char* key, std::string_view name) const = 0;
+    virtual std::optional<std::uint32_t> FindNumber(bool user, const char* key, std::string_view name) const = 0;
+    // A variable of the machine's environment, beyond those that the registry lists as such.
+    virtual std::optional<CString> FindProfileVariable(const CString& name) const = 0;
+
+    std::optional<CString> FindVariable(const CString& name) const;
+    // The text with each %NAME% that is known replaced.
+    CString Expand(const CString& text) const;
+    void Refuse(CString problem);
+
+    std::vector<CString> m_notices;
+
+private:
+    CString m_strProblem;
+    mutable int m_nExpanding = 0;  // variables that stand in each other
+    mutable int m_nExpanded = 0;   // variables looked up for one text
+};
+
+}  // namespace delvane

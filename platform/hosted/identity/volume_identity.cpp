@@ -1,0 +1,343 @@
+#include "platform/hosted/identity/volume_identity.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <set>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <utility>
+
+#include "platform/hosted/choice.h"
+#include "platform/hosted/files/host_file.h"
+#include "platform/hosted/identity/identity_keys.h"
+#include "platform/hosted/registry/regf_hive.h"
+
+namespace delvane {
+namespace {
+
+constexpr const char* kProfileListKey = "SOFTWARE\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
+
+// Profiles of no account that anybody works with.
+constexpr std::array<const char*, 8> kNoAccounts = {"All Users",    "Default",        "Default User", "defaultuser0",
+                                                    "LocalService", "NetworkService", "Public",       "systemprofile"};
+
+// Where Windows keeps a user's classes; below it lies UsrClass.dat.
+constexpr std::array<const char*, 2> kClassesFolders = {"\\AppData\\Local\\Microsoft\\Windows",
+                                                        "\\Local Settings\\Application Data\\Microsoft\\Windows"};
+
+// A key that holds nothing but what is mounted on it.
+class CMountPoint : public CHive {
+public:
+    std::uint32_t GetRoot() const override { return 0; }
+    bool ReadKey(std::uint32_t, CKeyContents&) override { return true; }
+    std::optional<std::uint32_t> FindSubkey(std::uint32_t, std::string_view) override { return std::nullopt; }
+    std::optional<std::string> GetLink(std::uint32_t) override { return std::nullopt; }
+    std::uint64_t GetSize() const override { return 0; }
+    std::vector<std::string> GetProblems() const override { return {}; }
+};
+
+CHostedRegistry::CPlace AddMountPoint(CHostedRegistry& registry) {
+    return {&registry.AddHive(std::make_unique<CMountPoint>()), 0};
+}
+
+CPathMap VolumeAsDrive(const std::string& folder) {
+    CPathMap paths;
+    paths.SetDrives({{'C', folder, folder, DRIVE_FIXED, false, true}});
+    return paths;
+}
+
+bool IsRegularFile(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+std::string NameOf(const std::string& hostPath) { return hostPath.substr(hostPath.rfind('/') + 1); }
+
+// The names in a directory; none where it cannot be read.
+std::vector<std::string> NamesIn(const std::string& directory) {
+    std::vector<std::string> names;
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.c_str()), &closedir);
+    if (stream == nullptr) return names;
+    while (const dirent* const entry = readdir(stream.get()))
+        names.emplace_back(entry->d_name);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// "\x20" and "\040" as they stand in names of /dev/disk and of the list of mounts.
+std::string Unescape(std::string_view text) {
+    constexpr std::size_t kLength = 4;
+    std::string plain;
+    while (!text.empty()) {
+        const bool isHex = text.starts_with("\\x");
+        const std::string_view digits = text.substr(0, kLength).substr(isHex ? 2 : 1);
+        unsigned byte = 0;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, isHex ? 16 : 8);
+        const bool isEscape = text.size() >= kLength && text.front() == '\\' && error == std::errc() &&
+                              end == digits.data() + digits.size();
+        plain += isEscape ? static_cast<char>(byte) : text.front();
+        text.remove_prefix(isEscape ? kLength : 1);
+    }
+    return plain;
+}
+
+// What is mounted at the folder; empty if nothing is.
+std::string MountSource(const std::string& folder) {
+    constexpr std::uint64_t kLargestList = 16 << 20;
+    std::string source;
+    const std::unique_ptr<FILE, int (*)(FILE*)> list(std::fopen("/proc/self/mountinfo", "re"), &std::fclose);
+    std::string text;
+    for (int c = 0; list != nullptr && text.size() < kLargestList && (c = std::fgetc(list.get())) != EOF;)
+        text += static_cast<char>(c);
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(rest.size(), line.size() + 1));
+        std::vector<std::string_view> words;
+        while (!line.empty()) {
+            words.push_back(line.substr(0, line.find(' ')));
+            line.remove_prefix(std::min(line.size(), words.back().size() + 1));
+        }
+        // Number, parent, device, root, place, options; behind a dash the file system and its source.
+        const auto dash = std::find(words.begin(), words.end(), "-");
+        if (words.size() < 6 || words.end() - dash < 3 || Unescape(words[4]) != folder) continue;
+        source = Unescape(dash[2]);
+    }
+    return source;
+}
+
+std::string LabelOfDevice(const std::string& device) {
+    struct stat wanted {};
+    if (stat(device.c_str(), &wanted) != 0 || !S_ISBLK(wanted.st_mode)) return {};
+    const std::string labels = "/dev/disk/by-label/";
+    for (const std::string& name : NamesIn(labels)) {
+        struct stat status {};
+        if (stat((labels + name).c_str(), &status) == 0 && S_ISBLK(status.st_mode) &&
+            status.st_rdev == wanted.st_rdev) {
+            return Unescape(name);
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+std::string FindWindowsFolder(const std::string& volume) {
+    const CPathMap paths = VolumeAsDrive(volume);
+    for (const char* const name : {"Windows", "WINNT"}) {
+        const auto hive = paths.Find("C:\\" + std::string(name) + "\\System32\\config\\SOFTWARE");
+        if (hive && IsRegularFile(*hive)) return NameOf(*paths.Find("C:\\" + std::string(name)));
+    }
+    return {};
+}
+
+CVolumeIdentity::CVolumeIdentity(std::string folder)
+    : m_folder(std::move(folder)), m_paths(VolumeAsDrive(m_folder)), m_windowsFolder(FindWindowsFolder(m_folder)) {
+    ChooseProfile();
+    ReadIdentityHives();
+    for (const std::string& problem : m_pRegistry->GetProblems())
+        m_notices.push_back(problem);
+}
+
+void CVolumeIdentity::ChooseProfile() {
+    const std::vector<CProfile> profiles = FindProfiles();
+    const CString wanted = GetVariable("DELVANE_USER");
+    const CProfile* chosen = nullptr;
+    for (const CProfile& profile : profiles) {
+        if (!wanted.empty() && mbsicmp(profile.m_name, wanted) != 0) continue;
+        if (chosen == nullptr || profile.m_nWritten > chosen->m_nWritten) chosen = &profile;
+    }
+    if (chosen != nullptr) {
+        m_strAccount = chosen->m_name;
+        m_strProfile = chosen->m_folder;
+        m_userHive = chosen->m_hive;
+    } else if (wanted.empty()) {
+        m_notices.push_back("no account of " + m_folder + " has a registry hive (NTUSER.DAT); HKCU is empty");
+    } else {
+        Refuse("DELVANE_USER names no account of " + m_folder + ": " + wanted);
+    }
+}
+
+std::vector<CVolumeIdentity::CProfile> CVolumeIdentity::FindProfiles() const {
+    std::vector<CProfile> profiles;
+    std::set<std::pair<dev_t, ino_t>> seen;  // one of the folders may be a link to another
+    for (const CString& parent :
+         {CString("C:\\Users"), CString("C:\\Documents and Settings"), "C:\\" + m_windowsFolder + "\\Profiles"}) {
+        const auto hostParent = m_paths.Find(parent);
+        for (const std::string& name : hostParent ? NamesIn(*hostParent) : std::vector<std::string>()) {
+            const bool isAccount = std::none_of(kNoAccounts.begin(), kNoAccounts.end(),
+                                                [&](const char* other) { return mbsicmp(name, other) == 0; });
+            CString folder = parent;
+            folder.append("\\").append(name);
+            const auto hive = m_paths.Find(folder + "\\NTUSER.DAT");
+            struct stat status {};
+            if (!isAccount || name.starts_with('.') || !hive || stat(hive->c_str(), &status) != 0) continue;
+            if (!S_ISREG(status.st_mode) || !seen.emplace(status.st_dev, status.st_ino).second) continue;
+            profiles.push_back({name, "C:\\" + NameOf(*hostParent) + "\\" + name, *hive,
+                                status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec});
+            if (parent.ends_with("\\Profiles")) profiles.back().m_folder = parent + "\\" + name;
+        }
+    }
+    return profiles;
+}
+
+// The registry.
+
+CHostedRegistry::CPlace CVolumeIdentity::AddHive(const std::string& hostPath) {
+    m_pRegistry->Watch(hostPath, CFileStamp(hostPath));
+    for (const std::string& log : CRegfHive::FindLogs(hostPath))
+        m_pRegistry->Watch(log, CFileStamp(log));
+    std::string problem;
+    std::unique_ptr<CHive> hive = CRegfHive::Open(hostPath, problem);
+    if (hive == nullptr) {
+        m_pRegistry->AddProblem(problem);
+        return {};
+    }
+    CHive& added = m_pRegistry->AddHive(std::move(hive));
+    return {&added, added.GetRoot()};
+}
+
+CHostedRegistry::CPlace CVolumeIdentity::AddSystemHive(const char* name) {
+    const CString path = "C:\\" + m_windowsFolder + "\\System32\\config\\" + name;
+    const auto hostPath = m_paths.Find(path);
+    if (!hostPath) {
+        m_pRegistry->AddProblem(m_folder + " holds no hive " + name + "; HKLM\\" + name + " is missing");
+        return {};
+    }
+    const CHostedRegistry::CPlace hive = AddHive(*hostPath);
+    if (hive) m_pRegistry->Mount(m_machineRoot, name, hive);
+    return hive;
+}
+
+void CVolumeIdentity::ReadIdentityHives() {
+    m_pRegistry = std::make_shared<CHostedRegistry>();
+    m_bComplete = false;
+    m_machineRoot = AddMountPoint(*m_pRegistry);
+    m_pRegistry->SetRoot(HKEY_LOCAL_MACHINE, {m_machineRoot, {}});
+    AddSystemHive("SOFTWARE");
+    MountControlSet(AddSystemHive("SYSTEM"));
+    m_userRoot = m_userHive.empty() ? CHostedRegistry::CPlace() : AddHive(m_userHive);
+    if (m_userRoot) m_pRegistry->SetRoot(HKEY_CURRENT_USER, {m_userRoot, {}});
+}
+
+// A running Windows shows the set that it was started with under a name of its own.
+void CVolumeIdentity::MountControlSet(CHostedRegistry::CPlace system) {
+    if (!system) return;
+    const auto number = m_pRegistry->FindNumber(HKEY_LOCAL_MACHINE, "SYSTEM\\Select", "Current");
+    std::array<char, 24> name{};
+    std::snprintf(name.data(), name.size(), "ControlSet%03u", number.value_or(0));
+    const auto set = m_pRegistry->Find(HKEY_LOCAL_MACHINE, CString("SYSTEM\\") + name.data());
+    if (set) {
+        m_pRegistry->Mount(system, "CurrentControlSet", set->m_first);
+    } else {
+        m_pRegistry->AddProblem("the hive SYSTEM of " + m_folder +
+                                " does not tell the control set in use; CurrentControlSet is missing");
+    }
+}
+
+void CVolumeIdentity::ReadOtherHives() {
+    m_bComplete = true;
+    AddSystemHive("SAM");
+    AddSystemHive("SECURITY");
+    MountUserClasses();
+    for (const CString& sid : m_pRegistry->ListSubkeys(HKEY_LOCAL_MACHINE, kProfileListKey)) {
+        const CString key = CString(kProfileListKey) + "\\" + sid;
+        const auto profile = m_pRegistry->FindText(HKEY_LOCAL_MACHINE, key, "ProfileImagePath");
+        if (profile && mbsicmp(Expand(*profile), m_strProfile) == 0) m_pRegistry->SetUserSid(sid);
+    }
+    const auto user = m_pRegistry->Find(HKEY_CURRENT_USER, "Software\\Classes");
+    const auto machine = m_pRegistry->Find(HKEY_LOCAL_MACHINE, "SOFTWARE\\Classes");
+    if (user) {
+        m_pRegistry->SetRoot(HKEY_CLASSES_ROOT,
+                             {user->m_first, machine ? machine->m_first : CHostedRegistry::CPlace()});
+    } else if (machine) {
+        m_pRegistry->SetRoot(HKEY_CLASSES_ROOT, *machine);
+    }
+}
+
+void CVolumeIdentity::MountUserClasses() {
+    if (!m_userRoot) return;
+    for (const char* const folder : kClassesFolders) {
+        const auto hostPath = m_paths.Find(m_strProfile + folder + "\\UsrClass.dat");
+        if (!hostPath) continue;
+        const CHostedRegistry::CPlace classes = AddHive(*hostPath);
+        if (!classes) return;
+        auto software = m_pRegistry->Find(HKEY_CURRENT_USER, "Software");
+        if (!software) {
+            software = {AddMountPoint(*m_pRegistry), {}};
+            m_pRegistry->Mount(m_userRoot, "Software", software->m_first);
+        }
+        m_pRegistry->Mount(software->m_first, "Classes", classes);
+        return;
+    }
+}
+
+std::shared_ptr<CHostedRegistry> CVolumeIdentity::LoadRegistry() {
+    if (m_pRegistry->HasChanged()) ReadIdentityHives();
+    if (!m_bComplete) ReadOtherHives();
+    return m_pRegistry;
+}
+
+std::optional<CString> CVolumeIdentity::FindText(bool user, const char* key, std::string_view name) const {
+    return m_pRegistry->FindText(user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, key, name);
+}
+
+std::optional<std::uint32_t> CVolumeIdentity::FindNumber(bool user, const char* key, std::string_view name) const {
+    return m_pRegistry->FindNumber(user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, key, name);
+}
+
+// The folders.
+
+CString CVolumeIdentity::GetWindowsDirectory() const {
+    const CString root = FindText(false, kVersionKey, "SystemRoot").value_or("");
+    return IsPrefixNoCase("C:\\", root) ? root : "C:\\" + m_windowsFolder;
+}
+
+std::optional<CString> CVolumeIdentity::FindProfileListText(const char* name) const {
+    const auto text = FindText(false, kProfileListKey, name);
+    return text ? std::optional(Expand(*text)) : std::nullopt;
+}
+
+// What Windows puts into the environment when a user logs on.
+std::optional<CString> CVolumeIdentity::FindProfileVariable(const CString& name) const {
+    constexpr int kAppData = 26;
+    constexpr int kLocalAppData = 28;
+    constexpr int kProgramFiles = 38;
+    const auto is = [&name](const char* other) { return mbsicmp(name, other) == 0; };
+    if (is("USERPROFILE")) return m_strProfile;
+    if (is("APPDATA")) return GetFolder(kAppData);
+    if (is("LOCALAPPDATA")) return GetFolder(kLocalAppData);
+    if (is("ProgramFiles")) return GetFolder(kProgramFiles);
+    if (is("PUBLIC")) return FindProfileListText("Public");
+    if (!is("ALLUSERSPROFILE") && !is("ProgramData")) return std::nullopt;
+    if (auto folder = FindProfileListText("ProgramData")) return folder;
+    // Before Vista: the name of a folder beside the users'.
+    const auto parent = FindProfileListText("ProfilesDirectory");
+    const auto folder = FindProfileListText("AllUsersProfile");
+    return parent && folder ? std::optional(*parent + "\\" + *folder) : std::nullopt;
+}
+
+// The disk.
+
+std::vector<CHostedDrive> CVolumeIdentity::GetDrives() const { return m_paths.GetDrives(); }
+
+CDiskRules CVolumeIdentity::GetDiskRules() const { return {false, false, m_folder, {"/dev", "/proc", "/sys"}}; }
+
+// A folder that is no mount point is a copy, and the label of the disk that it lies on says nothing about it.
+CString CVolumeIdentity::GetVolumeLabel(const CHostedDrive& drive) const {
+    const std::string source = MountSource(drive.m_realRoot);
+    if (source.empty()) return {};
+    std::array<char, FSLABEL_MAX> label{};
+    const CDescriptor root(open(drive.m_realRoot.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (root && ioctl(root.Get(), FS_IOC_GETFSLABEL, label.data()) == 0) {
+        return {label.data(), strnlen(label.data(), label.size())};
+    }
+    return LabelOfDevice(source);
+}
+
+}  // namespace delvane

@@ -1,0 +1,86 @@
+// Reader of Windows' registry hive files: SYSTEM, SOFTWARE, NTUSER.DAT and their like.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/hosted/registry/hive.h"
+#include "platform/hosted/registry/key_index.h"
+#include "platform/machine.h"
+
+namespace delvane {
+
+// Bytes from outside: every offset and length in them is checked, each key is visited once, and damage costs the key or
+// value that it hits. Keys are numbered by a table that Open makes; the root is 0.
+class CRegfHive : public CHive {
+public:
+    // Reads the hive file at that path of the host into memory. Where its last changes have not reached it, they are
+    // taken from the transaction logs beside it (NAME.LOG1 and NAME.LOG2, or the older NAME.LOG; found without regard
+    // to case). Nothing is written. Null where it cannot be read or is no hive: `problem` then says so in one sentence
+    // that names the file.
+    static std::unique_ptr<CRegfHive> Open(const std::string& hostPath, std::string& problem);
+    // The same on bytes in memory; `name` is what messages call the hive.
+    static std::unique_ptr<CRegfHive> Read(CFileBytes bytes, const std::vector<CFileBytes>& logs, std::string name,
+                                           std::string& problem);
+    // The transaction logs beside a hive file.
+    static std::vector<std::string> FindLogs(const std::string& hostPath);
+
+    std::uint32_t GetRoot() const override { return 0; }
+    bool ReadKey(std::uint32_t key, CKeyContents& contents) override;
+    std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) override;
+    std::optional<std::string> GetLink(std::uint32_t key) override;
+    std::uint64_t GetSize() const override { return m_bytes.m_nSize; }
+    std::vector<std::string> GetProblems() const override;
+
+private:
+    // Whether the bytes that a key hands out have been counted, and the verdict.
+    enum class ECounted : std::uint8_t { kNot, kWithin, kBeyond };
+    // A key whose cell has been checked. The subkeys of one key stand together.
+    struct CNode {
+        std::uint32_t m_nCell = 0;
+        std::uint32_t m_nParent = 0;
+        std::uint32_t m_nFirstChild = 0;
+        std::uint32_t m_nChildCount = 0;
+    };
+
+    CRegfHive(CFileBytes bytes, std::string name);
+    bool MakeTable();
+    void AddChildren(std::uint32_t parent);
+    void AddListed(std::uint32_t parent, std::uint32_t list, unsigned depth);
+    bool Claim(std::uint32_t cell);
+    std::uint64_t GetMostHandedOut() const;
+
+    std::string_view GetCell(std::uint32_t cell) const;
+    std::string_view GetKeyCell(std::uint32_t cell) const;
+    CKeyContents::CSpan AddName(std::string_view bytes, bool compressed, CKeyContents& contents) const;
+    CKeyContents::CSpan AddKeyName(std::uint32_t key, CKeyContents& contents) const;
+    CKeyContents::CSpan AddText(std::string_view bytes, CKeyContents& contents) const;
+    bool AddValue(std::uint32_t cell, CKeyContents& contents);
+    bool GetData(std::uint32_t size, std::string_view valueCell, std::string_view& data);
+    bool GetBigData(std::uint32_t size, std::string_view cell, std::string_view& data);
+    std::string NameOf(std::uint32_t key) const;
+    std::string PathOf(std::uint32_t key) const;
+    void NoteBadKey(std::uint32_t parent);
+    void NoteBadValue(std::uint32_t key);
+    void MakeIndex();
+
+    CFileBytes m_bytes;
+    std::string m_name;
+    std::string_view m_cells;  // what lies behind the base block; cells are told by their offset in it
+    std::uint32_t m_nMinorVersion = 0;
+    std::size_t m_nCellHead = 4;  // what a cell begins with before its content
+    CPageVector<CNode> m_nodes;
+    std::vector<bool> m_claimed;  // where keys and lists of keys lie, by offset / 8
+    std::vector<ECounted> m_counted;
+    std::uint64_t m_nHandedOut = 0;  // bytes of values, each key counted once
+    std::size_t m_nRefunds = 0;      // keys that were refused and not counted
+    CKeyIndex m_index;               // made when it is worth it
+    std::size_t m_nSteps = 0;        // from sibling to sibling, in all look-ups so far
+    std::string m_bigData;
+    std::string m_firstBad;
+    std::string m_unfinished;  // told of a hive whose last changes are lost
+};
+
+}  // namespace delvane

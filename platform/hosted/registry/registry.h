@@ -1,0 +1,124 @@
+// The registry of a hosted machine: hives put together under the predefined keys, and the handles to them.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/hosted/files/host_file.h"
+#include "platform/hosted/registry/hive.h"
+#include "platform/machine.h"
+
+namespace delvane {
+
+// Read only. A key may show two hives' keys in one, as HKCR does on Windows: the subkeys of both, and of two values of
+// one name that of the first layer. Symbolic link keys are followed; one that leads nowhere, or to a key that is open
+// above it, cannot be opened.
+class CHostedRegistry {
+public:
+    // A key of a hive.
+    struct CPlace {
+        CHive* m_pHive = nullptr;
+        std::uint32_t m_nKey = 0;
+
+        explicit operator bool() const { return m_pHive != nullptr; }
+        bool operator==(const CPlace&) const = default;
+    };
+    // What one key of the registry shows: a key of a hive, and perhaps another one behind it.
+    struct CLayers {
+        CPlace m_first;
+        CPlace m_second;
+    };
+
+    CHostedRegistry();
+    ~CHostedRegistry();
+
+    // What the registry is made of. A predefined key without a root is an empty one. A mount is a subkey that leads to
+    // another key, in place of any subkey of that name. Links are resolved through the roots: \Registry\Machine leads
+    // to HKEY_LOCAL_MACHINE, and \Registry\User\SID to HKEY_CURRENT_USER if `userSid` is that text (or not known).
+    CHive& AddHive(std::unique_ptr<CHive> hive);
+    void SetRoot(HKEY root, CLayers layers);
+    void Mount(CPlace parent, std::string_view name, CPlace target);
+    void SetUserSid(std::string_view userSid) { m_userSid = userSid; }
+    // A key that stands for something else than itself, so that an open yields no key.
+    void SetUnopenable(CPlace key) { m_unopenable.push_back(key); }
+    // What was found wrong while the registry was put together: a sentence. It is kept once.
+    void AddProblem(const std::string& problem);
+
+    // A file that the registry was read from, in the state that it had then. HasChanged tells whether one of them is in
+    // another state by now.
+    void Watch(const std::string& hostPath, const CFileStamp& stamp) { m_files.push_back({hostPath, stamp}); }
+    bool HasChanged() const;
+
+    // The key at that path below a predefined key ("Software\Classes"); mounts and links are followed.
+    std::optional<CLayers> Find(HKEY root, std::string_view path);
+    // One value there, by name without regard to case: the text of a REG_SZ or REG_EXPAND_SZ up to its first NUL, the
+    // number of a REG_DWORD; and the names of the subkeys there.
+    std::optional<CString> FindText(HKEY root, std::string_view path, std::string_view name);
+    std::optional<std::uint32_t> FindNumber(HKEY root, std::string_view path, std::string_view name);
+    std::vector<CString> ListSubkeys(HKEY root, std::string_view path);
+    std::size_t GetOpenCount() const { return m_nOpen; }
+    // What was found wrong so far, a sentence each.
+    std::vector<std::string> GetProblems() const;
+
+    // As CMachine tells them.
+    std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
+    void CloseKey(HKEY key);
+    std::uint32_t QueryInfo(HKEY key, CKeyInfo& info);
+    std::uint32_t EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data);
+    std::uint32_t EnumKey(HKEY key, std::uint32_t index, CRoom& name);
+    std::uint32_t QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data);
+
+private:
+    struct CMount {
+        CPlace m_parent;
+        std::string m_name;
+        CPlace m_target;
+    };
+    struct CWatchedFile {
+        std::string m_path;
+        CFileStamp m_stamp;
+    };
+    struct COpenKey;
+
+    COpenKey* GetOpenKey(HKEY key);
+    std::unique_ptr<COpenKey> TakeOpenKey();
+    bool Read(COpenKey& key);
+    void ReadSecondLayer(COpenKey& key);
+    void ApplyMounts(COpenKey& key);
+    std::optional<std::size_t> FindChild(const COpenKey& key, std::string_view name) const;
+
+    // `links` counts the links that one look-up has followed.
+    std::optional<CLayers> FindBelow(CLayers key, std::string_view path, unsigned& links);
+    std::optional<CLayers> FindRoot(HKEY root) const;
+    CPlace FindSubkey(CPlace parent, std::string_view name);
+    std::optional<CLayers> FollowLinks(CLayers key, unsigned& links);
+    std::optional<CLayers> FindLinkTarget(std::string_view target, unsigned& links);
+    const CKeyContents::CValue* FindValue(HKEY root, std::string_view path, std::string_view name);
+    bool IsOpenAbove(const COpenKey* parent, CPlace place) const;
+    bool CountBehindLinks(const COpenKey& key);
+
+    std::vector<std::unique_ptr<CHive>> m_hives;
+    std::vector<std::pair<HKEY, CLayers>> m_roots;
+    std::vector<CMount> m_mounts;
+    std::string m_userSid;
+    std::vector<CPlace> m_unopenable;
+    std::vector<std::string> m_problems;
+    std::vector<CWatchedFile> m_files;
+
+    std::vector<std::unique_ptr<COpenKey>> m_open;  // by handle less one; null where it is closed
+    std::vector<HKEY> m_freeHandles;
+    std::vector<std::unique_ptr<COpenKey>> m_spare;  // closed, kept for their memory
+    std::map<HKEY, std::unique_ptr<COpenKey>> m_openRoots;
+    CKeyContents m_scratch;
+    std::size_t m_nOpen = 0;
+    std::size_t m_nBehindLinks = 0;         // keys that this walk has opened behind links,
+    std::uint64_t m_nBytesBehindLinks = 0;  // and what they hold
+};
+
+}  // namespace delvane

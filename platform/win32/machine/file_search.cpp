@@ -1,0 +1,271 @@
+// A directory is read to its end when its search is opened, and its entries are sorted: NTFS hands them out in an order
+// without case, other file systems in any. The calls in the code page do the work. Where a name does not fit their
+// record, or the path their buffer, the directory is read again in UTF-16.
+#include "platform/win32/machine/file_search.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/win32/interrupt.h"
+#include "platform/win32/machine/system.h"
+#include "platform/win32/wide.h"
+
+namespace delvane {
+namespace {
+
+// The search is closed on every way out.
+class CFindHandle {
+public:
+    explicit CFindHandle(HANDLE handle) : m_handle(handle) {}
+    CFindHandle(const CFindHandle&) = delete;
+    CFindHandle& operator=(const CFindHandle&) = delete;
+    ~CFindHandle() {
+        if (m_handle != INVALID_HANDLE_VALUE) FindClose(m_handle);
+    }
+    HANDLE Get() const { return m_handle; }
+    explicit operator bool() const { return m_handle != INVALID_HANDLE_VALUE; }
+
+private:
+    HANDLE m_handle;
+};
+
+// Which form of the calls reads a directory.
+struct CNarrowForm {
+    using CData = WIN32_FIND_DATAA;
+    static HANDLE First(std::string_view path, CData& data) {
+        return FindFirstFileExA(CString(path).c_str(), FindExInfoBasic, &data, FindExSearchNameMatch, nullptr,
+                                FIND_FIRST_EX_LARGE_FETCH);
+    }
+    static bool Next(HANDLE search, CData& data) { return FindNextFileA(search, &data) != 0; }
+    static void Clear(CData& data) {
+        data.cFileName[0] = '\0';
+        data.cFileName[MAX_PATH - 1] = '\0';
+    }
+    // False where the name may have been cut off.
+    static bool GetName(const CData& data, CString& name) {
+        name.assign(data.cFileName, strnlen(data.cFileName, MAX_PATH));
+        return !name.empty() && name.size() < MAX_PATH - 1;
+    }
+};
+
+struct CWideForm {
+    using CData = WIN32_FIND_DATAW;
+    static HANDLE First(std::string_view path, CData& data) {
+        return FindFirstFileExW(LongWidePath(path).c_str(), FindExInfoBasic, &data, FindExSearchNameMatch, nullptr,
+                                FIND_FIRST_EX_LARGE_FETCH);
+    }
+    static bool Next(HANDLE search, CData& data) { return FindNextFileW(search, &data) != 0; }
+    static void Clear(CData&) {}
+    static bool GetName(const CData& data, CString& name) {
+        name = Narrow({data.cFileName, wcsnlen(data.cFileName, MAX_PATH)});
+        return !name.empty();
+    }
+};
+
+template <class Data>
+CFileWords WordsOf(const Data& data) {
+    CFileWords words;
+    words.m_dwAttributes = data.dwFileAttributes;
+    words.m_ftCreation = {data.ftCreationTime.dwLowDateTime, data.ftCreationTime.dwHighDateTime};
+    words.m_ftLastAccess = {data.ftLastAccessTime.dwLowDateTime, data.ftLastAccessTime.dwHighDateTime};
+    words.m_ftLastWrite = {data.ftLastWriteTime.dwLowDateTime, data.ftLastWriteTime.dwHighDateTime};
+    words.m_dwSizeHigh = data.nFileSizeHigh;
+    words.m_dwSizeLow = data.nFileSizeLow;
+    return words;
+}
+
+// Whether the calls in the code page take the path as it stands: they have a limit of length, and cut blanks and
+// periods at the end of a name off, which a few names have all the same.
+bool IsPlainPath(std::string_view path) {
+    if (IsLongPath(path)) return false;
+    for (std::size_t end = path.find('\\'); end != std::string_view::npos; end = path.find('\\', end + 1)) {
+        if (end != 0 && (path[end - 1] == ' ' || path[end - 1] == '.')) return false;
+    }
+    return !path.ends_with(' ') && !path.ends_with('.');
+}
+
+template <class Form>
+bool FindOne(std::string_view path, CFileWords& words) {
+    typename Form::CData data;
+    const CFindHandle search(Form::First(path, data));
+    if (search) words = WordsOf(data);
+    return static_cast<bool>(search);
+}
+
+[[noreturn]] void ThrowExhausted(std::string_view path, std::uint32_t code) {
+    throw CFileError(path, "list directory", code, ErrorText(code));
+}
+
+CHandle OpenDirectoryHandle(std::string_view path) {
+    constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    return CHandle(CreateFileW(LongWidePath(path).c_str(), 0, kShare, nullptr, OPEN_EXISTING,
+                               FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+}  // namespace
+
+struct CSearchSet::CLevel {
+    struct CEntry {
+        std::uint64_t m_nHead;
+        std::uint32_t m_nOffset;  // of the name
+        std::uint32_t m_nLength;
+        CFileWords m_words;
+    };
+
+    CString m_path;
+    std::vector<char> m_names;
+    std::vector<CEntry> m_entries;
+    std::size_t m_nNext = 0;
+    bool m_bCut = false;  // the list breaks off
+    bool m_bBehindLink = false;
+
+    std::string_view NameOf(const CEntry& entry) const { return {m_names.data() + entry.m_nOffset, entry.m_nLength}; }
+    // What was delivered last; null before the first entry and behind the last.
+    const CEntry* GetCurrent() const {
+        return m_nNext == 0 || m_nNext > m_entries.size() ? nullptr : &m_entries[m_nNext - 1];
+    }
+
+    enum class EOutcome { kRead, kUnreadable, kDoesNotFit };
+    template <class Form>
+    EOutcome Read();
+    bool ReadEntries();
+};
+
+template <class Form>
+CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
+    m_names.clear();
+    m_entries.clear();
+    m_nNext = 0;
+    typename Form::CData data;
+    Form::Clear(data);
+    const CFindHandle search(Form::First(m_path + (m_path.ends_with('\\') ? "*" : "\\*"), data));
+    if (!search) {
+        const DWORD code = GetLastError();
+        if (IsExhaustion(code)) ThrowExhausted(m_path, code);
+        if (code == ERROR_FILENAME_EXCED_RANGE || code == ERROR_MORE_DATA || code == ERROR_INSUFFICIENT_BUFFER ||
+            code == ERROR_NO_UNICODE_TRANSLATION) {
+            return EOutcome::kDoesNotFit;
+        }
+        return code == ERROR_FILE_NOT_FOUND ? EOutcome::kRead : EOutcome::kUnreadable;  // an empty root has no entry
+    }
+    CString name;
+    do {
+        if (!Form::GetName(data, name)) return EOutcome::kDoesNotFit;
+        if (name != "." && name != "..") {
+            m_entries.push_back({TextHead(name), static_cast<std::uint32_t>(m_names.size()),
+                                 static_cast<std::uint32_t>(name.size()), WordsOf(data)});
+            m_names.insert(m_names.end(), name.begin(), name.end());
+        }
+        if (m_entries.size() % 1024 == 0) ThrowIfInterrupted();
+        Form::Clear(data);
+    } while (Form::Next(search.Get(), data));
+    const DWORD code = GetLastError();
+    if (IsExhaustion(code)) ThrowExhausted(m_path, code);
+    // Another failure than the end: a name that the code page's record cannot take. In UTF-16 there is none such.
+    constexpr DWORD kNoMoreFiles = 18;
+    return code == kNoMoreFiles ? EOutcome::kRead : EOutcome::kDoesNotFit;
+}
+
+bool CSearchSet::CLevel::ReadEntries() {
+    EOutcome outcome = IsPlainPath(m_path) ? Read<CNarrowForm>() : EOutcome::kDoesNotFit;
+    if (outcome == EOutcome::kDoesNotFit) outcome = Read<CWideForm>();
+    if (outcome == EOutcome::kUnreadable) return false;
+    m_bCut = outcome == EOutcome::kDoesNotFit;  // what was read before still counts
+    std::sort(m_entries.begin(), m_entries.end(), [this](const CEntry& a, const CEntry& b) {
+        if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
+        return mbscmp(NameOf(a), NameOf(b)) < 0;
+    });
+    return true;
+}
+
+class CWin32Search : public CFileSearch {
+public:
+    CWin32Search(CSearchSet& set, CSearchSet::CLevel& level) : m_set(set), m_level(level) {}
+    ~CWin32Search() override { m_set.Close(m_level); }
+
+    bool Next(CFindData& data) override {
+        ThrowIfInterrupted();
+        if (m_level.m_nNext < m_level.m_entries.size()) {
+            const CSearchSet::CLevel::CEntry& entry = m_level.m_entries[m_level.m_nNext++];
+            static_cast<CFileWords&>(data) = entry.m_words;
+            data.m_name = m_level.NameOf(entry);
+            return true;
+        }
+        m_level.m_nNext = m_level.m_entries.size() + 1;
+        return false;
+    }
+
+private:
+    CSearchSet& m_set;
+    CSearchSet::CLevel& m_level;
+};
+
+CSearchSet::CSearchSet() = default;
+CSearchSet::~CSearchSet() = default;
+
+// Whether the directory is a link or lies below one. The one that the innermost search has just delivered says so
+// itself; any other is asked.
+bool CSearchSet::IsBehindLink(std::string_view path) const {
+    if (!m_open.empty()) {
+        const CLevel& parent = *m_open.back();
+        const CLevel::CEntry* const current = parent.GetCurrent();
+        if (current != nullptr && path.starts_with(parent.m_path) && path.ends_with(parent.NameOf(*current)) &&
+            path.size() <= parent.m_path.size() + 1 + current->m_nLength) {
+            return parent.m_bBehindLink || (current->m_words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        }
+    }
+    if (path.size() <= 3) return false;  // a drive
+    const DWORD attributes = GetFileAttributesA(CString(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+// A directory behind a link is entered unless it is one that it lies in.
+bool CSearchSet::MayEnter(std::string_view path) {
+    const auto identityOf = [](std::string_view directory, CDirectoryIdentity& identity) {
+        const CHandle handle = OpenDirectoryHandle(directory);
+        BY_HANDLE_FILE_INFORMATION information{};
+        if (!handle || GetFileInformationByHandle(handle.Get(), &information) == 0) return false;
+        identity = {information.dwVolumeSerialNumber,
+                    std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+        return true;
+    };
+    CDirectoryIdentity own;
+    if (!identityOf(path, own)) return true;  // then its search fails too
+    for (const CLevel* level : m_open) {
+        CDirectoryIdentity above;
+        if (identityOf(level->m_path, above) && above == own) return false;
+    }
+    return m_visits.MayVisit(own);
+}
+
+std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
+    ThrowIfInterrupted();
+    if (m_open.empty()) m_visits.BeginWalk();
+    if (m_open.size() >= kMaxTreeDepth || path.find_first_of("*?") != std::string_view::npos) return nullptr;
+    const bool isBehindLink = IsBehindLink(path);
+    if (isBehindLink && !MayEnter(path)) return nullptr;
+    if (m_spare.empty()) m_spare.push_back(std::make_unique<CLevel>());
+    m_open.reserve(m_open.size() + 1);
+    m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
+    CLevel* const level = m_spare.back().get();
+    level->m_path = path;
+    level->m_bBehindLink = isBehindLink;
+    if (!level->ReadEntries()) return nullptr;
+    if (level->m_bCut) m_visits.NoteCut(path);
+    m_open.push_back(m_spare.back().release());
+    m_spare.pop_back();
+    return std::make_unique<CWin32Search>(*this, *level);
+}
+
+void CSearchSet::Close(CLevel& level) {
+    std::erase(m_open, &level);
+    m_spare.emplace_back(&level);
+}
+
+bool CSearchSet::FindPath(std::string_view path, CFileWords& words) {
+    ThrowIfInterrupted();
+    if (path.find_first_of("*?<>\"") != std::string_view::npos) return false;  // it would be a pattern
+    return IsPlainPath(path) ? FindOne<CNarrowForm>(path, words) : FindOne<CWideForm>(path, words);
+}
+
+}  // namespace delvane

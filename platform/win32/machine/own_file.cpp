@@ -1,0 +1,131 @@
+#include "platform/win32/machine/own_file.h"
+
+#include <algorithm>
+#include <fstream>
+
+#include "platform/win32/interrupt.h"
+#include "platform/win32/machine/system.h"
+
+namespace delvane {
+namespace {
+
+CFileError ErrorOf(std::string_view path, std::string_view action, std::uint32_t code) {
+    return {path, action, code, ErrorText(code)};
+}
+
+[[noreturn]] void ThrowOpenError(std::string_view path, std::string_view action, std::uint32_t code) {
+    throw CFileOpenError(path, action, code, ErrorText(code));
+}
+
+// Whether a new file may take this place, with the error number if not: nothing is there, or a regular file that may be
+// written.
+std::uint32_t MayTakePlace(const CString& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) {
+        const DWORD code = GetLastError();
+        return code == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : code;
+    }
+    if ((attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY)) != 0) return ERROR_ACCESS_DENIED;
+    constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const CHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, kShare, nullptr, OPEN_EXISTING, 0, nullptr));
+    if (!file) return GetLastError();
+    return GetFileType(file.Get()) == FILE_TYPE_DISK ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+}
+
+class COwnFileWriter : public CFileWriter {
+public:
+    COwnFileWriter(CHandle file, CString temporary, CString target)
+        : m_file(std::move(file)), m_strTemporary(std::move(temporary)), m_strTarget(std::move(target)) {}
+    ~COwnFileWriter() override {
+        m_file.Reset();
+        if (!m_strTemporary.empty()) DeleteFileA(m_strTemporary.c_str());
+    }
+
+    void Write(std::string_view bytes) override {
+        constexpr std::size_t kMostAtOnce = 1 << 24;
+        while (!bytes.empty()) {
+            ThrowIfInterrupted();
+            DWORD written = 0;
+            const auto size = static_cast<DWORD>(std::min(bytes.size(), kMostAtOnce));
+            if (WriteFile(m_file.Get(), bytes.data(), size, &written, nullptr) == 0) {
+                throw ErrorOf(m_strTarget, "write", GetLastError());
+            }
+            bytes.remove_prefix(written);
+        }
+    }
+
+    // The bytes reach the disk before the name does, so that a crash leaves the old file or the new one, never half.
+    void Commit() override {
+        ThrowIfInterrupted();
+        if (FlushFileBuffers(m_file.Get()) == 0) throw ErrorOf(m_strTarget, "flush", GetLastError());
+        if (!m_file.Reset()) throw ErrorOf(m_strTarget, "close", GetLastError());
+        ThrowIfInterrupted();  // flushing takes the longest
+        if (MoveFileExA(m_strTemporary.c_str(), m_strTarget.c_str(),
+                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
+            throw ErrorOf(m_strTarget, "replace", GetLastError());
+        }
+        m_strTemporary.clear();
+    }
+
+private:
+    CHandle m_file;
+    CString m_strTemporary;  // empty once it has taken the target's place
+    CString m_strTarget;
+};
+
+CString DirectoryOf(const CString& path) {
+    const std::size_t end = path.find_last_of("\\/");
+    if (end == CString::npos) return path.size() >= 2 && path[1] == ':' ? path.substr(0, 2) : CString();
+    return path.substr(0, end + 1);
+}
+
+}  // namespace
+
+std::unique_ptr<CFileWriter> CreateOwnFile(std::string_view path) {
+    const CString target(path);
+    if (const std::uint32_t code = MayTakePlace(target); code != ERROR_SUCCESS) ThrowOpenError(path, "create", code);
+    // The name says whose it is, should a power failure leave it behind. It holds nothing of the target's name, which
+    // may be as long as the file system allows.
+    const CString stem = DirectoryOf(target) + "~delvane-" + std::to_string(GetCurrentProcessId()) + "-";
+    for (int attempt = 0;; ++attempt) {
+        CString temporary = stem + std::to_string(attempt) + ".tmp";
+        CHandle file(
+            CreateFileA(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        if (file) return std::make_unique<COwnFileWriter>(std::move(file), std::move(temporary), target);
+        const DWORD code = GetLastError();
+        if (code != ERROR_FILE_EXISTS || attempt > 100) ThrowOpenError(path, "create", code);
+    }
+}
+
+std::unique_ptr<std::ostream> CreateOwnTextFile(std::string_view path) {
+    const CString target(path);
+    if (MayTakePlace(target) != ERROR_SUCCESS) return nullptr;
+    auto stream = std::make_unique<std::ofstream>(target, std::ios::binary | std::ios::trunc);
+    if (!stream->is_open()) return nullptr;
+    return stream;
+}
+
+CFileBytes ReadOwnFile(std::string_view path, std::uint64_t limit, bool headOnly) {
+    const CDiskFile file(path);
+    if (!file) ThrowOpenError(path, "open", GetLastError());
+    if (file.GetSize() > limit && !headOnly) {
+        throw CFileError(path, "read", ERROR_FILE_TOO_LARGE,
+                         "the file is larger than " + GroupedDecimalText(static_cast<std::int64_t>(limit)) + " bytes");
+    }
+    CFileBytes bytes;
+    if (file.GetSize() == 0) return bytes;
+    bytes.m_buffer = CPageBuffer(static_cast<std::size_t>(std::min(file.GetSize(), limit)));
+    while (bytes.m_nSize < bytes.m_buffer.GetSize()) {
+        constexpr std::size_t kMostAtOnce = 1 << 24;
+        DWORD got = 0;
+        const auto size = static_cast<DWORD>(std::min(bytes.m_buffer.GetSize() - bytes.m_nSize, kMostAtOnce));
+        if (ReadFile(file.Get(), bytes.m_buffer.GetData() + bytes.m_nSize, size, &got, nullptr) == 0) {
+            throw ErrorOf(path, "read", GetLastError());
+        }
+        if (got == 0) break;
+        bytes.m_nSize += got;
+    }
+    return bytes;
+}
+
+}  // namespace delvane

@@ -1,0 +1,276 @@
+#include "platform/win32/machine/registry.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "platform/win32/interrupt.h"
+#include "platform/win32/machine/system.h"
+
+namespace delvane {
+namespace {
+
+// Links that fan out show the same keys again and again, exponentially at worst. A real machine has some ten thousand
+// keys behind links.
+constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 19;
+
+// The rooms that RegQueryInfoKey asks for count UTF-16 units on some systems, and a character of the code page may take
+// three bytes where UTF-16 has one unit of two.
+constexpr std::uint32_t kBytesOfUnit = 3;
+
+// Performance data and its like answer an open with the number of a predefined key. Nothing can be read of it.
+bool IsPredefined(::HKEY key) {
+    const auto number = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key)) & 0xFFFFFFFF;
+    return number >= 0x80000000 && number < 0x80000100;
+}
+
+// The path of a key in the system's own tree, \REGISTRY\MACHINE\..., with links behind it; empty where it is not told.
+std::wstring RealPathOf(::HKEY key) {
+    using CQueryKey = LONG WINAPI(HANDLE, int, void*, ULONG, ULONG*);
+    static auto* const query = FindOperation<CQueryKey>(GetModuleHandleA("ntdll.dll"), "NtQueryKey");
+    constexpr int kKeyNameInformation = 3;  // a length in bytes and the text
+    std::array<wchar_t, 2048> buffer;       // NOLINT(cppcoreguidelines-pro-type-member-init): the call fills it
+    ULONG size = 0;
+    if (query == nullptr || query(key, kKeyNameInformation, buffer.data(), sizeof buffer, &size) != 0) return {};
+    ULONG length = 0;
+    std::memcpy(&length, buffer.data(), sizeof length);
+    const std::size_t units = std::min<std::size_t>(length / sizeof(wchar_t), buffer.size() - 2);
+    return {buffer.data() + sizeof length / sizeof(wchar_t), units};
+}
+
+bool EqualNoCase(std::wstring_view a, std::wstring_view b) {
+    return CompareStringOrdinal(a.data(), static_cast<int>(a.size()), b.data(), static_cast<int>(b.size()), TRUE) ==
+           CSTR_EQUAL;
+}
+
+}  // namespace
+
+struct CWin32Registry::COpenKey {
+    struct CPart {
+        std::uint32_t m_nOffset;
+        std::uint32_t m_nLength;
+    };
+    struct CValue {
+        CPart m_name;
+        CPart m_data;
+        std::uint32_t m_nType;
+    };
+
+    ::HKEY m_key = nullptr;
+    bool m_bPredefined = false;
+    const COpenKey* m_pParent = nullptr;
+    std::wstring m_realPath;
+    bool m_bBehindLink = false;
+    bool m_bRead = false;
+    std::vector<char> m_bytes;  // names and data
+    std::vector<CPart> m_subkeys;
+    std::vector<CValue> m_values;
+
+    std::string_view TextOf(const CPart& part) const { return {m_bytes.data() + part.m_nOffset, part.m_nLength}; }
+    CPart Keep(const char* bytes, std::uint32_t length) {
+        const auto offset = static_cast<std::uint32_t>(m_bytes.size());
+        m_bytes.insert(m_bytes.end(), bytes, bytes + length);
+        return {offset, length};
+    }
+    std::uint32_t Read();
+    void ReadValues(std::uint32_t count, std::vector<char>& name, std::vector<char>& data);
+    void ReadSubkeys(std::uint32_t count, std::vector<char>& name);
+};
+
+std::uint32_t CWin32Registry::COpenKey::Read() {
+    m_bRead = true;
+    m_bytes.clear();
+    m_subkeys.clear();
+    m_values.clear();
+    DWORD subkeys = 0;
+    DWORD longestSubkey = 0;
+    DWORD values = 0;
+    DWORD longestName = 0;
+    DWORD largestData = 0;
+    const LSTATUS code = RegQueryInfoKeyA(m_key, nullptr, nullptr, nullptr, &subkeys, &longestSubkey, nullptr, &values,
+                                          &longestName, &largestData, nullptr, nullptr);
+    if (code == ERROR_KEY_DELETED) return ERROR_SUCCESS;  // since it was opened: it holds nothing any more
+    m_bRead = code == 0;
+    if (!m_bRead) return static_cast<std::uint32_t>(code);
+    std::vector<char> name((std::max(longestSubkey, longestName) + std::size_t{1}) * kBytesOfUnit);
+    std::vector<char> data(largestData + largestData / 2 + std::size_t{1});
+    ReadValues(values, name, data);
+    ReadSubkeys(subkeys, name);
+    return ERROR_SUCCESS;
+}
+
+// As many as were counted; the list may have shrunk since. An entry that cannot be read costs itself.
+void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>& name, std::vector<char>& data) {
+    constexpr std::size_t kLargest = std::size_t{1} << 30;
+    m_values.reserve(count);
+    for (DWORD index = 0; index < count; ++index) {
+        auto nameLength = static_cast<DWORD>(name.size());
+        auto dataLength = static_cast<DWORD>(data.size());
+        DWORD type = 0;
+        const LSTATUS code = RegEnumValueA(m_key, index, name.data(), &nameLength, nullptr, &type,
+                                           reinterpret_cast<BYTE*>(data.data()), &dataLength);
+        if (code == 0) {
+            m_values.push_back({Keep(name.data(), nameLength), Keep(data.data(), dataLength), type});
+        } else if (code == static_cast<LSTATUS>(ERROR_MORE_DATA) && data.size() < kLargest) {
+            name.resize(name.size() * 2);
+            data.resize(std::max<std::size_t>(data.size() * 2, dataLength));
+            --index;
+        } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
+            break;
+        }
+    }
+}
+
+void CWin32Registry::COpenKey::ReadSubkeys(std::uint32_t count, std::vector<char>& name) {
+    constexpr std::size_t kLongest = std::size_t{1} << 20;
+    m_subkeys.reserve(count);
+    for (DWORD index = 0; index < count; ++index) {
+        auto length = static_cast<DWORD>(name.size());
+        const LSTATUS code = RegEnumKeyExA(m_key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+        if (code == 0) {
+            m_subkeys.push_back(Keep(name.data(), length));
+        } else if (code == static_cast<LSTATUS>(ERROR_MORE_DATA) && name.size() < kLongest) {
+            name.resize(name.size() * 2);
+            --index;
+        } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
+            break;
+        }
+    }
+}
+
+CWin32Registry::CWin32Registry() = default;
+
+CWin32Registry::~CWin32Registry() {
+    for (const std::unique_ptr<COpenKey>& key : m_keys) {
+        if (key != nullptr) RegCloseKey(key->m_key);
+    }
+}
+
+CWin32Registry::COpenKey* CWin32Registry::FindPredefined(HKEY key) {
+    for (const std::unique_ptr<COpenKey>& known : m_predefined) {
+        if (known->m_key == SystemKey(key)) return known.get();
+    }
+    auto predefined = std::make_unique<COpenKey>();
+    predefined->m_key = SystemKey(key);
+    predefined->m_bPredefined = true;
+    m_predefined.push_back(std::move(predefined));
+    return m_predefined.back().get();
+}
+
+CWin32Registry::COpenKey* CWin32Registry::Find(HKEY key) {
+    if (key >= HKEY_CLASSES_ROOT) return FindPredefined(key);
+    return key == 0 || key > m_keys.size() ? nullptr : m_keys[key - 1].get();
+}
+
+// Whether the key is another one than those that it lies in. A key of its parent's path and its own name stands where
+// it seems to; any other is behind a link.
+bool CWin32Registry::MayShow(const COpenKey& parent, COpenKey& key) {
+    key.m_realPath = RealPathOf(key.m_key);
+    key.m_bBehindLink = parent.m_bBehindLink;
+    if (key.m_realPath.empty()) return true;
+    const std::wstring_view above = std::wstring_view(key.m_realPath).substr(0, key.m_realPath.rfind(L'\\'));
+    if (!parent.m_realPath.empty() && !EqualNoCase(above, parent.m_realPath)) key.m_bBehindLink = true;
+    if (!key.m_bBehindLink) return true;
+    for (const COpenKey* level = &parent; level != nullptr; level = level->m_pParent) {
+        if (EqualNoCase(level->m_realPath, key.m_realPath)) return false;
+    }
+    if (++m_nBehindLinks <= kMostKeysBehindLinks) return true;
+    if (m_notices.empty()) {
+        m_notices.push_back("links of the registry show more than " + std::to_string(kMostKeysBehindLinks) +
+                            " keys; what is behind further ones is left out");
+    }
+    return false;
+}
+
+std::uint32_t CWin32Registry::OpenKey(HKEY parent, std::string_view name, HKEY& key) {
+    ThrowIfInterrupted();
+    const COpenKey* const above = Find(parent);
+    if (above == nullptr) return ERROR_INVALID_HANDLE;
+    if (name.find('\0') != std::string_view::npos) return ERROR_FILE_NOT_FOUND;
+    ::HKEY opened = nullptr;
+    const LSTATUS code = RegOpenKeyExA(above->m_key, CString(name).c_str(), 0, KEY_READ, &opened);
+    if (code != 0) return static_cast<std::uint32_t>(code);
+    if (IsPredefined(opened)) return ERROR_BADKEY;
+    if (m_spare.empty()) m_spare.push_back(std::make_unique<COpenKey>());
+    std::unique_ptr<COpenKey> made = std::move(m_spare.back());
+    m_spare.pop_back();
+    made->m_key = opened;
+    made->m_pParent = above;
+    made->m_bRead = false;
+    if (!MayShow(*above, *made)) {
+        RegCloseKey(opened);
+        m_spare.push_back(std::move(made));
+        return ERROR_CANT_RESOLVE_FILENAME;
+    }
+    if (m_free.empty()) {
+        m_keys.emplace_back();
+        m_free.push_back(static_cast<HKEY>(m_keys.size()));
+    }
+    key = m_free.back();
+    m_free.pop_back();
+    m_keys[key - 1] = std::move(made);
+    ++m_nOpen;
+    return ERROR_SUCCESS;
+}
+
+void CWin32Registry::CloseKey(HKEY key) {
+    if (key >= HKEY_CLASSES_ROOT || Find(key) == nullptr) return;
+    std::unique_ptr<COpenKey>& open = m_keys[key - 1];
+    RegCloseKey(open->m_key);
+    m_spare.push_back(std::move(open));
+    m_free.push_back(key);
+    --m_nOpen;
+}
+
+std::uint32_t CWin32Registry::QueryInfo(HKEY key, CKeyInfo& info) {
+    ThrowIfInterrupted();
+    COpenKey* const open = Find(key);
+    if (open == nullptr) return ERROR_INVALID_HANDLE;
+    if (open->m_bPredefined && m_nOpen == 0) m_nBehindLinks = 0;  // a walk begins
+    if (const std::uint32_t code = open->Read(); code != ERROR_SUCCESS) return code;
+    info = {};
+    info.m_nSubkeys = static_cast<std::uint32_t>(open->m_subkeys.size());
+    info.m_nValues = static_cast<std::uint32_t>(open->m_values.size());
+    for (const COpenKey::CPart& subkey : open->m_subkeys)
+        info.m_nLongestSubkey = std::max(info.m_nLongestSubkey, subkey.m_nLength);
+    for (const COpenKey::CValue& value : open->m_values) {
+        info.m_nLongestValueName = std::max(info.m_nLongestValueName, value.m_name.m_nLength);
+        info.m_nLargestData = std::max(info.m_nLargestData, value.m_data.m_nLength);
+    }
+    return ERROR_SUCCESS;
+}
+
+std::uint32_t CWin32Registry::EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) {
+    COpenKey* const open = Find(key);
+    if (open == nullptr) return ERROR_INVALID_HANDLE;
+    if (const std::uint32_t code = open->m_bRead ? ERROR_SUCCESS : open->Read(); code != ERROR_SUCCESS) return code;
+    if (index >= open->m_values.size()) return ERROR_NO_MORE_ITEMS;
+    const COpenKey::CValue& value = open->m_values[index];
+    type = value.m_nType;
+    const bool nameFits = FillRoom(name, open->TextOf(value.m_name), true);
+    const bool dataFits = FillRoom(data, open->TextOf(value.m_data), false);
+    return nameFits && dataFits ? ERROR_SUCCESS : ERROR_MORE_DATA;
+}
+
+std::uint32_t CWin32Registry::EnumKey(HKEY key, std::uint32_t index, CRoom& name) {
+    COpenKey* const open = Find(key);
+    if (open == nullptr) return ERROR_INVALID_HANDLE;
+    if (const std::uint32_t code = open->m_bRead ? ERROR_SUCCESS : open->Read(); code != ERROR_SUCCESS) return code;
+    if (index >= open->m_subkeys.size()) return ERROR_NO_MORE_ITEMS;
+    return FillRoom(name, open->TextOf(open->m_subkeys[index]), true) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+}
+
+std::uint32_t CWin32Registry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
+    const COpenKey* const open = Find(key);
+    if (open == nullptr) return ERROR_INVALID_HANDLE;
+    if (name.find('\0') != std::string_view::npos) return ERROR_FILE_NOT_FOUND;
+    DWORD kind = 0;
+    DWORD size = data.m_nSize;
+    const LSTATUS code = RegQueryValueExA(open->m_key, CString(name).c_str(), nullptr, &kind,
+                                          reinterpret_cast<BYTE*>(data.m_pBytes), &size);
+    if (code == 0 || code == static_cast<LSTATUS>(ERROR_MORE_DATA)) data.m_nSize = size;
+    if (type != nullptr) *type = kind;
+    return static_cast<std::uint32_t>(code);
+}
+
+}  // namespace delvane

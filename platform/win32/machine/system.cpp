@@ -1,0 +1,72 @@
+#include "platform/win32/machine/system.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/win32/wide.h"
+
+namespace delvane {
+
+CString ErrorText(std::uint32_t code) {
+    std::array<wchar_t, 512> text{};
+    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0,
+                                        text.data(), static_cast<DWORD>(text.size()), nullptr);
+    std::wstring_view words(text.data(), length);
+    while (!words.empty() && (words.back() <= L' ' || words.back() == L'.'))
+        words.remove_suffix(1);
+    return words.empty() ? CString("the system gives no reason") : Narrow(words);
+}
+
+bool IsExhaustion(std::uint32_t code) {
+    switch (code) {
+        case ERROR_NOT_ENOUGH_MEMORY:
+        case ERROR_OUTOFMEMORY:
+        case ERROR_NO_SYSTEM_RESOURCES:
+        case ERROR_NOT_ENOUGH_QUOTA:
+        case ERROR_COMMITMENT_LIMIT:
+            return true;
+        default:
+            constexpr std::uint32_t kTooManyOpenFiles = 4;
+            return code == kTooManyOpenFiles;
+    }
+}
+
+std::wstring LongWidePath(std::string_view path) {
+    std::wstring wide = Widen(path);
+    if (path.size() < 3 || path[1] != ':') return wide;
+    // The long form is taken as it stands: one kind of separator, and no two of them in a row.
+    std::replace(wide.begin(), wide.end(), L'/', L'\\');
+    wide.erase(std::unique(wide.begin(), wide.end(), [](wchar_t a, wchar_t b) { return a == L'\\' && b == L'\\'; }),
+               wide.end());
+    return L"\\\\?\\" + wide;
+}
+
+bool IsLongPath(std::string_view path) {
+    constexpr std::size_t kRoomForName = 13;
+    return path.size() + kRoomForName > MAX_PATH;
+}
+
+CDiskFile::CDiskFile(std::string_view path)
+    : m_file(CreateFileA(CString(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                         nullptr, OPEN_EXISTING, 0, nullptr)) {
+    if (!m_file) return;
+    LARGE_INTEGER size{};
+    if (GetFileType(m_file.Get()) != FILE_TYPE_DISK || GetFileSizeEx(m_file.Get(), &size) == 0) {
+        m_file.Reset();
+        SetLastError(ERROR_BAD_DEVICE);
+        return;
+    }
+    m_nSize = static_cast<std::uint64_t>(size.QuadPart);
+}
+
+std::size_t CDiskFile::Read(std::uint64_t offset, void* into, std::size_t size) const {
+    constexpr std::size_t kMostAtOnce = 1 << 30;
+    OVERLAPPED place{};
+    place.Offset = static_cast<DWORD>(offset);
+    place.OffsetHigh = static_cast<DWORD>(offset >> 32);
+    DWORD got = 0;
+    if (ReadFile(m_file.Get(), into, static_cast<DWORD>(std::min(size, kMostAtOnce)), &got, &place) == 0) return 0;
+    return got;
+}
+
+}  // namespace delvane

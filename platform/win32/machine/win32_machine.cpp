@@ -1,0 +1,289 @@
+#include "platform/win32/machine/win32_machine.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/win32/machine/own_file.h"
+#include "platform/win32/machine/system.h"
+#include "platform/win32/wide.h"
+
+// Behind windows.h, which they need.
+#include <imagehlp.h>
+#include <objbase.h>
+#include <shellapi.h>
+#include <winnetwk.h>
+
+namespace delvane {
+namespace {
+
+// Room for a path of the usual length in any code page.
+constexpr std::size_t kPathRoom = MAX_PATH * 3;
+
+CString PathOf(UINT WINAPI call(char*, UINT)) {
+    std::array<char, kPathRoom> path{};
+    const UINT length = call(path.data(), static_cast<UINT>(path.size()));
+    return CString(path.data(), length < path.size() ? length : 0);
+}
+
+// The part of a mapped image that its headers are read from.
+class CMappedSource : public CByteSource {
+public:
+    CMappedSource(const unsigned char* bytes, std::size_t size) : m_pBytes(bytes), m_nSize(size) {}
+    std::uint64_t GetSize() const override { return m_nSize; }
+    std::size_t Read(std::uint64_t offset, void* into, std::size_t size) const override {
+        if (offset >= m_nSize) return 0;
+        const std::size_t there = std::min<std::size_t>(size, m_nSize - static_cast<std::size_t>(offset));
+        std::copy_n(m_pBytes + offset, there, static_cast<unsigned char*>(into));
+        return there;
+    }
+
+private:
+    const unsigned char* m_pBytes;
+    std::size_t m_nSize;
+};
+
+// Whether the drive is the root of the host that Wine runs on, which is no disk of the machine under examination.
+bool IsHostRoot(const CString& root) {
+    using CGetUnixName = char* CDECL(const wchar_t*);
+    static auto* const getName =
+        FindOperation<CGetUnixName>(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name");
+    if (getName == nullptr) return false;
+    char* const name = getName(Widen(root).c_str());
+    const bool isRoot = name != nullptr && std::string_view(name).find_first_not_of("/.") == std::string_view::npos;
+    HeapFree(GetProcessHeap(), 0, name);
+    return isRoot;
+}
+
+// A version block as the system keeps it, and its look-up.
+class CSystemVersion : public CVersionInfo {
+public:
+    explicit CSystemVersion(std::vector<char> block) : m_block(std::move(block)) {}
+    std::optional<std::string> Query(std::string_view path) const override {
+        void* text = nullptr;
+        UINT length = 0;  // with the NUL
+        if (VerQueryValueA(m_block.data(), CString(path).c_str(), &text, &length) == 0 || text == nullptr) return {};
+        const char* const begin = static_cast<const char*>(text);
+        return std::string(begin, strnlen(begin, length));
+    }
+
+private:
+    std::vector<char> m_block;
+};
+
+CString ExecutableFolder() {
+    std::array<char, kPathRoom> program{};
+    const DWORD length = GetModuleFileNameA(nullptr, program.data(), static_cast<DWORD>(program.size()));
+    CString folder(program.data(), length);
+    folder.resize(std::min(folder.size(), folder.rfind('\\')));
+    return folder;
+}
+
+}  // namespace
+
+class CWin32Machine::CLock {
+public:
+    explicit CLock(CHandle mutex) : m_mutex(std::move(mutex)) {}
+
+private:
+    CHandle m_mutex;
+};
+
+CWin32Machine::CWin32Machine(CString programFolder) : m_programFolder(std::move(programFolder)) {}
+
+CWin32Machine::~CWin32Machine() = default;
+
+std::vector<CString> CWin32Machine::TakeNotices() {
+    std::vector<CString> notices;
+    const auto take = [&notices](const std::vector<CString>& from, std::size_t& taken) {
+        notices.insert(notices.end(), from.begin() + static_cast<std::ptrdiff_t>(taken), from.end());
+        taken = from.size();
+    };
+    take(m_searches.GetNotices(), m_nSearchNotices);
+    take(m_registry.GetNotices(), m_nRegistryNotices);
+    return notices;
+}
+
+CVersionRecord CWin32Machine::GetVersion() {
+    OSVERSIONINFOA version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    CVersionRecord record;
+    if (GetVersionExA(&version) == 0) return record;
+    record.m_dwPlatformId = version.dwPlatformId;
+    record.m_dwMajorVersion = version.dwMajorVersion;
+    record.m_dwMinorVersion = version.dwMinorVersion;
+    record.m_dwBuildNumber = version.dwBuildNumber;
+    record.m_strServicePack.assign(version.szCSDVersion, strnlen(version.szCSDVersion, sizeof version.szCSDVersion));
+    return record;
+}
+
+bool CWin32Machine::GetUserName(CString& name) {
+    DWORD size = 0;  // with the NUL
+    GetUserNameA(nullptr, &size);
+    name.resize(size);
+    const bool isKnown = size != 0 && GetUserNameA(name.data(), &size) != 0;
+    name.resize(isKnown ? size - 1 : 0);
+    return isKnown;
+}
+
+bool CWin32Machine::GetComputerName(CString& name) {
+    name.resize((MAX_COMPUTERNAME_LENGTH + 1) * 3);
+    auto size = static_cast<DWORD>(name.size());
+    const bool isKnown = GetComputerNameA(name.data(), &size) != 0;
+    name.resize(isKnown ? size : 0);
+    return isKnown;
+}
+
+CString CWin32Machine::GetSystemDirectory() { return PathOf(GetSystemDirectoryA); }
+
+CString CWin32Machine::GetWindowsDirectory() { return PathOf(GetWindowsDirectoryA); }
+
+CString CWin32Machine::GetTempPath() {
+    std::array<char, kPathRoom> path{};
+    const DWORD length = GetTempPathA(static_cast<DWORD>(path.size()), path.data());
+    return CString(path.data(), length < path.size() ? length : 0);
+}
+
+std::uint64_t CWin32Machine::GetSystemTime() {
+    SYSTEMTIME now{};
+    ::FILETIME time{};
+    ::GetSystemTime(&now);
+    SystemTimeToFileTime(&now, &time);
+    return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
+}
+
+// The library is looked for in the system's own directory alone, not beside the program.
+CFolderFunction CWin32Machine::LoadFolderLibrary() {
+    const CString path = GetSystemDirectory() + "\\ShFolder.dll";
+    const std::shared_ptr<HINSTANCE__> library(LoadLibraryA(path.c_str()), [](HMODULE module) {
+        if (module != nullptr) FreeLibrary(module);
+    });
+    if (library == nullptr) return {};
+    using CGetFolderPath = HRESULT WINAPI(HWND, int, HANDLE, DWORD, char*);
+    auto* const getPath = FindOperation<CGetFolderPath>(library.get(), "SHGetFolderPathA");
+    if (getPath == nullptr) return {};
+    return [library, getPath](int kind, CString& folder) {
+        std::array<char, kPathRoom> buffer{};
+        if (getPath(nullptr, kind, nullptr, 0, buffer.data()) < 0) return false;
+        folder = buffer.data();
+        return true;
+    };
+}
+
+std::uint32_t CWin32Machine::GetLogicalDrives() { return ::GetLogicalDrives(); }
+
+std::uint32_t CWin32Machine::GetDriveType(std::string_view root) {
+    const CString name(root);
+    const std::uint32_t type = GetDriveTypeA(name.c_str());
+    return type == DRIVE_FIXED && IsHostRoot(name) ? DRIVE_REMOTE : type;
+}
+
+std::uint32_t CWin32Machine::GetVolumeLabel(std::string_view root, CString& label) {
+    std::array<char, MAX_PATH + 1> text{};
+    DWORD serial = 0;
+    DWORD longest = 0;
+    DWORD flags = 0;
+    if (GetVolumeInformationA(CString(root).c_str(), text.data(), static_cast<DWORD>(text.size()), &serial, &longest,
+                              &flags, nullptr, 0) == 0) {
+        return GetLastError();
+    }
+    label = text.data();
+    return ERROR_SUCCESS;
+}
+
+std::uint32_t CWin32Machine::GetConnection(std::string_view name, CString& share) {
+    std::array<char, MAX_PATH + 1> text{};
+    auto size = static_cast<DWORD>(text.size());
+    const DWORD code = WNetGetConnectionA(CString(name).c_str(), text.data(), &size);
+    if (code == ERROR_SUCCESS) share = text.data();
+    return code;
+}
+
+// An emulated MapAndLoad sets neither flag, so the headers are looked at again: where it maps them in the memory that
+// it gives, else in the file.
+bool CWin32Machine::MapAndLoad(std::string_view path, CLoadedImage& image) {
+    image = {};
+    LOADED_IMAGE loaded{};
+    CString name(path);
+    const bool isMapped = ::MapAndLoad(name.data(), nullptr, &loaded, FALSE, TRUE) != 0;
+    CLoadedImage seen;
+    if (isMapped && loaded.MappedAddress != nullptr) {
+        MapImage(CMappedSource(loaded.MappedAddress, loaded.SizeOfImage), seen);
+    } else if (const CDiskFile file(path); file) {
+        MapImage(file, seen);
+    }
+    image.fSystemImage = loaded.fSystemImage != 0 || seen.fSystemImage;
+    image.fDOSImage = loaded.fDOSImage != 0 || seen.fDOSImage;
+    UnMapAndLoad(&loaded);
+    return isMapped;
+}
+
+std::unique_ptr<const CVersionInfo> CWin32Machine::GetFileVersionInfo(std::string_view path) {
+    const CString name(path);
+    DWORD ignored = 0;
+    const DWORD size = GetFileVersionInfoSizeA(name.c_str(), &ignored);
+    if (size == 0) return nullptr;
+    std::vector<char> block(size);
+    if (GetFileVersionInfoA(name.c_str(), 0, size, block.data()) == 0) return nullptr;
+    return std::make_unique<const CSystemVersion>(std::move(block));
+}
+
+bool CWin32Machine::FileExists(std::string_view path) {
+    const DWORD attributes = GetFileAttributesA(CString(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+bool CWin32Machine::DirectoryExists(std::string_view path) {
+    const DWORD attributes = GetFileAttributesA(CString(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool CWin32Machine::CreateDirectory(std::string_view path) {
+    return CreateDirectoryA(CString(path).c_str(), nullptr) != 0;
+}
+
+bool CWin32Machine::DeleteFile(std::string_view path) { return DeleteFileA(CString(path).c_str()) != 0; }
+
+CFileBytes CWin32Machine::ReadFile(std::string_view path, std::uint64_t limit) {
+    return ReadOwnFile(path, limit, false);
+}
+
+CFileBytes CWin32Machine::ReadFileHead(std::string_view path, std::size_t size) {
+    return ReadOwnFile(path, size, true);
+}
+
+std::unique_ptr<CFileWriter> CWin32Machine::CreateFile(std::string_view path) { return CreateOwnFile(path); }
+
+std::unique_ptr<std::ostream> CWin32Machine::CreateTextFile(std::string_view path) { return CreateOwnTextFile(path); }
+
+// A mutex of the folder's name, for all sessions of the machine; one that another user made cannot even be opened.
+bool CWin32Machine::LockProgramFolder() {
+    CString name = "Global\\delvane " + FoldCase(m_programFolder);
+    std::replace(name.begin() + 7, name.end(), '\\', '/');
+    CHandle mutex(CreateMutexA(nullptr, TRUE, name.c_str()));
+    const DWORD code = GetLastError();
+    if (code == ERROR_ALREADY_EXISTS || (!mutex && code == ERROR_ACCESS_DENIED)) return false;
+    m_pLock = std::make_unique<CLock>(std::move(mutex));
+    return true;
+}
+
+void CWin32Machine::OpenDocument(std::string_view path) {
+    const HRESULT initialized = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
+    ShellExecuteA(nullptr, nullptr, CString(path).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+    if (SUCCEEDED(initialized)) CoUninitialize();
+}
+
+CString CWin32Machine::GetDocumentFolder() { return ExecutableFolder(); }
+
+std::unique_ptr<CMachine> MakeMachine() {
+    // A drive without a disk in it answers with an error, not with a box that waits for somebody.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+    std::array<char, kPathRoom> program{};
+    const DWORD home = GetEnvironmentVariableA("DELVANE_HOME", program.data(), static_cast<DWORD>(program.size()));
+    CString folder(program.data(), home < program.size() ? home : 0);
+    while (folder.ends_with('\\') || folder.ends_with('/'))
+        folder.pop_back();
+    if (folder.empty()) folder = ExecutableFolder();
+    return std::make_unique<CWin32Machine>(std::move(folder));
+}
+
+}  // namespace delvane
