@@ -1,5 +1,7 @@
 #include "capture/drives.h"
 
+#include <algorithm>
+
 #include "core/context.h"
 #include "report/base.h"
 #include "resources/strings.h"
@@ -29,17 +31,26 @@ void CDelvDriveObj::Serialize(CArchive& archive) {
 
 std::string_view CDelvDriveObj::GetVolume() {
     if (!m_bCaptured && DriveTypeOf(m_name) == m_nDriveType) {
-        m_strVolume = m_subdirs.GetArena().Copy(VolumeNameOf(m_name));
+        CString volume;
+        ReadVolumeName(m_name, volume);
+        m_strVolume = m_subdirs.GetArena().Copy(volume);
     }
     return m_strVolume;
 }
 
 bool CDelvDriveObj::Capture(CCaptureProgress* progress) {
     Count(progress, &CCaptureProgress::m_nDrives, kCodeDrives);
-    m_bCaptured = false;
-    GetVolume();
+    theContext.GetMachine().BeginWalk();
+    CString volume;
+    const std::uint32_t error = ReadVolumeName(m_name, volume);
+    m_strVolume = m_subdirs.GetArena().Copy(volume);
     m_bCaptured = true;
-    return CDelvDirObj::Capture(progress);
+    const bool isCaptured = CDelvDirObj::Capture(progress);
+    const CString root = GetFullName() + "\\";
+    CGapList& gaps = FindSnapshot(this)->GetGaps();
+    const bool isLabelLost = error != ERROR_SUCCESS && error != ERROR_NOT_CONNECTED;
+    if (isLabelLost && !gaps.HasDrive(root)) gaps.Add(EGapKind::kDrive, root, error);
+    return isCaptured;
 }
 
 bool CDelvDriveObj::Compare(CDelvObj& other, CReportObj& report) {
@@ -95,7 +106,22 @@ bool CDelvAllDrives::Capture(CCaptureProgress* progress) {
         drive->InsertSorted(m_subdirs);
         drive->Capture(progress);
     }
+    NoteMissingDrives();
     return true;
+}
+
+// What was asked for by its letter and is not there is a gap. A capture that was to read drives and could read none is
+// hardly what somebody wanted.
+void CDelvAllDrives::NoteMissingDrives() {
+    CGapList& gaps = FindSnapshot(this)->GetGaps();
+    std::uint32_t missing = theContext.m_dwDrivesOn & ~theContext.m_dwLogicalDrives;
+    for (; missing != 0; missing &= missing - 1)
+        gaps.Add(EGapKind::kDrive, DriveName(missing) + "\\", ERROR_PATH_NOT_FOUND);
+    const bool isAsked = theContext.m_bHardDrives || theContext.m_dwDrivesOn != 0;
+    const bool isRead = std::any_of(m_subdirs.begin(), m_subdirs.end(), [&](const CDelvObj* drive) {
+        return !gaps.HasDrive(CString(drive->m_name) + "\\");
+    });
+    if (isAsked && !isRead) theContext.Say("no drive was read: the snapshot holds no files");
 }
 
 bool CDelvAllDrives::Compare(CDelvObj& other, CReportObj& report) {

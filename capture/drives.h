@@ -45,6 +45,9 @@ public:
 
 protected:
     CDelvDirObj* NewSubdir(CArena& arena) override;
+
+private:
+    void NoteMissingDrives();
 };
 
 }  // namespace delvane

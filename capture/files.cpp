@@ -1,5 +1,6 @@
 #include "capture/files.h"
 
+#include "capture/drives.h"
 #include "capture/extensions.h"
 #include "core/context.h"
 #include "report/base.h"
@@ -78,7 +79,7 @@ bool CDelvFileObj::Compare(CDelvObj& other, CReportObj& report) {
 bool CDelvFileObj::Capture(CCaptureProgress* progress) {
     if (!m_bCaptured) {
         CFileWords& words = *this;
-        if (!theContext.GetMachine().FindPath(GetFullName(), words)) return false;
+        if (theContext.GetMachine().FindPath(GetFullName(), words) != ERROR_SUCCESS) return false;
         m_bCaptured = true;
     }
     Count(progress, &CCaptureProgress::m_nFiles, kCodeFiles);
@@ -157,26 +158,42 @@ void CDelvDirObj::ReportDeleted(CReportObj& report) {
 }
 
 // One search a directory. Its entries carry all that is recorded of a file, so a child costs no call of its own. A
-// directory that cannot be searched stays in the tree with empty lists; the search closes on every way out.
+// directory that cannot be searched stays in the tree with empty lists, and is a gap; the search closes on every way
+// out.
 bool CDelvDirObj::Capture(CCaptureProgress* progress) {
     CMachine& machine = theContext.GetMachine();
     const CString path = GetFullName();
     if (!m_bCaptured) {
         CFileWords& words = *this;
-        if (!machine.FindPath(path, words)) return false;
+        const std::uint32_t error = machine.FindPath(path, words);
+        if (error != ERROR_SUCCESS) {
+            NoteGap(path, error);
+            return false;
+        }
         m_bCaptured = true;
     }
     if (IsExactly<CDelvDirObj>(*this)) Count(progress, &CCaptureProgress::m_nDirs, kCodeDirs);
     const CString& programFiles = *theContext.GetFolder(CSIDL_PROGRAM_FILES);
     CDelvAllExts* const extensions = path.starts_with(programFiles) ? nullptr : FindSnapshot(this)->m_pExtensions;
-    const std::unique_ptr<CFileSearch> search = machine.OpenSearch(path);
-    if (search == nullptr) return true;
+    std::uint32_t error = ERROR_SUCCESS;
+    const std::unique_ptr<CFileSearch> search = machine.OpenSearch(path, error);
     CFindData data;
-    while (search->Next(data)) {
+    while (search != nullptr && search->Next(data)) {
         ThrowIfCancelled(progress);
-        CaptureEntry(data, extensions, progress);
+        if (data.m_dwError != ERROR_SUCCESS) {
+            FindSnapshot(this)->GetGaps().Add(EGapKind::kEntry, path + "\\" + CString(data.m_name), data.m_dwError);
+        }
+        if (!data.m_bNameOnly) CaptureEntry(data, extensions, progress);
     }
+    if (search != nullptr) error = search->GetError();
+    if (error != ERROR_SUCCESS) NoteGap(path, error);
     return true;
+}
+
+void CDelvDirObj::NoteGap(const CString& path, std::uint32_t error) {
+    const bool isDrive = IsKindOf<CDelvDriveObj>(*this);
+    FindSnapshot(this)->GetGaps().Add(isDrive ? EGapKind::kDrive : EGapKind::kDirectory, isDrive ? path + "\\" : path,
+                                      error);
 }
 
 void CDelvDirObj::CaptureEntry(const CFindData& data, CDelvAllExts* extensions, CCaptureProgress* progress) {

@@ -58,6 +58,7 @@ protected:
 private:
     // `extensions` takes the extensions of this directory's files; null where they are not asked for.
     void CaptureEntry(const CFindData& data, CDelvAllExts* extensions, CCaptureProgress* progress);
+    void NoteGap(const CString& path, std::uint32_t error);
 };
 
 }  // namespace delvane

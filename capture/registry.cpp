@@ -26,8 +26,16 @@ class CRegistryError : public std::runtime_error {
 public:
     CRegistryError(const CDelvRegKeyObj& key, std::uint32_t code)
         : std::runtime_error(key.GetFullName() + ": the registry key could not be read to its end (" +
-                             std::to_string(code) + ")") {}
+                             std::to_string(code) + ")"),
+          m_dwCode(code) {}
+    const std::uint32_t m_dwCode;
 };
+
+// What Windows itself would not show is no gap: a link that leads nowhere or to a key that it lies in, and what stands
+// for something else than a key.
+bool IsGap(std::uint32_t code) {
+    return code != ERROR_SUCCESS && code != ERROR_CANT_RESOLVE_FILENAME && code != ERROR_INVALID_HANDLE;
+}
 
 // The options that are in force now, not those of the capture.
 bool IsHiveWanted(HKEY key) {
@@ -193,7 +201,9 @@ HKEY* CDelvRegKeyObj::OpenKey() {
     if (m_hKey == 0) {
         HKEY key = 0;
         const HKEY parent = static_cast<CDelvRegValObj*>(m_pParent)->m_hKey;
-        if (theContext.GetMachine().RegOpenKeyEx(parent, m_name, key) == ERROR_SUCCESS) m_hKey = key;
+        const std::uint32_t code = theContext.GetMachine().RegOpenKeyEx(parent, m_name, key);
+        if (code == ERROR_SUCCESS) m_hKey = key;
+        if (IsGap(code)) NoteGap(code);
     }
     return &m_hKey;
 }
@@ -210,10 +220,21 @@ bool CDelvRegKeyObj::Capture(CCaptureProgress* progress) {
         SortByName(m_subkeys);
         CloseKey();
         if (progress == nullptr || !progress->m_bKeepGoing) throw;
+        try {
+            throw;
+        } catch (const CRegistryError& error) {
+            NoteGap(error.m_dwCode);
+        } catch (...) {
+            NoteGap(ERROR_GEN_FAILURE);
+        }
         return false;
     }
     CloseKey();
     return true;
+}
+
+void CDelvRegKeyObj::NoteGap(std::uint32_t code) {
+    FindSnapshot(this)->GetGaps().Add(EGapKind::kKey, GetFullName(), code);
 }
 
 // Children are put behind each other in the order of the registry and sorted in the end: the registry's order is
@@ -225,6 +246,7 @@ void CDelvRegKeyObj::CaptureContents(HKEY key, CCaptureProgress* progress) {
     };
     CKeyInfo info;
     check(machine.RegQueryInfoKey(key, info));
+    if (info.m_dwError != ERROR_SUCCESS) NoteGap(info.m_dwError);
     const std::uint32_t nameSize = std::max(info.m_nLongestSubkey, info.m_nLongestValueName) + 1;
     const auto buffer = std::make_unique_for_overwrite<char[]>(std::size_t{nameSize} + info.m_nLargestData);
     CArena& arena = m_values.GetArena();
@@ -316,6 +338,7 @@ bool CDelvRegHiveObj::Compare(CDelvObj& other, CReportObj& report) {
 
 bool CDelvRegHiveObj::Capture(CCaptureProgress* progress) {
     Count(progress, &CCaptureProgress::m_nHives, kCodeHives);
+    theContext.GetMachine().BeginWalk();
     const bool complete = CDelvRegKeyObj::Capture(progress);
     if (m_hKey == HKEY_CLASSES_ROOT) {
         CDelvAllExts& extensions = *FindSnapshot(this)->m_pExtensions;

@@ -60,6 +60,7 @@ protected:
 
 private:
     void CaptureContents(HKEY key, CCaptureProgress* progress);
+    void NoteGap(std::uint32_t code);
     void CaptureValue(CTextRef name, std::uint32_t type, std::string_view data, CCaptureProgress* progress);
     void CaptureSubkey(std::string_view name, CCaptureProgress* progress);
 };

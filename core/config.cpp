@@ -39,7 +39,7 @@ void PutU32(CString& bytes, std::uint32_t value) {
 bool CRunContext::ReadConfig() {
     CFileBytes file;
     try {
-        file = m_pMachine->ReadFileHead(GetConfigPath(), kConfigSize);
+        file = GetHost().ReadFileHead(GetConfigPath(), kConfigSize);
     } catch (const CFileError&) {
         return false;
     }
@@ -59,7 +59,7 @@ bool CRunContext::WriteConfig() const {
     for (const auto flag : kFlags)
         PutU32(bytes, this->*flag ? 1 : 0);
     try {
-        const std::unique_ptr<CFileWriter> file = m_pMachine->CreateFile(GetConfigPath());
+        const std::unique_ptr<CFileWriter> file = GetHost().CreateFile(GetConfigPath());
         file->Write(bytes);
         file->Commit();
         return true;
@@ -69,7 +69,7 @@ bool CRunContext::WriteConfig() const {
 }
 
 std::ostream& CRunContext::GetErrorLog() {
-    if (m_pErrorLog == nullptr) m_pErrorLog = m_pMachine->CreateTextFile(GetErrorLogPath());
+    if (m_pErrorLog == nullptr) m_pErrorLog = GetHost().CreateTextFile(GetErrorLogPath());
     if (m_pErrorLog == nullptr) m_pErrorLog = std::make_unique<std::ostream>(nullptr);
     return *m_pErrorLog;
 }

@@ -15,22 +15,22 @@ CRunContext::~CRunContext() = default;
 void CRunContext::Initialize() {
     TellNotices();
     ReadSystemVersion();
-    m_pfnGetFolderPath = m_pMachine->LoadFolderLibrary();
-    m_strSystemDir = m_pMachine->GetSystemDirectory();
+    m_pfnGetFolderPath = GetMachine().LoadFolderLibrary();
+    m_strSystemDir = GetMachine().GetSystemDirectory();
     m_strSystemDrive = m_strSystemDir.substr(0, 2);
-    m_strWindowsDir = m_pMachine->GetWindowsDirectory();
-    m_dwLogicalDrives = m_pMachine->GetLogicalDrives();
-    if (!m_pMachine->GetUserName(m_strUserName)) m_strUserName.clear();
-    if (!m_pMachine->GetComputerName(m_strComputerName)) m_strComputerName.clear();
-    const CString program = m_pMachine->GetModuleFileName();
+    m_strWindowsDir = GetMachine().GetWindowsDirectory();
+    m_dwLogicalDrives = GetMachine().GetLogicalDrives();
+    if (!GetMachine().GetUserName(m_strUserName)) m_strUserName.clear();
+    if (!GetMachine().GetComputerName(m_strComputerName)) m_strComputerName.clear();
+    const CString program = GetHost().GetModuleFileName();
     m_strProgramDir = program.substr(0, program.rfind('\\'));
     FillSkipLists();
     if (!ReadConfig()) WriteConfig();
-    if (m_pMachine->FileExists(GetErrorLogPath())) m_pMachine->DeleteFile(GetErrorLogPath());
+    if (GetHost().FileExists(GetErrorLogPath())) GetHost().DeleteFile(GetErrorLogPath());
 }
 
 void CRunContext::ReadSystemVersion() {
-    const CVersionRecord version = m_pMachine->GetVersion();
+    const CVersionRecord version = GetMachine().GetVersion();
     if (version.m_dwPlatformId == VER_PLATFORM_WIN32_WINDOWS) {
         m_bWin98 = version.m_dwMinorVersion > 0;
         m_strOsName = m_bWin98 ? "Windows '98" : "Windows '95";
@@ -55,22 +55,34 @@ void CRunContext::FillSkipLists() {
         if (second != CString::npos) top.resize(second);
     }
     m_lstSkipDirs.push_back(top);
-    CString temp = m_pMachine->GetTempPath();
+    CString temp = GetMachine().GetTempPath();
     if (!temp.empty()) temp.pop_back();
     m_lstSkipDirs.push_back(temp);
     m_lstSkipNames = {".", "..", "pagefile.sys", "WIN386.SWP", "RECYCLER"};
 }
 
-// A program that was put into C:\Program Files, say, leaves out what an installation is most likely to change.
+std::vector<CString> CRunContext::GetOwnFolders() {
+    std::vector<CString> folders = {m_strProgramDir, GetHost().GetMachinePath(GetResultsDir())};
+    while (folders.back().ends_with('\\'))
+        folders.back().pop_back();
+    return folders;
+}
+
+// A program that was put into C:\Program Files, say, or results into C:\Windows, leave out what an installation is most
+// likely to change. The root of a drive is never left out.
 void CRunContext::TellSkippedFolders() {
-    const CString& top = m_lstSkipDirs.front();
-    if (top.find(':') != 1 || !IsDriveSelected(top)) return;
-    for (const int kind : {CSIDL_PROGRAM_FILES, CSIDL_WINDOWS, CSIDL_APPDATA, CSIDL_COMMON_APPDATA}) {
-        const CString& folder = *GetFolder(kind);
-        if (mbsicmp(top, folder) != 0 && !IsPrefixNoCase(top + "\\", folder)) continue;
-        return Say("nothing below " + top + " is captured, as the program's own files lie there (" + m_strProgramDir +
-                   "); put them into a folder of their own at the top of a drive");
-    }
+    const auto tell = [this](const CString& top, const CString& own) {
+        if (top.find(':') != 1 || top.size() < 3 || !IsDriveSelected(top)) return;
+        for (const int kind : {CSIDL_PROGRAM_FILES, CSIDL_WINDOWS, CSIDL_APPDATA, CSIDL_COMMON_APPDATA}) {
+            const CString& folder = *GetFolder(kind);
+            if (mbsicmp(top, folder) != 0 && !IsPrefixNoCase(top + "\\", folder)) continue;
+            return Say("nothing below " + top + " is captured, as the program's own files lie there (" + own +
+                       "); put them into a folder of their own at the top of a drive");
+        }
+    };
+    const std::vector<CString> own = GetOwnFolders();
+    tell(m_lstSkipDirs.front(), m_strProgramDir);
+    tell(own.back(), own.back());
 }
 
 bool CRunContext::IsDriveSelected(std::string_view name) const {
@@ -162,8 +174,9 @@ CString CRunContext::GetFallbackFolder(int kind) const {
         const CString profiles = m_strWindowsDir + "\\Profiles\\";
         if (fallback.m_win9xName == nullptr) return m_bWinNT4 ? profiles + "All Users" + fallback.m_tail : CString();
         if (m_bWin2000) return {};
+        CFileWords words;
         const CString path = profiles + m_strUserName + fallback.m_tail;
-        if (m_bWinNT4 || m_pMachine->FileExists(path) || m_pMachine->DirectoryExists(path)) return path;
+        if (m_bWinNT4 || GetMachine().FindPath(path, words) == ERROR_SUCCESS) return path;
         return m_strWindowsDir + "\\" + fallback.m_win9xName;
     }
     return {};
@@ -171,7 +184,7 @@ CString CRunContext::GetFallbackFolder(int kind) const {
 
 const CString& CRunContext::GetResultsDir() {
     if (m_strResultsDir.empty()) m_strResultsDir = m_strProgramDir + "\\Results";
-    if (!m_pMachine->DirectoryExists(m_strResultsDir) && !m_pMachine->CreateDirectory(m_strResultsDir)) {
+    if (!GetHost().DirectoryExists(m_strResultsDir) && !GetHost().CreateDirectory(m_strResultsDir)) {
         m_strResultsDir = m_strProgramDir;
     }
     return m_strResultsDir;
@@ -179,11 +192,11 @@ const CString& CRunContext::GetResultsDir() {
 
 CString CRunContext::GetHelpPath() const {
     const CString beside = m_strProgramDir + "\\Using.htm";
-    return m_pMachine->FileExists(beside) ? beside : m_pMachine->GetDocumentFolder() + "\\Using.htm";
+    return GetHost().FileExists(beside) ? beside : GetHost().GetDocumentFolder() + "\\Using.htm";
 }
 
 void CRunContext::TellNotices() {
-    for (const CString& notice : m_pMachine->TakeNotices())
+    for (const CString& notice : GetMachine().TakeNotices())
         Say(notice);
 }
 

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/host.h"
 #include "platform/machine.h"
 #include "platform/text.h"
 #include "platform/toolkit.h"
@@ -38,9 +39,10 @@ public:
     CRunContext(const CRunContext&) = delete;
     CRunContext& operator=(const CRunContext&) = delete;
 
-    // The machine comes first: nothing else here works without one.
-    void SetMachine(std::unique_ptr<CMachine> machine) { m_pMachine = std::move(machine); }
-    CMachine& GetMachine() const { return *m_pMachine; }
+    // Machine and host come first: nothing else here works without them.
+    void SetSystem(CSystem system) { m_system = std::move(system); }
+    CMachine& GetMachine() const { return *m_system.m_pMachine; }
+    CHost& GetHost() const { return *m_system.m_pHost; }
 
     // The window system of a visible run.
     void SetToolkit(std::unique_ptr<CToolkit> toolkit) { m_pToolkit = std::move(toolkit); }
@@ -59,13 +61,15 @@ public:
     bool IsNameAllowed(std::string_view name) const;
     // The folder of a CSIDL kind, empty where the machine has none; null for a number that is not above.
     const CString* GetFolder(int kind);
-    // Says so where the program's own top folder, which no capture reads, holds folders of the machine.
+    // The program's folder and that of the results, as the machine has them: no capture reads them.
+    std::vector<CString> GetOwnFolders();
+    // Says so where the program's own folders hold folders of the machine.
     void TellSkippedFolders();
     // The directory of snapshots and reports, made when it is missing. May end in a backslash.
     const CString& GetResultsDir();
     // The help page: beside the program's own files, else among the documents that came with the program.
     CString GetHelpPath() const;
-    std::uint64_t GetSystemFileTime() const { return m_pMachine->GetSystemTime(); }
+    std::uint64_t GetSystemFileTime() const { return GetHost().GetSystemTime(); }
 
     // The configuration file. False where it cannot be opened or is shorter than its ten values; then no field changes.
     bool ReadConfig();
@@ -143,7 +147,7 @@ private:
     void ParseOption(const CString& token, std::size_t wordLength, bool& option);
     void BadSwitch(const CString& token);
 
-    std::unique_ptr<CMachine> m_pMachine;
+    CSystem m_system;
     std::unique_ptr<CToolkit> m_pToolkit;
     std::set<CString> m_said;
 };

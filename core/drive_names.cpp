@@ -37,16 +37,17 @@ CString DriveTypeText(std::uint32_t type) {
     return type <= DRIVE_RAMDISK ? CString(LoadResString(IDS_DRIVE_UNKNOWN + type)) : CString();
 }
 
-CString VolumeNameOf(std::string_view name) {
-    CString text;
-    const std::uint32_t error = DriveTypeOf(name) == DRIVE_REMOTE
-                                    ? theContext.GetMachine().GetConnection(name, text)
-                                    : theContext.GetMachine().GetVolumeLabel(RootOf(name), text);
-    return error == ERROR_SUCCESS ? text : CString();
+std::uint32_t ReadVolumeName(std::string_view name, CString& text) {
+    CMachine& machine = theContext.GetMachine();
+    const std::uint32_t error = DriveTypeOf(name) == DRIVE_REMOTE ? machine.GetConnection(name, text)
+                                                                  : machine.GetVolumeLabel(RootOf(name), text);
+    if (error != ERROR_SUCCESS) text.clear();
+    return error;
 }
 
 CString DriveDisplayName(std::string_view name) {
-    const CString volume = VolumeNameOf(name);
+    CString volume;
+    ReadVolumeName(name, volume);
     return volume.empty() ? CString(name) : CString(name) + " [" + volume + "]";
 }
 

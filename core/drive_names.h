@@ -18,8 +18,9 @@ CString DriveName(std::uint32_t mask);
 CString DriveNames(std::uint32_t mask);
 // The word for a kind of drive; empty for a number that is none.
 CString DriveTypeText(std::uint32_t type);
-// The volume label, for a network drive the remote share, as the machine gives it now; empty if it gives none.
-CString VolumeNameOf(std::string_view name);
+// The volume label, for a network drive the remote share, as the machine gives it now; empty if it gives none. Gives an
+// error number.
+std::uint32_t ReadVolumeName(std::string_view name, CString& text);
 // The name, and the volume text in brackets behind it if there is one.
 CString DriveDisplayName(std::string_view name);
 

@@ -6,6 +6,7 @@
 #include "core/app.h"
 #include "core/context.h"
 #include "core/usage.h"
+#include "platform/host.h"
 #include "platform/machine.h"
 
 int main(int argumentCount, char** arguments) {
@@ -19,7 +20,7 @@ int main(int argumentCount, char** arguments) {
         }
     }
     try {
-        theContext.SetMachine(MakeMachine());
+        theContext.SetSystem(MakeSystem());
         theApp.SetCommandLine(MakeCommandLine(argumentCount - 1, arguments + 1));
         theApp.InitInstance();
         return theApp.ExitInstance();

@@ -4,7 +4,7 @@
 #include <memory>
 #include <ostream>
 
-#include "platform/machine.h"
+#include "platform/host.h"
 
 namespace delvane {
 

@@ -13,10 +13,4 @@ bool CLinkVisits::MayVisit(const CDirectoryIdentity& identity) {
     return false;
 }
 
-void CLinkVisits::NoteCut(std::string_view path) {
-    if (m_bCutTold) return;
-    m_bCutTold = true;
-    m_notices.push_back("a directory could not be read to its end, " + CString(path) + "; there may be others");
-}
-
 }  // namespace delvane

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <map>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -21,14 +20,11 @@ public:
     void BeginWalk() { m_visits.clear(); }
     // Asked for each directory behind a link.
     bool MayVisit(const CDirectoryIdentity& identity);
-    // The directory could not be read to its end; the first one is told.
-    void NoteCut(std::string_view path);
     const std::vector<CString>& GetNotices() const { return m_notices; }
 
 private:
     std::map<CDirectoryIdentity, std::uint32_t> m_visits;
     bool m_bLimitTold = false;
-    bool m_bCutTold = false;
     std::vector<CString> m_notices;
 };
 

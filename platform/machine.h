@@ -9,35 +9,15 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <ostream>
-#include <stdexcept>
 #include <string_view>
 #include <vector>
 
+#include "platform/errors.h"
 #include "platform/image.h"
-#include "platform/memory.h"
 #include "platform/text.h"
 #include "platform/version_block.h"
 
 namespace delvane {
-
-constexpr std::uint32_t ERROR_SUCCESS = 0;
-constexpr std::uint32_t ERROR_FILE_NOT_FOUND = 2;
-constexpr std::uint32_t ERROR_PATH_NOT_FOUND = 3;
-constexpr std::uint32_t ERROR_TOO_MANY_OPEN_FILES = 4;
-constexpr std::uint32_t ERROR_ACCESS_DENIED = 5;
-constexpr std::uint32_t ERROR_WRITE_PROTECT = 19;
-constexpr std::uint32_t ERROR_INVALID_HANDLE = 6;
-constexpr std::uint32_t ERROR_GEN_FAILURE = 31;
-constexpr std::uint32_t ERROR_DISK_FULL = 112;
-constexpr std::uint32_t ERROR_INVALID_NAME = 123;
-constexpr std::uint32_t ERROR_ALREADY_EXISTS = 183;
-constexpr std::uint32_t ERROR_FILENAME_EXCED_RANGE = 206;
-constexpr std::uint32_t ERROR_MORE_DATA = 234;
-constexpr std::uint32_t ERROR_NO_MORE_ITEMS = 259;
-constexpr std::uint32_t ERROR_BADKEY = 1010;
-constexpr std::uint32_t ERROR_CANT_RESOLVE_FILENAME = 1921;
-constexpr std::uint32_t ERROR_NOT_CONNECTED = 2250;
 
 constexpr std::uint32_t FILE_ATTRIBUTE_READONLY = 0x1;
 constexpr std::uint32_t FILE_ATTRIBUTE_HIDDEN = 0x2;
@@ -110,7 +90,9 @@ struct CFileWords {
 };
 
 struct CFindData : CFileWords {
-    std::string_view m_name;  // lives until the search moves on or ends
+    std::string_view m_name;                  // lives until the search moves on or ends
+    std::uint32_t m_dwError = ERROR_SUCCESS;  // why something of the entry cannot be read,
+    bool m_bNameOnly = false;                 // and whether that is all but its name
 };
 
 // One search over a directory. While it is open, its sub-directories are found from it without going through the
@@ -120,6 +102,8 @@ public:
     virtual ~CFileSearch() = default;
     // The next entry, in ascending order of names (by byte); false when there is none. "." and ".." may be among them.
     virtual bool Next(CFindData& data) = 0;
+    // Why the list breaks off; ERROR_SUCCESS where it was read to its end.
+    virtual std::uint32_t GetError() const = 0;
 };
 
 // What a key holds, in numbers: the lengths of names are without their NUL, all are in bytes.
@@ -129,6 +113,7 @@ struct CKeyInfo {
     std::uint32_t m_nValues = 0;
     std::uint32_t m_nLongestValueName = 0;
     std::uint32_t m_nLargestData = 0;
+    std::uint32_t m_dwError = ERROR_SUCCESS;  // why something of the key could not be read; it is not counted
 };
 
 // Room for a text or for data that a call is to fill in.
@@ -149,51 +134,9 @@ struct CVersionRecord {
     CString m_strServicePack;
 };
 
-// A file of the program's own that could not be read or written. what() is one plain sentence that names the file, the
-// action and the cause: "C:\Results\a.dvs: write: disk full (112)".
-class CFileError : public std::runtime_error {
-public:
-    CFileError(std::string_view path, std::string_view action, std::uint32_t code, std::string_view reason);
-    std::uint32_t GetCode() const { return m_dwCode; }
-
-private:
-    std::uint32_t m_dwCode;
-};
-
-// The file could not even be opened or created.
-class CFileOpenError : public CFileError {
-public:
-    using CFileError::CFileError;
-};
-
-// What the exception that is being handled says, in words. Called in a catch block.
-CString DescribeCurrentException();
-
-// Somebody asked the process to end while a capture or a save was under way (SIGINT, SIGTERM, SIGHUP).
-class CInterrupted : public std::runtime_error {
-public:
-    CInterrupted() : std::runtime_error("interrupted by a signal") {}
-};
-
-// A file of the program's own under way to its place. Whatever stood there stays whole until Commit, which flushes the
-// bytes to the disk and puts the new file in its place in one step. Without Commit nothing is left behind.
-class CFileWriter {
-public:
-    virtual ~CFileWriter() = default;
-    virtual void Write(std::string_view bytes) = 0;  // throws CFileError, CInterrupted
-    virtual void Commit() = 0;                       // throws the same
-};
-
-// What was read of a file: a buffer that may be larger than the file, and the file's size.
-struct CFileBytes {
-    CPageBuffer m_buffer;
-    std::size_t m_nSize = 0;
-
-    std::string_view GetBytes() const { return {m_buffer.GetData(), m_nSize}; }
-};
-
 using CFolderFunction = std::function<bool(int kind, CString& path)>;
 
+// Nothing here writes.
 class CMachine {
 public:
     virtual ~CMachine() = default;
@@ -213,11 +156,7 @@ public:
     virtual bool GetComputerName(CString& name) = 0;
     virtual CString GetSystemDirectory() = 0;
     virtual CString GetWindowsDirectory() = 0;
-    virtual CString GetTempPath() = 0;        // ends in a backslash
-    virtual CString GetModuleFileName() = 0;  // the program's own file
-    // The folder of the documents that came with the program, without a backslash at the end.
-    virtual CString GetDocumentFolder() = 0;
-    virtual std::uint64_t GetSystemTime() = 0;
+    virtual CString GetTempPath() = 0;  // ends in a backslash
     // SHGetFolderPath of the library ShFolder; empty where the machine has no such library. The function gives false
     // for a folder that the machine does not know.
     virtual CFolderFunction LoadFolderLibrary() = 0;
@@ -228,12 +167,19 @@ public:
     virtual std::uint32_t GetVolumeLabel(std::string_view root, CString& label) = 0;  // a Win32 error number
     virtual std::uint32_t GetConnection(std::string_view name, CString& share) = 0;   // a Win32 error number
 
-    // The file system under examination. OpenSearch lists the directory at `path`; null when it cannot be read, when
-    // it is its own ancestor through a link, or when it lies too deep. FindPath looks up the one entry at `path`. Both
-    // throw CInterrupted once an interruption was asked for, and CFileError when the process has run out of
-    // descriptors or memory: it must not call a directory empty then.
-    virtual std::unique_ptr<CFileSearch> OpenSearch(std::string_view path) = 0;
-    virtual bool FindPath(std::string_view path, CFileWords& words) = 0;
+    // Begins a walk over one hive or one drive, as they are now.
+    virtual void BeginWalk() = 0;
+    // The program's own folders, which searches pass over from now on, however a walk reaches them; but not the root of
+    // a drive.
+    virtual void PassOver(const std::vector<CString>& folders) = 0;
+
+    // The file system under examination. OpenSearch lists the directory at `path`; null with an error number when it
+    // cannot be read or lies too deep, and null with ERROR_SUCCESS when it is passed over: its own ancestor through a
+    // link, or what no program of the machine may wander into. FindPath looks up the one entry at `path` and gives an
+    // error number. Both throw CInterrupted once an interruption was asked for, and CFileError when the process has run
+    // out of descriptors or memory: it must not call a directory empty then.
+    virtual std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) = 0;
+    virtual std::uint32_t FindPath(std::string_view path, CFileWords& words) = 0;
 
     // The registry under examination. Each but RegCloseKey gives a Win32 error number. Text is in the code page, data
     // of the types REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ too. A key is opened by the name of one level, no path. A
@@ -252,50 +198,6 @@ public:
     // file or cannot be read.
     virtual bool MapAndLoad(std::string_view path, CLoadedImage& image) = 0;
     virtual std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) = 0;  // null without one
-
-    // The program's own files. Only regular files are ever opened.
-    virtual bool FileExists(std::string_view path) = 0;
-    virtual bool DirectoryExists(std::string_view path) = 0;
-    virtual bool CreateDirectory(std::string_view path) = 0;  // the last level only
-    virtual bool DeleteFile(std::string_view path) = 0;
-    // ReadFile gives the whole of a file of no more than `limit` bytes, ReadFileHead the first `size` bytes or what
-    // there is. Each throws CFileOpenError where there is no such file or it cannot be opened or created, CFileError
-    // where it cannot be read or is too large.
-    virtual CFileBytes ReadFile(std::string_view path, std::uint64_t limit) = 0;
-    virtual CFileBytes ReadFileHead(std::string_view path, std::size_t size) = 0;
-    virtual std::unique_ptr<CFileWriter> CreateFile(std::string_view path) = 0;
-    virtual std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) = 0;  // null if it cannot be created
-    // The path as a person on this system would write it, for messages.
-    virtual CString GetDisplayPath(std::string_view path) const = 0;
-    // Keeps other processes from the folder of the program's own files until this one ends. False where another one
-    // has it.
-    virtual bool LockProgramFolder() = 0;
-    // Opens a document with the program that the system has for it; nobody waits for it.
-    virtual void OpenDocument(std::string_view path) = 0;
 };
-
-// While one lives, a request to end the process (SIGINT, SIGTERM, SIGHUP) makes searches and file writers throw
-// CInterrupted instead of ending the process at once. One at a time.
-class CInterruptGuard {
-public:
-    CInterruptGuard();
-    ~CInterruptGuard();
-    CInterruptGuard(const CInterruptGuard&) = delete;
-    CInterruptGuard& operator=(const CInterruptGuard&) = delete;
-};
-
-// Called first of all: lets what the program says reach the console, file or pipe that it was started with, and keeps
-// the numbers of the standard streams from the program's files.
-void PrepareStandardStreams();
-
-// Made once, by the program's entry. The machine of this build: the one that it runs on, or a hosted one.
-std::unique_ptr<CMachine> MakeMachine();
-
-// The text of the command line behind the program's name. Where the system hands over separate arguments, they stand
-// with blanks between them, a blank or tab inside an argument is held by one of the two bytes below, and an ordinary
-// host path behind /res: takes the host form.
-constexpr char kHeldBlank = '\x1F';
-constexpr char kHeldTab = '\x1E';
-CString MakeCommandLine(int argumentCount, const char* const* arguments);
 
 }  // namespace delvane

@@ -68,7 +68,7 @@ bool CMasterReport::GenerateReport() {
     if (!m_pCurrent->Compare(*m_pBaseline, *this)) return false;
     std::unique_ptr<CFileWriter> file;
     try {
-        file = theContext.GetMachine().CreateFile(m_strReportPath);
+        file = theContext.GetHost().CreateFile(m_strReportPath);
     } catch (const CFileOpenError& error) {
         theContext.Say("the report cannot be created: " + CString(error.what()));
         std::ostream nowhere(nullptr);

@@ -41,7 +41,7 @@ bool MakeReport(CMasterReport& report) {
         theContext.Say("no report was made: " + DescribeCurrentException());
         return false;  // whatever stood in its place still does
     }
-    if (!complete) theContext.GetMachine().DeleteFile(report.m_strReportPath);
+    if (!complete) theContext.GetHost().DeleteFile(report.m_strReportPath);
     return complete;
 }
 
@@ -50,19 +50,20 @@ bool MakeReport(CMasterReport& report) {
 CMainDlg::CMainDlg() : CDialog(IDD_MAIN) {}
 
 void CMainDlg::RunVisible() {
-    CMachine& machine = theContext.GetMachine();
-    if (!machine.LockProgramFolder()) {
+    CHost& host = theContext.GetHost();
+    if (!host.LockProgramFolder()) {
         ShowError("Install Delvane is open already, with the same folder for its files: " +
-                  machine.GetDisplayPath(theContext.m_strProgramDir));
+                  host.GetDisplayPath(theContext.m_strProgramDir));
         theApp.m_nExitCode |= kExitNotStarted;
         return;
     }
+    const CMachine& machine = theContext.GetMachine();
     if (!machine.IsPresent()) {
         ShowError("No snapshot can be created: " + machine.GetProblem() + "\n\nSaved ones can be loaded and compared.");
     }
     try {
         // Gone again at once: what is not committed leaves nothing behind.
-        machine.CreateFile(theContext.GetResultsDir() + "\\delvane.dvs");
+        host.CreateFile(theContext.GetResultsDir() + "\\delvane.dvs");
     } catch (const CFileError& error) {
         ShowError(CString("Snapshots and reports cannot be saved: ") + error.what());
     }
@@ -189,7 +190,7 @@ void CMainDlg::LoadSide(std::unique_ptr<CSnapshot>& side, const CString& name) {
     try {
         loaded = side->Load();
     } catch (...) {
-        const CString path = theContext.GetMachine().GetDisplayPath(side->GetLoadPath());
+        const CString path = theContext.GetHost().GetDisplayPath(side->GetLoadPath());
         ShowError(path + ": " + DescribeCurrentException());
     }
     if (!loaded) side.reset();
@@ -197,9 +198,9 @@ void CMainDlg::LoadSide(std::unique_ptr<CSnapshot>& side, const CString& name) {
 
 void CMainDlg::OnCompare() {
     CMasterReport report(*m_pCurrent, *m_pBaseline);
-    CMachine& machine = theContext.GetMachine();
+    CHost& host = theContext.GetHost();
     std::uint32_t answer = IDNO;
-    if (machine.FileExists(report.m_strReportPath)) {
+    if (host.FileExists(report.m_strReportPath)) {
         answer = theContext.GetToolkit().ShowMessage(
             FormatString1("The Report \"%1\" already exists.\nIf you proceed, you will overwrite the existing "
                           "report.\n\nWould you prefer instead to view the existing report?",
@@ -211,7 +212,7 @@ void CMainDlg::OnCompare() {
         const CWaitCursor wait;
         if (!MakeReport(report)) return;
     }
-    machine.OpenDocument(report.m_strReportPath);
+    host.OpenDocument(report.m_strReportPath);
 }
 
 void CMainDlg::OnOptions() {
@@ -219,7 +220,7 @@ void CMainDlg::OnOptions() {
     if (options.DoModal() == IDOK) options.ApplyToContext();
 }
 
-void CMainDlg::OnUsing() { theContext.GetMachine().OpenDocument(theContext.GetHelpPath()); }
+void CMainDlg::OnUsing() { theContext.GetHost().OpenDocument(theContext.GetHelpPath()); }
 
 // The automatic steps.
 
@@ -254,11 +255,11 @@ void CMainDlg::OnAutoCurrent() {
 
 void CMainDlg::OnAutoCompare() {
     CMasterReport report(*m_pCurrent, *m_pBaseline);
-    CMachine& machine = theContext.GetMachine();
-    const bool isKept = theContext.m_bUseExistingReport && machine.FileExists(report.m_strReportPath);
+    CHost& host = theContext.GetHost();
+    const bool isKept = theContext.m_bUseExistingReport && host.FileExists(report.m_strReportPath);
     const bool stands = isKept || MakeReport(report);
     HideSplash();
-    if (stands && theContext.m_bDisplayReport) machine.OpenDocument(report.m_strReportPath);
+    if (stands && theContext.m_bDisplayReport) host.OpenDocument(report.m_strReportPath);
 }
 
 // What the dialog shows.

@@ -49,7 +49,7 @@ void CNewSnapshotDlg::OnOK() {
     UpdateData();
     if (m_strName.empty()) return;
     const CString path = theContext.GetResultsDir() + "\\" + m_strName + CString(kEnding);
-    if (theContext.GetMachine().FileExists(path)) {
+    if (theContext.GetHost().FileExists(path)) {
         const std::uint32_t answer = theContext.GetToolkit().ShowMessage(
             FormatString1("The Snapshot \"%1\" already exists.\nDo you wish to replace it?", m_strName), kProgramTitle,
             EMessageButtons::kYesNo, EMessageIcon::kQuestion);
@@ -66,10 +66,9 @@ void CLoadSnapshotDlg::DoDataExchange(bool save) {
 
 void CLoadSnapshotDlg::OnInitDialog() {
     bool hasEntries = false;
-    const auto search = theContext.GetMachine().OpenSearch(theContext.GetResultsDir());
-    for (CFindData data; search != nullptr && search->Next(data);) {
-        if (mbsicmp(ExtensionOf(data.m_name), kEnding) != 0) continue;
-        GetWindow().AddEntry(IDC_SNAPSHOTS, data.m_name.substr(0, data.m_name.size() - kEnding.size()));
+    for (const CString& name : theContext.GetHost().ListFiles(theContext.GetResultsDir())) {
+        if (mbsicmp(ExtensionOf(name), kEnding) != 0) continue;
+        GetWindow().AddEntry(IDC_SNAPSHOTS, name.substr(0, name.size() - kEnding.size()));
         hasEntries = true;
     }
     GetWindow().Enable(IDC_SNAPSHOTS, hasEntries);

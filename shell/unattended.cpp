@@ -28,7 +28,14 @@ bool CreateSnapshot(CSnapshot& snapshot) {
         return {};
     });
     theContext.TellNotices();
-    if (reason.empty()) return true;
+    if (reason.empty()) {
+        if (!snapshot.GetGaps().IsEmpty()) {
+            const CString path = GapsPathOf(snapshot.GetSavePath());
+            theContext.Say("snapshot \"" + CString(snapshot.m_name) + "\": " + snapshot.GetGaps().GetSummary() + "; " +
+                           path.substr(path.rfind('\\') + 1) + " lists them");
+        }
+        return true;
+    }
     // Without a machine the sentence tells everything, and it may have been said at the start.
     const bool noMachine = !theContext.GetMachine().IsPresent();
     theContext.Say(noMachine ? reason : "snapshot \"" + CString(snapshot.m_name) + "\" was not created: " + reason);
@@ -39,7 +46,7 @@ bool CreateSnapshot(CSnapshot& snapshot) {
 bool LoadSnapshot(CSnapshot& snapshot) {
     // Loading replaces the name by the one that the file holds.
     const CString name(snapshot.m_name);
-    const CString path = theContext.GetMachine().GetDisplayPath(snapshot.GetLoadPath());
+    const CString path = theContext.GetHost().GetDisplayPath(snapshot.GetLoadPath());
     const CString reason = ReasonOfFailure([&]() -> CString {
         try {
             return snapshot.Load() ? CString() : snapshot.GetError();
@@ -90,8 +97,8 @@ bool CMainDlg::RunReport() {
         return false;
     }
     CMasterReport report(*m_pCurrent, *m_pBaseline);
-    CMachine& machine = theContext.GetMachine();
-    if (!theContext.m_bUseExistingReport || !machine.FileExists(report.m_strReportPath)) {
+    CHost& host = theContext.GetHost();
+    if (!theContext.m_bUseExistingReport || !host.FileExists(report.m_strReportPath)) {
         bool complete = false;
         const CString reason = ReasonOfFailure([&]() -> CString {
             complete = report.GenerateReport();
@@ -104,13 +111,13 @@ bool CMainDlg::RunReport() {
             return false;
         }
         if (!complete) {
-            machine.DeleteFile(report.m_strReportPath);
+            host.DeleteFile(report.m_strReportPath);
             theContext.Say("no report was made: the snapshots could not be compared");
             theApp.m_nExitCode |= kExitNoReport;
             return false;
         }
     }
-    if (theContext.m_bDisplayReport) machine.OpenDocument(report.m_strReportPath);
+    if (theContext.m_bDisplayReport) host.OpenDocument(report.m_strReportPath);
     return true;
 }
 

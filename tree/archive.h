@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "platform/host.h"
 #include "platform/machine.h"
 #include "tree/arena.h"
 #include "tree/text_ref.h"

@@ -58,7 +58,7 @@ CString CSnapshot::GetLoadPath() const { return CString(m_fullName) + '\\' + CSt
 bool CSnapshot::Save() {
     std::unique_ptr<CFileWriter> file;
     try {
-        file = theContext.GetMachine().CreateFile(GetSavePath());
+        file = theContext.GetHost().CreateFile(GetSavePath());
     } catch (const CFileOpenError& error) {
         m_strError = error.what();
         return false;
@@ -69,17 +69,36 @@ bool CSnapshot::Save() {
     Serialize(archive);
     archive.Flush();
     file->Commit();
+    SaveGaps();
     return true;
 }
 
+void CSnapshot::SaveGaps() {
+    CHost& host = theContext.GetHost();
+    const CString path = GapsPathOf(GetSavePath());
+    try {
+        if (m_gaps.IsEmpty()) {
+            if (host.FileExists(path) && !host.DeleteFile(path)) {
+                theContext.Say(host.GetDisplayPath(path) + " is of an earlier snapshot and cannot be deleted");
+            }
+            return;
+        }
+        const std::unique_ptr<CFileWriter> file = host.CreateFile(path);
+        file->Write(m_gaps.GetLines(m_name));
+        file->Commit();
+    } catch (const CFileError& error) {
+        theContext.Say(CString("the list of what could not be read was not written: ") + error.what());
+    }
+}
+
 bool CSnapshot::Load() {
-    CMachine& machine = theContext.GetMachine();
+    CHost& host = theContext.GetHost();
     try {
         // The head tells whether the rest is worth reading.
-        const CFileBytes head = machine.ReadFileHead(GetLoadPath(), kHeadSize);
+        const CFileBytes head = host.ReadFileHead(GetLoadPath(), kHeadSize);
         CArchive archive(head.GetBytes(), m_arena);
         if (!LoadHead(archive)) return false;
-        m_file = machine.ReadFile(GetLoadPath(), kLargestFile);
+        m_file = host.ReadFile(GetLoadPath(), kLargestFile);
     } catch (const CFileOpenError& error) {
         m_strError = error.what();
         return false;
@@ -109,7 +128,7 @@ bool CSnapshot::LoadHead(CArchive& archive) {
 
 void CSnapshot::RefuseLoad(std::uint32_t textId) {
     m_strError =
-        theContext.GetMachine().GetDisplayPath(GetLoadPath()) +
+        theContext.GetHost().GetDisplayPath(GetLoadPath()) +
         (textId == IDS_WRONG_SIGNATURE ? ": this is no snapshot file" : ": a later version of this program wrote it");
     if (theContext.m_bSilent) {
         theContext.GetErrorLog() << LoadResString(textId) << '\n' << std::flush;
@@ -161,6 +180,7 @@ bool CSnapshot::Capture(CCaptureProgress* progress) {
         m_strComputerName = theContext.m_strComputerName;
         m_strOsName = theContext.m_strOsName;
         m_ftCreated = FILETIME::FromTicks(theContext.GetSystemFileTime());
+        theContext.GetMachine().PassOver(theContext.GetOwnFolders());
         m_pRegistry->Capture(progress);
         m_pDrives->Capture(progress);
         m_pExtensions->Sort();

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 
+#include "platform/host.h"
 #include "platform/machine.h"
+#include "tree/gaps.h"
 #include "tree/node.h"
 
 namespace delvane {
@@ -22,6 +24,8 @@ public:
 
     void SetName(std::string_view name);
     CArena& GetArena() { return m_arena; }
+    // What the capture could not read.
+    CGapList& GetGaps() { return m_gaps; }
     std::uint64_t GetCreatedTicks() const { return m_ftCreated.GetTicks(); }
     // m_ftCreated as local time: "Sun Nov 22 21:43:22 2026". Computed once.
     const CString& GetTimeString();
@@ -33,7 +37,8 @@ public:
     // is damaged or cannot be read. The object is of no more use after a failure.
     bool Load();
     // Writes the file named by m_fullName and m_name, replacing an earlier one only when the new one is complete.
-    // False if it cannot be created; CFileError if it cannot be written, CInterrupted on a signal.
+    // False if it cannot be created; CFileError if it cannot be written, CInterrupted on a signal. The list of gaps
+    // goes beside it, and one that stood there from an earlier snapshot goes away.
     bool Save();
     CString GetSavePath() const;
     CString GetLoadPath() const;
@@ -62,11 +67,13 @@ public:
 
 private:
     bool LoadHead(CArchive& archive);
+    void SaveGaps();
     void RefuseLoad(std::uint32_t textId);
 
     CArena m_arena;
     CFileBytes m_file;  // what the texts of a loaded tree point to
     CString m_strError;
+    CGapList m_gaps;
 };
 
 }  // namespace delvane

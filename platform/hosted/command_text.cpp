@@ -1,9 +1,9 @@
 // From the argument list of a POSIX shell to the one text that the tokenizer of the command line takes apart.
 #include <algorithm>
 
+#include "platform/host.h"
 #include "platform/hosted/choice.h"
 #include "platform/hosted/files/path_map.h"
-#include "platform/machine.h"
 
 namespace delvane {
 namespace {

@@ -8,7 +8,6 @@
 
 #include "platform/hosted/choice.h"
 #include "platform/hosted/files/file_search.h"
-#include "platform/hosted/files/host_file.h"
 #include "platform/hosted/files/path_map.h"
 #include "platform/hosted/identity/identity.h"
 #include "platform/hosted/registry/registry.h"
@@ -18,8 +17,9 @@ namespace delvane {
 
 class CHostedMachine : public CMachine {
 public:
-    // `programFolder` is the folder of the program's own files, on the host.
-    CHostedMachine(CMachineChoice choice, std::string programFolder);
+    explicit CHostedMachine(CMachineChoice choice);
+
+    const CPathMap& GetPaths() const { return m_paths; }
 
     bool IsPresent() const override { return m_pIdentity != nullptr && m_pIdentity->GetProblem().empty(); }
     CString GetProblem() const override {
@@ -33,9 +33,6 @@ public:
     CString GetSystemDirectory() override;
     CString GetWindowsDirectory() override;
     CString GetTempPath() override;
-    CString GetModuleFileName() override;
-    CString GetDocumentFolder() override;
-    std::uint64_t GetSystemTime() override;
     CFolderFunction LoadFolderLibrary() override;
 
     std::uint32_t GetLogicalDrives() override;
@@ -43,14 +40,21 @@ public:
     std::uint32_t GetVolumeLabel(std::string_view root, CString& label) override;
     std::uint32_t GetConnection(std::string_view name, CString& share) override;
 
-    std::unique_ptr<CFileSearch> OpenSearch(std::string_view path) override { return m_searches.Open(path); }
-    bool FindPath(std::string_view path, CFileWords& words) override { return m_searches.FindPath(path, words); }
+    void BeginWalk() override;
+    void PassOver(const std::vector<CString>& folders) override { m_searches.PassOver(folders); }
+
+    std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) override {
+        return m_searches.Open(path, error);
+    }
+    std::uint32_t FindPath(std::string_view path, CFileWords& words) override {
+        return m_searches.FindPath(path, words);
+    }
 
     std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override {
         return GetRegistry().OpenKey(parent, name, key);
     }
     void RegCloseKey(HKEY key) override { GetRegistry().CloseKey(key); }
-    std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) override;
+    std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) override { return GetRegistry().QueryInfo(key, info); }
     std::uint32_t RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) override {
         return GetRegistry().EnumValue(key, index, name, type, data);
     }
@@ -64,29 +68,15 @@ public:
     bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
     std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) override;
 
-    bool FileExists(std::string_view path) override;
-    bool DirectoryExists(std::string_view path) override;
-    bool CreateDirectory(std::string_view path) override;
-    bool DeleteFile(std::string_view path) override;
-    CFileBytes ReadFile(std::string_view path, std::uint64_t limit) override;
-    CFileBytes ReadFileHead(std::string_view path, std::size_t size) override;
-    std::unique_ptr<CFileWriter> CreateFile(std::string_view path) override;
-    std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) override;
-    CString GetDisplayPath(std::string_view path) const override { return m_paths.ToDisplay(path); }
-    bool LockProgramFolder() override;
-    void OpenDocument(std::string_view path) override;
-
 private:
     CHostedRegistry& GetRegistry();
 
     CMachineChoice m_choice;
-    std::string m_programFolder;
     std::unique_ptr<CMachineIdentity> m_pIdentity;  // null without a machine
     CPathMap m_paths;
     CSearchSet m_searches;
     std::shared_ptr<CHostedRegistry> m_pRegistry;  // read when it is first asked for
     std::set<CString> m_told;                      // the notices that were taken
-    CDescriptor m_lock;
 };
 
 }  // namespace delvane

@@ -2,7 +2,7 @@
 #include <array>
 #include <csignal>
 
-#include "platform/hosted/files/own_file.h"
+#include "platform/host.h"
 
 namespace delvane {
 namespace {

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "platform/machine.h"
+#include "platform/host.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {

@@ -3,7 +3,7 @@
 #include <iostream>
 #include <streambuf>
 
-#include "platform/machine.h"
+#include "platform/host.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 

@@ -1,8 +1,6 @@
-#include "platform/win32/interrupt.h"
-
 #include <atomic>
 
-#include "platform/machine.h"
+#include "platform/host.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {

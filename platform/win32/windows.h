@@ -37,7 +37,7 @@
 #undef RegQueryInfoKey
 #undef RegQueryValueEx
 
-// Constants, which platform/machine.h and platform/toolkit.h have with the same values.
+// Constants, which platform/machine.h, platform/errors.h and platform/toolkit.h have with the same values.
 #undef DRIVE_CDROM
 #undef DRIVE_FIXED
 #undef DRIVE_NO_ROOT_DIR
@@ -47,18 +47,29 @@
 #undef DRIVE_UNKNOWN
 #undef ERROR_ACCESS_DENIED
 #undef ERROR_ALREADY_EXISTS
+#undef ERROR_BADDB
 #undef ERROR_BADKEY
+#undef ERROR_BAD_NETPATH
 #undef ERROR_CANT_RESOLVE_FILENAME
+#undef ERROR_CRC
 #undef ERROR_DISK_FULL
 #undef ERROR_FILENAME_EXCED_RANGE
+#undef ERROR_FILE_CORRUPT
 #undef ERROR_FILE_NOT_FOUND
 #undef ERROR_GEN_FAILURE
 #undef ERROR_INVALID_HANDLE
 #undef ERROR_INVALID_NAME
+#undef ERROR_IO_DEVICE
+#undef ERROR_LOCK_VIOLATION
 #undef ERROR_MORE_DATA
 #undef ERROR_NOT_CONNECTED
+#undef ERROR_NOT_READY
+#undef ERROR_NOT_REGISTRY_FILE
 #undef ERROR_NO_MORE_ITEMS
 #undef ERROR_PATH_NOT_FOUND
+#undef ERROR_REGISTRY_CORRUPT
+#undef ERROR_REGISTRY_IO_FAILED
+#undef ERROR_SHARING_VIOLATION
 #undef ERROR_SUCCESS
 #undef ERROR_TOO_MANY_OPEN_FILES
 #undef ERROR_WRITE_PROTECT

@@ -5,6 +5,7 @@
 
 #include "platform/win32/machine/system.h"
 #include "platform/win32/machine/win32_machine.h"
+#include "tests/support/search.h"
 #include "tests/support/temporary_folder.h"
 
 namespace delvane {
@@ -19,7 +20,7 @@ protected:
 
     // The names below the path, of directories with what lies in them.
     CString List(CWin32Machine& machine, const CString& path) {
-        const auto search = machine.OpenSearch(path);
+        const auto search = SearchOf(machine, path);
         if (search == nullptr) return "!";
         CString names;
         for (CFindData data; search->Next(data);) {
@@ -63,7 +64,7 @@ TEST_F(CodePage1252, NamesWithoutAFormDoNotEndAWalk) {
     std::ofstream(root / L"\u65E5" / "inside.txt") << "x";
     std::ofstream(root / L"\u20AC.txt") << "x";
     std::ofstream(root / "z.txt") << "x";
-    CWin32Machine machine(folder.GetPath());
+    CWin32Machine machine;
     EXPECT_EQ(List(machine, folder.GetPath()), "?(!) z.txt \x80.txt ");
 }
 
@@ -75,7 +76,7 @@ TEST_F(CodePage1252, KeysWithoutAFormDoNotEndAWalk) {
                         nullptr, &key, nullptr);
         RegCloseKey(key);
     }
-    CWin32Machine machine("C:\\");
+    CWin32Machine machine;
     HKEY software = 0;
     HKEY page = 0;
     CKeyInfo info;

@@ -80,7 +80,7 @@ TEST_F(CommandLine, SwitchesSetTheirFields) {
         SCOPED_TRACE(test.m_line);
         std::destroy_at(&theContext);
         std::construct_at(&theContext);
-        theContext.SetMachine(std::make_unique<CScriptedMachine>());
+        theContext.SetSystem({std::make_unique<CScriptedMachine>(), std::make_unique<CScriptedHost>()});
         theContext.Initialize();
         Parse(test.m_line);
         EXPECT_TRUE(test.m_holds());

@@ -36,7 +36,7 @@ TEST_F(Context, TheProgramsTopFolderAndTheTemporaryOneAreSkipped) {
         {"\\\\server\\share\\tools\\delvane.exe", "\\\\server\\share\\tools"},
     };
     for (const auto& [program, skipped] : kCases) {
-        m_pMachine->m_strProgram = program;
+        m_pHost->m_strProgram = program;
         theContext.m_lstSkipDirs.clear();
         theContext.Initialize();
         EXPECT_EQ(theContext.m_lstSkipDirs.front(), skipped) << program;
@@ -57,7 +57,7 @@ TEST_F(Context, DrivesAreSelectedByMaskThenByKind) {
     const auto selected = [&](const char* commandLine) {
         std::destroy_at(&theContext);
         std::construct_at(&theContext);
-        theContext.SetMachine(std::make_unique<CScriptedMachine>(disks));
+        theContext.SetSystem({std::make_unique<CScriptedMachine>(disks), std::make_unique<CScriptedHost>()});
         theContext.Initialize();
         Parse(commandLine);
         CString drives;
@@ -103,58 +103,57 @@ TEST_F(Context, OlderSystemsKeepProfilesUnderTheWindowsDirectory) {
     EXPECT_EQ(*theContext.GetFolder(CSIDL_PERSONAL), "C:\\WINNT\\My Documents");
     EXPECT_EQ(*theContext.GetFolder(CSIDL_COMMON_APPDATA), "");
     theContext.m_strPersonal.clear();
-    m_pMachine->m_directories.emplace_back("C:\\WINNT\\Profiles\\tester\\Personal");
+    m_pMachine->SetDisks("C: fixed\n  WINNT\\\n    Profiles\\\n      tester\\\n        Personal\\\n");
     EXPECT_EQ(*theContext.GetFolder(CSIDL_PERSONAL), "C:\\WINNT\\Profiles\\tester\\Personal");
 }
 
 TEST_F(Context, TheResultsDirectoryIsMadeOrGivenUpForTheProgramsOwn) {
     Start("");
     EXPECT_EQ(theContext.GetResultsDir(), "C:\\Delvane\\Results");
-    EXPECT_TRUE(m_pMachine->DirectoryExists("C:\\Delvane\\Results"));
+    EXPECT_TRUE(m_pHost->DirectoryExists("C:\\Delvane\\Results"));
     Parse("/res:C:\\missing\\parent\\");
     EXPECT_EQ(theContext.GetResultsDir(), "C:\\Delvane");
-    m_pMachine->m_directories.emplace_back("C:\\Out");
+    m_pHost->m_directories.emplace_back("C:\\Out");
     Parse("/res:C:\\Out\\");
     EXPECT_EQ(theContext.GetResultsDir(), "C:\\Out\\");
 }
 
 TEST_F(Context, TheFirstRunWritesTheDefaults) {
     theContext.Initialize();
-    EXPECT_EQ(m_pMachine->m_files[kConfig],
-              CString(20, '\0') + CString("\1\0\0\0\1\0\0\0\1\0\0\0\1\0\0\0\1\0\0\0", 20));
-    EXPECT_EQ(m_pMachine->m_files.size(), 1U) << "and no error log";
+    EXPECT_EQ(m_pHost->m_files[kConfig], CString(20, '\0') + CString("\1\0\0\0\1\0\0\0\1\0\0\0\1\0\0\0\1\0\0\0", 20));
+    EXPECT_EQ(m_pHost->m_files.size(), 1U) << "and no error log";
 }
 
 TEST_F(Context, StoredOptionsAreReadAndSwitchesStandAboveThem) {
     CString stored(40, '\0');
     stored[0] = '\x08';   // drive D: on
     stored[12] = '\x02';  // compact discs, by a value other than 1
-    m_pMachine->m_files[kConfig] = stored + "more";
+    m_pHost->m_files[kConfig] = stored + "more";
     Start("", "/r:hklm");
     EXPECT_EQ(theContext.m_dwDrivesOn, 8U);
     EXPECT_TRUE(theContext.m_bCompactDiscs);
     EXPECT_FALSE(theContext.m_bHardDrives);
     EXPECT_TRUE(theContext.m_bHklm);
-    EXPECT_EQ(m_pMachine->m_files[kConfig].size(), 44U) << "a run writes no switch back";
+    EXPECT_EQ(m_pHost->m_files[kConfig].size(), 44U) << "a run writes no switch back";
     EXPECT_TRUE(theContext.WriteConfig());
-    EXPECT_EQ(m_pMachine->m_files[kConfig][12], '\1');
+    EXPECT_EQ(m_pHost->m_files[kConfig][12], '\1');
 }
 
 TEST_F(Context, AShortConfigurationCountsAsMissing) {
-    m_pMachine->m_files[kConfig] = CString(39, '\xFF');
+    m_pHost->m_files[kConfig] = CString(39, '\xFF');
     theContext.Initialize();
     EXPECT_EQ(theContext.m_dwDrivesOn, 0U);
-    EXPECT_EQ(m_pMachine->m_files[kConfig].size(), 40U);
+    EXPECT_EQ(m_pHost->m_files[kConfig].size(), 40U);
 }
 
 TEST_F(Context, TheLogOfAnEarlierRunGoesAndAReadOnlyFolderLosesEntriesInSilence) {
-    m_pMachine->m_files["C:\\Delvane\\delvane.err"] = "old";
+    m_pHost->m_files["C:\\Delvane\\delvane.err"] = "old";
     Start("", "/q");
     EXPECT_EQ(ErrorLog(), "Bad Cmdline Switch: /q\n");
     theContext.m_pErrorLog.reset();
     theContext.Initialize();
-    EXPECT_FALSE(m_pMachine->FileExists("C:\\Delvane\\delvane.err"));
-    m_pMachine->m_bReadOnly = true;
+    EXPECT_FALSE(m_pHost->FileExists("C:\\Delvane\\delvane.err"));
+    m_pHost->m_bReadOnly = true;
     Parse("/q");
     EXPECT_EQ(ErrorLog(), "");
 }
@@ -173,7 +172,9 @@ TEST_F(Context, DriveNamesAndMasksBelongTogether) {
     )");
     EXPECT_EQ(DriveDisplayName("C:"), "C: [System]");
     EXPECT_EQ(DriveDisplayName("D:"), "D:");
-    EXPECT_EQ(VolumeNameOf("N:"), "\\\\server\\share");
+    CString share;
+    EXPECT_EQ(ReadVolumeName("N:", share), ERROR_SUCCESS);
+    EXPECT_EQ(share, "\\\\server\\share");
 }
 
 }  // namespace

@@ -9,17 +9,17 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace delvane;
-    static CScriptedMachine* const machine = [] {
-        auto owned = std::make_unique<CScriptedMachine>("C: fixed");
-        CScriptedMachine* const made = owned.get();
-        theContext.SetMachine(std::move(owned));
+    static CScriptedHost* const host = [] {
+        auto owned = std::make_unique<CScriptedHost>();
+        CScriptedHost* const made = owned.get();
+        theContext.SetSystem({std::make_unique<CScriptedMachine>("C: fixed"), std::move(owned)});
         theContext.m_bSilent = true;
         theContext.Initialize();
         return made;
     }();
     CSnapshot snapshot;
     snapshot.SetName("fuzz");
-    machine->m_files[snapshot.GetLoadPath()].assign(reinterpret_cast<const char*>(data), size);
+    host->m_files[snapshot.GetLoadPath()].assign(reinterpret_cast<const char*>(data), size);
     try {
         if (!snapshot.Load()) return 0;
     } catch (const CArchiveError&) {
@@ -29,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (CSnapshot* baseline : {&snapshot, &empty}) {
         CMasterReport report(snapshot, *baseline);
         report.GenerateReport();
-        machine->m_files.erase(report.m_strReportPath);
+        host->m_files.erase(report.m_strReportPath);
     }
     snapshot.FindObject("C:\\a\\b");
     snapshot.m_fullName = snapshot.GetArena().Copy("C:\\Delvane\\Results");

@@ -173,9 +173,9 @@ private:
 };
 
 int Run(char** arguments) {
-    auto machine = std::make_unique<CScriptedMachine>();
-    CScriptedMachine& files = *machine;
-    theContext.SetMachine(std::move(machine));
+    auto host = std::make_unique<CScriptedHost>();
+    CScriptedHost& files = *host;
+    theContext.SetSystem({std::make_unique<CScriptedMachine>(), std::move(host)});
     theContext.Initialize();
     CKnown known(ReadAll(arguments[1]));
     CSnapshot snapshots[2];

@@ -3,6 +3,7 @@
 #include <map>
 
 #include "tests/support/contract_machine.h"
+#include "tests/support/search.h"
 
 namespace delvane {
 namespace {
@@ -10,12 +11,13 @@ namespace {
 class MachineContract : public testing::TestWithParam<CContractCase> {
 protected:
     CMachine& Machine() { return m_pContract->Get(); }
+    CHost& Host() { return m_pContract->GetHost(); }
     CString Path(std::string_view below) const { return m_pContract->GetFolder() + "\\" + CString(below); }
     CString OwnPath(std::string_view below) const { return m_pContract->GetOwnFolder() + "\\" + CString(below); }
 
     std::vector<CString> List(const CString& path) {
         std::vector<CString> names;
-        const auto search = Machine().OpenSearch(path);
+        const auto search = SearchOf(Machine(), path);
         if (search == nullptr) return {"(no search)"};
         for (CFindData data; search->Next(data);) {
             if (data.m_name != "." && data.m_name != "..") names.emplace_back(data.m_name);
@@ -33,11 +35,11 @@ protected:
         return key;
     }
     void WriteOwn(const CString& path, std::string_view bytes) {
-        const auto file = Machine().CreateFile(path);
+        const auto file = Host().CreateFile(path);
         file->Write(bytes);
         file->Commit();
     }
-    CString ReadOwn(const CString& path) { return CString(Machine().ReadFile(path, 1000).GetBytes()); }
+    CString ReadOwn(const CString& path) { return CString(Host().ReadFile(path, 1000).GetBytes()); }
 
     std::unique_ptr<CContractMachine> m_pContract = GetParam().m_make();
 };
@@ -52,7 +54,7 @@ TEST_P(MachineContract, ASearchListsTheDirectoryInByteOrder) {
 }
 
 TEST_P(MachineContract, AnEntryTellsItsWords) {
-    const auto search = Machine().OpenSearch(m_pContract->GetFolder());
+    const auto search = SearchOf(Machine(), m_pContract->GetFolder());
     ASSERT_NE(search, nullptr);
     bool isSeen = false;
     for (CFindData data; search->Next(data);) {
@@ -63,7 +65,7 @@ TEST_P(MachineContract, AnEntryTellsItsWords) {
             EXPECT_EQ(List(Path(data.m_name)).size(), data.m_name == "beta" ? 1U : 0U);
         }
         CFileWords found;
-        EXPECT_TRUE(Machine().FindPath(Path(data.m_name), found)) << data.m_name;
+        EXPECT_EQ(Machine().FindPath(Path(data.m_name), found), ERROR_SUCCESS) << data.m_name;
         EXPECT_EQ(found.m_dwAttributes, data.m_dwAttributes);
         EXPECT_EQ(found.GetSize(), data.GetSize());
         EXPECT_EQ(found.m_ftLastWrite, data.m_ftLastWrite);
@@ -78,9 +80,9 @@ TEST_P(MachineContract, AnEntryTellsItsWords) {
 TEST_P(MachineContract, PathsAreFoundWithoutRegardToCase) {
     CFileWords words;
     for (const char* path : {"alpha.TXT", "BETA\\INNER.TXT", "beta\\\\inner.txt", "beta/inner.txt", "éTÉ.txt"})
-        EXPECT_TRUE(Machine().FindPath(Path(path), words)) << path;
+        EXPECT_EQ(Machine().FindPath(Path(path), words), ERROR_SUCCESS) << path;
     for (const char* path : {"gamma.txt", "beta\\gamma", "*.txt", "alpha.tx?"})
-        EXPECT_FALSE(Machine().FindPath(Path(path), words)) << path;
+        EXPECT_NE(Machine().FindPath(Path(path), words), ERROR_SUCCESS) << path;
     EXPECT_EQ(List(Path("BETA")), std::vector<CString>{"inner.txt"});
 }
 
@@ -185,50 +187,50 @@ TEST_P(MachineContract, KeysAndValuesAreFoundWithoutRegardToCase) {
 // Whatever stood in a file's place stays whole until the new one is.
 TEST_P(MachineContract, AFileIsReplacedAsAWholeOrNotAtAll) {
     const CString path = OwnPath("a.dvs");
-    EXPECT_FALSE(Machine().FileExists(path));
-    Machine().CreateFile(path)->Write("left half way");
-    EXPECT_FALSE(Machine().FileExists(path));
+    EXPECT_FALSE(Host().FileExists(path));
+    Host().CreateFile(path)->Write("left half way");
+    EXPECT_FALSE(Host().FileExists(path));
     WriteOwn(path, "one");
     EXPECT_EQ(ReadOwn(path), "one");
     {
-        const auto file = Machine().CreateFile(path);
+        const auto file = Host().CreateFile(path);
         file->Write("two");
         EXPECT_EQ(ReadOwn(path), "one");
     }
     EXPECT_EQ(ReadOwn(path), "one");
     WriteOwn(path, "three");
     EXPECT_EQ(ReadOwn(path), "three");
-    EXPECT_TRUE(Machine().DeleteFile(path));
-    EXPECT_FALSE(Machine().FileExists(path) || Machine().DeleteFile(path));
+    EXPECT_TRUE(Host().DeleteFile(path));
+    EXPECT_FALSE(Host().FileExists(path) || Host().DeleteFile(path));
 }
 
 TEST_P(MachineContract, FilesAreReadWithinALimit) {
     const CString path = OwnPath("a.dvs");
     WriteOwn(path, "0123456789");
-    EXPECT_EQ(Machine().ReadFile(path, 10).GetBytes(), "0123456789");
-    EXPECT_THROW(Machine().ReadFile(path, 9), CFileError);
-    EXPECT_EQ(Machine().ReadFileHead(path, 4).GetBytes(), "0123");
-    EXPECT_EQ(Machine().ReadFileHead(path, 40).GetBytes(), "0123456789");
+    EXPECT_EQ(Host().ReadFile(path, 10).GetBytes(), "0123456789");
+    EXPECT_THROW(Host().ReadFile(path, 9), CFileError);
+    EXPECT_EQ(Host().ReadFileHead(path, 4).GetBytes(), "0123");
+    EXPECT_EQ(Host().ReadFileHead(path, 40).GetBytes(), "0123456789");
     WriteOwn(path, "");
-    EXPECT_EQ(Machine().ReadFile(path, 10).GetBytes(), "");
-    EXPECT_THROW(Machine().ReadFile(OwnPath("none"), 10), CFileOpenError);
-    EXPECT_THROW(Machine().ReadFile(OwnPath("none\\none"), 10), CFileOpenError);
-    EXPECT_THROW(Machine().CreateFile(OwnPath("none\\a.dvs")), CFileOpenError);
-    EXPECT_EQ(Machine().CreateTextFile(OwnPath("none\\a.htm")), nullptr);
-    *Machine().CreateTextFile(path) << "line\n" << std::flush;
+    EXPECT_EQ(Host().ReadFile(path, 10).GetBytes(), "");
+    EXPECT_THROW(Host().ReadFile(OwnPath("none"), 10), CFileOpenError);
+    EXPECT_THROW(Host().ReadFile(OwnPath("none\\none"), 10), CFileOpenError);
+    EXPECT_THROW(Host().CreateFile(OwnPath("none\\a.dvs")), CFileOpenError);
+    EXPECT_EQ(Host().CreateTextFile(OwnPath("none\\a.htm")), nullptr);
+    *Host().CreateTextFile(path) << "line\n" << std::flush;
     EXPECT_EQ(ReadOwn(path), "line\n") << "and no other line end";
 }
 
 TEST_P(MachineContract, DirectoriesAreMadeOneLevelAtATime) {
-    EXPECT_FALSE(Machine().CreateDirectory(OwnPath("a\\b")));
-    EXPECT_TRUE(Machine().CreateDirectory(OwnPath("a")));
-    EXPECT_TRUE(Machine().DirectoryExists(OwnPath("a")) && Machine().DirectoryExists(OwnPath("a\\")));
-    EXPECT_FALSE(Machine().FileExists(OwnPath("a")));
-    EXPECT_FALSE(Machine().CreateDirectory(OwnPath("a"))) << "it is there";
-    EXPECT_TRUE(Machine().CreateDirectory(OwnPath("a\\b")));
+    EXPECT_FALSE(Host().CreateDirectory(OwnPath("a\\b")));
+    EXPECT_TRUE(Host().CreateDirectory(OwnPath("a")));
+    EXPECT_TRUE(Host().DirectoryExists(OwnPath("a")) && Host().DirectoryExists(OwnPath("a\\")));
+    EXPECT_FALSE(Host().FileExists(OwnPath("a")));
+    EXPECT_FALSE(Host().CreateDirectory(OwnPath("a"))) << "it is there";
+    EXPECT_TRUE(Host().CreateDirectory(OwnPath("a\\b")));
     WriteOwn(OwnPath("a\\b\\c"), "x");
-    EXPECT_FALSE(Machine().DirectoryExists(OwnPath("a\\b\\c")));
-    EXPECT_THROW(Machine().CreateFile(OwnPath("a\\b")), CFileOpenError) << "a directory stands there";
+    EXPECT_FALSE(Host().DirectoryExists(OwnPath("a\\b\\c")));
+    EXPECT_THROW(Host().CreateFile(OwnPath("a\\b")), CFileOpenError) << "a directory stands there";
 }
 
 TEST_P(MachineContract, TheMachineKnowsItself) {
@@ -247,7 +249,7 @@ TEST_P(MachineContract, TheMachineKnowsItself) {
     EXPECT_TRUE(Machine().GetTempPath().ends_with('\\'));
     const CString windows = Machine().GetWindowsDirectory();
     EXPECT_TRUE(IsPrefixNoCase(windows + "\\", Machine().GetSystemDirectory())) << windows;
-    EXPECT_GT(Machine().GetSystemTime(), kContractTime - kTicksPerSecond * 86400 * 365);
+    EXPECT_GT(Host().GetSystemTime(), kContractTime - kTicksPerSecond * 86400 * 365);
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, MachineContract, testing::ValuesIn(GetContractCases()),

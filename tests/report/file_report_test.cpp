@@ -222,11 +222,11 @@ TEST_F(FileReport, AFullDiskKeepsTheEarlierPageAndAReadOnlyFolderEndsNothing) {
     Start("");
     const auto snapshot = TakeSnapshot();
     CMasterReport report(*snapshot, *snapshot);
-    m_pMachine->m_files[report.m_strReportPath] = "earlier";
-    m_pMachine->m_nFreeBytes = 1000;
+    m_pHost->m_files[report.m_strReportPath] = "earlier";
+    m_pHost->m_nFreeBytes = 1000;
     EXPECT_THROW(report.GenerateReport(), CFileError);
-    EXPECT_EQ(m_pMachine->m_files[report.m_strReportPath], "earlier");
-    m_pMachine->m_bReadOnly = true;
+    EXPECT_EQ(m_pHost->m_files[report.m_strReportPath], "earlier");
+    m_pHost->m_bReadOnly = true;
     EXPECT_TRUE(report.GenerateReport());
 }
 

@@ -12,15 +12,15 @@ TEST_F(UnattendedRun, TheReportIsOpenedOnDemandAlone) {
     const CString page = "C:\\Delvane\\Results\\b - a.htm";
     Start("C: fixed", "/s /bc:a /cc:b /g");
     CMainDlg().RunUnattended();
-    EXPECT_TRUE(m_pMachine->m_opened.empty());
+    EXPECT_TRUE(m_pHost->m_opened.empty());
     Parse("/gd");
     CMainDlg().RunUnattended();
-    EXPECT_EQ(m_pMachine->m_opened, std::vector<CString>{page});
-    m_pMachine->m_files[page] = "kept";
+    EXPECT_EQ(m_pHost->m_opened, std::vector<CString>{page});
+    m_pHost->m_files[page] = "kept";
     Parse("/gu");
     CMainDlg().RunUnattended();
-    EXPECT_EQ(m_pMachine->m_files[page], "kept");
-    EXPECT_EQ(m_pMachine->m_opened.size(), 2U);
+    EXPECT_EQ(m_pHost->m_files[page], "kept");
+    EXPECT_EQ(m_pHost->m_opened.size(), 2U);
     EXPECT_EQ(theApp.m_nExitCode, kExitFindings);
 }
 
@@ -28,23 +28,23 @@ TEST_F(UnattendedRun, AFullDiskIsAFailedSaveAndAFailedReport) {
     Start("C: fixed", "/s /bc:a /cc:b");
     CMainDlg().RunUnattended();
     EXPECT_EQ(theApp.m_nExitCode, 0);
-    m_pMachine->m_nFreeBytes = 10;
+    m_pHost->m_nFreeBytes = 10;
     CMainDlg().RunUnattended();
     EXPECT_EQ(theApp.m_nExitCode, kExitCreateFailed);
-    EXPECT_FALSE(m_pMachine->m_files["C:\\Delvane\\Results\\a.dvs"].empty());
+    EXPECT_FALSE(m_pHost->m_files["C:\\Delvane\\Results\\a.dvs"].empty());
     theContext.m_bCreateBaseline = theContext.m_bCreateCurrent = false;
     Parse("/g");
-    m_pMachine->m_files["C:\\Delvane\\Results\\b - a.htm"] = "earlier";
+    m_pHost->m_files["C:\\Delvane\\Results\\b - a.htm"] = "earlier";
     theApp.m_nExitCode = 0;
     CMainDlg().RunUnattended();
     EXPECT_EQ(theApp.m_nExitCode, kExitFindings | kExitNoReport);
-    EXPECT_EQ(m_pMachine->m_files["C:\\Delvane\\Results\\b - a.htm"], "earlier");
+    EXPECT_EQ(m_pHost->m_files["C:\\Delvane\\Results\\b - a.htm"], "earlier");
 }
 
 // What stands in the program's own top folder is never captured, which matters where that is Program Files.
 TEST_F(UnattendedRun, AProgramAmongTheFoldersOfTheMachineIsTold) {
-    m_pMachine->m_strProgram = "C:\\program files\\Delvane\\delvane.exe";
-    m_pMachine->m_directories.emplace_back("C:\\program files\\Delvane");
+    m_pHost->m_strProgram = "C:\\program files\\Delvane\\delvane.exe";
+    m_pHost->m_directories.emplace_back("C:\\program files\\Delvane");
     Start("C: fixed", "/s /bc:a");
     testing::internal::CaptureStderr();
     CMainDlg().RunUnattended();
@@ -56,12 +56,12 @@ TEST_F(UnattendedRun, AProgramAmongTheFoldersOfTheMachineIsTold) {
 
 TEST_F(UnattendedRun, AnUnreadableSnapshotIsLoggedInOneLine) {
     Start("C: fixed", "/s /b:a /cc:never");
-    m_pMachine->m_directories.emplace_back("C:\\Delvane\\Results");
-    m_pMachine->m_files["C:\\Delvane\\Results\\a.dvs"] = "VLED";
+    m_pHost->m_directories.emplace_back("C:\\Delvane\\Results");
+    m_pHost->m_files["C:\\Delvane\\Results\\a.dvs"] = "VLED";
     CMainDlg().RunUnattended();
     EXPECT_EQ(theApp.m_nExitCode, kExitLoadFailed);
     EXPECT_EQ(ErrorLog(), "C:\\Delvane\\Results\\a.dvs: damaged at byte 4: the file ends after 0 of 4 bytes\n");
-    EXPECT_FALSE(m_pMachine->FileExists("C:\\Delvane\\Results\\never.dvs"));
+    EXPECT_FALSE(m_pHost->FileExists("C:\\Delvane\\Results\\never.dvs"));
 }
 
 }  // namespace

@@ -10,10 +10,12 @@ class CScriptedContract : public CContractMachine {
 public:
     CScriptedContract() { m_machine.m_registry = CScriptedRegistry(kContractRegistry.substr(1)); }
     CMachine& Get() override { return m_machine; }
+    CHost& GetHost() override { return m_host; }
     CString GetFolder() const override { return "C:\\Contract"; }
     CString GetOwnFolder() const override { return "C:\\Delvane"; }
 
 private:
+    CScriptedHost m_host;
     CScriptedMachine m_machine{R"(
         C: fixed [System]
           Contract\

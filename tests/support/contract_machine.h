@@ -1,4 +1,4 @@
-// A machine of known contents, of whatever kind: what the contract of CMachine is tested on.
+// A machine of known contents, of whatever kind: what the contract of CMachine and CHost is tested on.
 #pragma once
 
 #include <functional>
@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/host.h"
 #include "platform/machine.h"
 
 namespace delvane {
@@ -25,6 +26,7 @@ class CContractMachine {
 public:
     virtual ~CContractMachine() = default;
     virtual CMachine& Get() = 0;
+    virtual CHost& GetHost() = 0;
     virtual CString GetFolder() const = 0;     // without a backslash at its end
     virtual CString GetOwnFolder() const = 0;  // empty, for the program's own files; the same
     virtual CString GetKeyName() const { return "Contract"; }

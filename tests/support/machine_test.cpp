@@ -21,8 +21,10 @@ void ResetGlobals() {
 CMachineTest::CMachineTest() {
     ResetGlobals();
     auto machine = std::make_unique<CScriptedMachine>();
+    auto host = std::make_unique<CScriptedHost>();
     m_pMachine = machine.get();
-    theContext.SetMachine(std::move(machine));
+    m_pHost = host.get();
+    theContext.SetSystem({std::move(machine), std::move(host)});
 }
 
 CMachineTest::~CMachineTest() { ResetGlobals(); }
@@ -54,25 +56,25 @@ std::unique_ptr<CSnapshot> CMachineTest::TakeSnapshotOf(std::string_view disks, 
 
 CString CMachineTest::Store(CSnapshot& snapshot) {
     EXPECT_TRUE(snapshot.Save());
-    return m_pMachine->m_files[snapshot.GetSavePath()];
+    return m_pHost->m_files[snapshot.GetSavePath()];
 }
 
 std::unique_ptr<CSnapshot> CMachineTest::LoadFrom(const CString& bytes) {
     auto snapshot = std::make_unique<CSnapshot>();
     snapshot->SetName("loaded");
-    m_pMachine->m_files[snapshot->GetLoadPath()] = bytes;
+    m_pHost->m_files[snapshot->GetLoadPath()] = bytes;
     return snapshot->Load() ? std::move(snapshot) : nullptr;
 }
 
 CString CMachineTest::PageOf(CSnapshot& current, CSnapshot& baseline) {
     CMasterReport report(current, baseline);
     EXPECT_TRUE(report.GenerateReport());
-    return m_pMachine->m_files[report.m_strReportPath];
+    return m_pHost->m_files[report.m_strReportPath];
 }
 
 CString CMachineTest::ErrorLog() const {
-    const auto found = m_pMachine->m_files.find("C:\\Delvane\\delvane.err");
-    return found == m_pMachine->m_files.end() ? CString() : found->second;
+    const auto found = m_pHost->m_files.find("C:\\Delvane\\delvane.err");
+    return found == m_pHost->m_files.end() ? CString() : found->second;
 }
 
 CString ListTree(const CDelvObj& node) {

@@ -36,7 +36,8 @@ protected:
 
     CString ErrorLog() const;
 
-    CScriptedMachine* m_pMachine;  // owned by theContext
+    CScriptedMachine* m_pMachine;  // both owned by theContext
+    CScriptedHost* m_pHost;
 };
 
 // The paths under a node, each on a line, directories with a backslash behind.

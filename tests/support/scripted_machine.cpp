@@ -15,6 +15,7 @@ struct CScriptedMachine::CEntry {
     CString m_name;
     CFileWords m_words;
     bool m_bUnreadable = false;
+    bool m_bCut = false;
     CString m_image;
     CString m_version;
     std::uint32_t m_nDriveType = 0;
@@ -97,6 +98,8 @@ void CScriptedMachine::SetDisks(std::string_view text) {
                 entry->m_version = value;
             } else if (key == "unreadable") {
                 entry->m_bUnreadable = true;
+            } else if (key == "cut") {
+                entry->m_bCut = true;
             } else {
                 throw std::invalid_argument("no such word: " + word);
             }
@@ -177,9 +180,12 @@ public:
         const CEntry& entry = *m_directory.m_children[m_nNext++];
         static_cast<CFileWords&>(data) = entry.m_words;
         data.m_name = entry.m_name;
+        data.m_bNameOnly = entry.m_bUnreadable && (entry.m_words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+        data.m_dwError = data.m_bNameOnly ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
         if (m_machine.m_onEntry) m_machine.m_onEntry(entry.m_name);
         return true;
     }
+    std::uint32_t GetError() const override { return m_directory.m_bCut ? ERROR_CRC : ERROR_SUCCESS; }
 
 private:
     CScriptedMachine& m_machine;
@@ -187,16 +193,20 @@ private:
     std::size_t m_nNext = 0;
 };
 
-std::unique_ptr<CFileSearch> CScriptedMachine::OpenSearch(std::string_view path) {
+std::unique_ptr<CFileSearch> CScriptedMachine::OpenSearch(std::string_view path, std::uint32_t& error) {
     const CEntry* const directory = Find(path, true);
-    if (directory == nullptr || directory->m_bUnreadable) return nullptr;
+    error = directory == nullptr       ? ERROR_PATH_NOT_FOUND
+            : directory->m_bUnreadable ? ERROR_ACCESS_DENIED
+                                       : ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS) return nullptr;
     return std::make_unique<CSearch>(*this, *directory);
 }
 
-bool CScriptedMachine::FindPath(std::string_view path, CFileWords& words) {
+std::uint32_t CScriptedMachine::FindPath(std::string_view path, CFileWords& words) {
     const CEntry* const entry = Find(path);
-    if (entry != nullptr) words = entry->m_words;
-    return entry != nullptr;
+    if (entry == nullptr) return ERROR_FILE_NOT_FOUND;
+    words = entry->m_words;
+    return ERROR_SUCCESS;
 }
 
 bool CScriptedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {
@@ -217,33 +227,42 @@ std::unique_ptr<const CVersionInfo> CScriptedMachine::GetFileVersionInfo(std::st
     return std::make_unique<const CVersionBlock>(*CVersionBlock::Read(CMemorySource(bytes)));
 }
 
-bool CScriptedMachine::FileExists(std::string_view path) { return m_files.contains(CString(path)); }
+bool CScriptedHost::FileExists(std::string_view path) { return m_files.contains(CString(path)); }
 
-bool CScriptedMachine::DirectoryExists(std::string_view path) {
+bool CScriptedHost::DirectoryExists(std::string_view path) {
     if (path.ends_with('\\')) path.remove_suffix(1);
     return std::find(m_directories.begin(), m_directories.end(), path) != m_directories.end();
 }
 
-bool CScriptedMachine::MayCreate(std::string_view path) {
+bool CScriptedHost::MayCreate(std::string_view path) {
     return !m_bReadOnly && DirectoryExists(path.substr(0, path.rfind('\\')));
 }
 
-bool CScriptedMachine::CreateDirectory(std::string_view path) {
+bool CScriptedHost::CreateDirectory(std::string_view path) {
     if (DirectoryExists(path) || !MayCreate(path)) return false;
     m_directories.emplace_back(path);
     return true;
 }
 
-bool CScriptedMachine::DeleteFile(std::string_view path) { return m_files.erase(CString(path)) != 0; }
+bool CScriptedHost::DeleteFile(std::string_view path) { return m_files.erase(CString(path)) != 0; }
 
-CFileBytes CScriptedMachine::ReadFile(std::string_view path, std::uint64_t limit) {
+std::vector<CString> CScriptedHost::ListFiles(std::string_view folder) {
+    std::vector<CString> names;
+    for (const auto& [path, bytes] : m_files) {
+        const std::size_t end = path.rfind('\\');
+        if (path.substr(0, end) == folder) names.push_back(path.substr(end + 1));
+    }
+    return names;
+}
+
+CFileBytes CScriptedHost::ReadFile(std::string_view path, std::uint64_t limit) {
     const auto found = m_files.find(CString(path));
     if (found == m_files.end()) throw CFileOpenError(path, "open", ERROR_FILE_NOT_FOUND, "not there");
     if (found->second.size() > limit) throw CFileError(path, "read", ERROR_DISK_FULL, "too large");
     return ReadFileHead(path, found->second.size());
 }
 
-CFileBytes CScriptedMachine::ReadFileHead(std::string_view path, std::size_t size) {
+CFileBytes CScriptedHost::ReadFileHead(std::string_view path, std::size_t size) {
     const auto found = m_files.find(CString(path));
     if (found == m_files.end()) throw CFileOpenError(path, "open", ERROR_FILE_NOT_FOUND, "not there");
     CFileBytes bytes;
@@ -254,32 +273,32 @@ CFileBytes CScriptedMachine::ReadFileHead(std::string_view path, std::size_t siz
     return bytes;
 }
 
-class CScriptedMachine::CWriter : public CFileWriter {
+class CScriptedHost::CWriter : public CFileWriter {
 public:
-    CWriter(CScriptedMachine& machine, std::string_view path) : m_machine(machine), m_strPath(path) {}
+    CWriter(CScriptedHost& host, std::string_view path) : m_host(host), m_strPath(path) {}
 
     void Write(std::string_view bytes) override {
-        if (m_bytes.size() + bytes.size() > m_machine.m_nFreeBytes) {
+        if (m_bytes.size() + bytes.size() > m_host.m_nFreeBytes) {
             throw CFileError(m_strPath, "write", ERROR_DISK_FULL, "disk full");
         }
         m_bytes += bytes;
     }
-    void Commit() override { m_machine.m_files[m_strPath] = m_bytes; }
+    void Commit() override { m_host.m_files[m_strPath] = m_bytes; }
 
 private:
-    CScriptedMachine& m_machine;
+    CScriptedHost& m_host;
     CString m_strPath;
     CString m_bytes;
 };
 
-std::unique_ptr<CFileWriter> CScriptedMachine::CreateFile(std::string_view path) {
+std::unique_ptr<CFileWriter> CScriptedHost::CreateFile(std::string_view path) {
     if (DirectoryExists(path) || !MayCreate(path)) {
         throw CFileOpenError(path, "create", ERROR_ACCESS_DENIED, "access denied");
     }
     return std::make_unique<CWriter>(*this, path);
 }
 
-std::unique_ptr<std::ostream> CScriptedMachine::CreateTextFile(std::string_view path) {
+std::unique_ptr<std::ostream> CScriptedHost::CreateTextFile(std::string_view path) {
     if (!MayCreate(path)) return nullptr;
     // A stream whose every flush shows in m_files.
     class CText : public std::ostringstream {

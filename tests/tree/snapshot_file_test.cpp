@@ -284,11 +284,11 @@ TEST_F(SnapshotFile, NamesAndPathsOfFilesFollowTheirQuirks) {
 TEST_F(SnapshotFile, AFullDiskLeavesTheEarlierFileWhole) {
     Start("C: fixed");
     const auto snapshot = TakeSnapshot();
-    m_pMachine->m_files[snapshot->GetSavePath()] = "earlier";
-    m_pMachine->m_nFreeBytes = 50;
+    m_pHost->m_files[snapshot->GetSavePath()] = "earlier";
+    m_pHost->m_nFreeBytes = 50;
     EXPECT_THROW(snapshot->Save(), CFileError);
-    EXPECT_EQ(m_pMachine->m_files[snapshot->GetSavePath()], "earlier");
-    m_pMachine->m_bReadOnly = true;
+    EXPECT_EQ(m_pHost->m_files[snapshot->GetSavePath()], "earlier");
+    m_pHost->m_bReadOnly = true;
     EXPECT_FALSE(snapshot->Save());
 }
 

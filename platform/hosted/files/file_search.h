@@ -7,10 +7,13 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/hosted/files/host_file.h"
 #include "platform/hosted/files/path_map.h"
 #include "platform/hosted/identity/identity.h"
 #include "platform/link_visits.h"
 #include "platform/machine.h"
+
+struct statx;  // of the kernel
 
 namespace delvane {
 
@@ -21,8 +24,11 @@ public:
     CSearchSet(const CPathMap& paths, CDiskRules rules);
     ~CSearchSet();
 
-    std::unique_ptr<CFileSearch> Open(std::string_view path);
-    bool FindPath(std::string_view path, CFileWords& words);
+    // As CMachine tells them.
+    void BeginWalk() { m_visits.BeginWalk(); }
+    void PassOver(const std::vector<CString>& folders);
+    std::unique_ptr<CFileSearch> Open(std::string_view path, std::uint32_t& error);
+    std::uint32_t FindPath(std::string_view path, CFileWords& words);
     // What the user should know of the searches so far, in a sentence each.
     const std::vector<CString>& GetNotices() const { return m_visits.GetNotices(); }
 
@@ -36,20 +42,28 @@ private:
         CFileWords m_words;
         CIdentity m_identity;
         bool m_bIsLink = false;
+        std::uint32_t m_dwError = ERROR_SUCCESS;  // of what could not be read of it
     };
+    enum class EOutcome { kRead, kUnlisted, kUnreadable };
 
-    int OpenDirectory(std::string_view path, CIdentity& identity, bool& isBehindLink);
-    bool ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
-    bool ReadVolumeEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
+    std::uint32_t OpenDirectory(std::string_view path, CDescriptor& directory, CIdentity& identity, bool& isBehindLink);
+    EOutcome ReadEntry(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
+    EOutcome ReadStatus(int directory, const char* name, bool mayBeLink, unsigned mask, struct statx& status,
+                        CEntry& entry);
+    void ReadPrefixWords(int directory, const char* name, const struct statx& status, CEntry& entry);
+    void ReadVolumeWords(int directory, const char* name, const struct statx& status, CEntry& entry);
     bool IsUnlisted(const CIdentity& identity) const;
-    bool LeadsOut(int directory, const char* name) const;
-    std::uint32_t ReadDosAttributes(int directory, const char* name, std::uint64_t device);
+    bool IsOwn(const CIdentity& identity) const;
+    static void NoteLostAttribute(int error, CEntry& entry);
+    std::uint32_t ReadDosAttributes(int directory, const char* name, CEntry& entry);
     void Close(CLevel& level);
 
     const CPathMap& m_paths;
     CDiskRules m_rules;
     bool m_bNtfsAttributes = false;  // the volume's file system tells attributes and creation times beside the entries
     std::vector<CIdentity> m_unlisted;
+    std::vector<std::uint64_t> m_unlistedDevices;  // file systems that are no disk: all that lies on them
+    std::vector<CIdentity> m_own;                  // the program's own folders
     std::vector<char> m_buffer;                    // what the kernel hands a directory out in
     std::vector<CLevel*> m_open;                   // in the order of opening
     std::vector<std::unique_ptr<CLevel>> m_spare;  // closed, kept for their buffers

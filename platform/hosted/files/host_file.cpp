@@ -94,10 +94,12 @@ std::size_t CHostFile::Read(std::uint64_t offset, void* into, std::size_t size) 
 
 std::optional<std::string> ReadHostFile(const std::string& path, std::uint64_t limit) {
     const std::optional<CHostFile> file = CHostFile::Open(path);
-    if (!file || file->GetSize() > limit) return std::nullopt;
-    std::string bytes(static_cast<std::size_t>(file->GetSize()), '\0');
-    bytes.resize(file->Read(0, bytes.data(), bytes.size()));
-    return bytes;
+    if (!file) return std::nullopt;
+    std::string bytes;
+    if (file->GetSize() <= limit) bytes.resize(static_cast<std::size_t>(file->GetSize()));
+    if (file->Read(0, bytes.data(), bytes.size()) == file->GetSize()) return bytes;
+    errno = EIO;
+    return std::nullopt;
 }
 
 bool IsHostDirectory(const std::string& path) {

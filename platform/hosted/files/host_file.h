@@ -69,7 +69,7 @@ private:
     std::uint64_t m_nSize = 0;
 };
 
-// The bytes of a regular file; nothing where it cannot be opened or read, or is larger than the limit.
+// The bytes of a regular file; nothing, and errno, where it cannot be opened or read or is larger than the limit.
 std::optional<std::string> ReadHostFile(const std::string& path, std::uint64_t limit);
 
 bool IsHostDirectory(const std::string& path);

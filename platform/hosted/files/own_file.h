@@ -2,15 +2,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "platform/machine.h"
+#include "platform/host.h"
 
 namespace delvane {
-
-// Asked by searches and file writers: throws CInterrupted once a CInterruptGuard has seen a signal.
-void ThrowIfInterrupted();
 
 // The path of the host is absent where there is none for it; `shownPath` is the name by which errors speak of it.
 

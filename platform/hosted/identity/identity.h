@@ -42,7 +42,7 @@ public:
     virtual CString GetSystemDirectory() const = 0;
     // In the order of their letters.
     virtual std::vector<CHostedDrive> GetDrives() const = 0;
-    virtual CString GetVolumeLabel(const CHostedDrive& drive) const = 0;
+    virtual std::uint32_t GetVolumeLabel(const CHostedDrive& drive, CString& label) const = 0;  // an error number
     virtual CDiskRules GetDiskRules() const = 0;
     // The registry for a capture, read anew when its files have changed since it was read last.
     virtual std::shared_ptr<CHostedRegistry> LoadRegistry() = 0;

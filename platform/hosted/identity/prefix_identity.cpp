@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstring>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -141,17 +142,18 @@ std::optional<CString> CPrefixIdentity::FindProfileVariable(const CString& name)
 }
 
 // Wine keeps the label in a file of its own at the drive's root: the first line, without blanks at its end.
-CString CPrefixIdentity::GetVolumeLabel(const CHostedDrive& drive) const {
+std::uint32_t CPrefixIdentity::GetVolumeLabel(const CHostedDrive& drive, CString& label) const {
     constexpr std::uint64_t kLargestLabelFile = 64 * 1024;
-    CString label = ReadHostFile(drive.m_root + "/.windows-label", kLargestLabelFile).value_or("");
-    label.resize(std::min(label.find('\n'), label.size()));
+    const std::optional<std::string> text = ReadHostFile(drive.m_root + "/.windows-label", kLargestLabelFile);
+    if (!text) return errno == ENOENT || errno == EISDIR ? ERROR_SUCCESS : Win32Error(errno);
+    label = text->substr(0, text->find('\n'));
     while (!label.empty() && (label.back() == ' ' || label.back() == '\r'))
         label.pop_back();
-    return label;
+    return ERROR_SUCCESS;
 }
 
 CDiskRules CPrefixIdentity::GetDiskRules() const {
-    return {true, !ShowsDotFiles(), {}, {m_folder, "/dev", "/proc", "/sys"}};
+    return {true, !ShowsDotFiles(), {}, {m_folder, m_folder + "/dosdevices"}};
 }
 
 bool CPrefixIdentity::ShowsDotFiles() const {

@@ -23,7 +23,7 @@ public:
     CString GetWindowsDirectory() const override;
     CString GetSystemDirectory() const override;
     std::vector<CHostedDrive> GetDrives() const override;
-    CString GetVolumeLabel(const CHostedDrive& drive) const override;
+    std::uint32_t GetVolumeLabel(const CHostedDrive& drive, CString& label) const override;
     CDiskRules GetDiskRules() const override;
     // Out of the same texts while their files are as they were.
     std::shared_ptr<CHostedRegistry> LoadRegistry() override;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cstdio>
 #include <dirent.h>
@@ -326,18 +327,19 @@ std::optional<CString> CVolumeIdentity::FindProfileVariable(const CString& name)
 
 std::vector<CHostedDrive> CVolumeIdentity::GetDrives() const { return m_paths.GetDrives(); }
 
-CDiskRules CVolumeIdentity::GetDiskRules() const { return {false, false, m_folder, {"/dev", "/proc", "/sys"}}; }
+CDiskRules CVolumeIdentity::GetDiskRules() const { return {false, false, m_folder, {}}; }
 
 // A folder that is no mount point is a copy, and the label of the disk that it lies on says nothing about it.
-CString CVolumeIdentity::GetVolumeLabel(const CHostedDrive& drive) const {
+std::uint32_t CVolumeIdentity::GetVolumeLabel(const CHostedDrive& drive, CString& label) const {
+    label.clear();
     const std::string source = MountSource(drive.m_realRoot);
-    if (source.empty()) return {};
-    std::array<char, FSLABEL_MAX> label{};
+    if (source.empty()) return ERROR_SUCCESS;
+    std::array<char, FSLABEL_MAX> text{};
     const CDescriptor root(open(drive.m_realRoot.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (root && ioctl(root.Get(), FS_IOC_GETFSLABEL, label.data()) == 0) {
-        return {label.data(), strnlen(label.data(), label.size())};
-    }
-    return LabelOfDevice(source);
+    if (!root) return Win32Error(errno);
+    const bool isTold = ioctl(root.Get(), FS_IOC_GETFSLABEL, text.data()) == 0;
+    label = isTold ? CString(text.data(), strnlen(text.data(), text.size())) : LabelOfDevice(source);
+    return ERROR_SUCCESS;
 }
 
 }  // namespace delvane

@@ -25,7 +25,7 @@ public:
     CString GetWindowsDirectory() const override;
     CString GetSystemDirectory() const override { return GetWindowsDirectory() + "\\System32"; }
     std::vector<CHostedDrive> GetDrives() const override;
-    CString GetVolumeLabel(const CHostedDrive& drive) const override;
+    std::uint32_t GetVolumeLabel(const CHostedDrive& drive, CString& label) const override;
     CDiskRules GetDiskRules() const override;
     std::shared_ptr<CHostedRegistry> LoadRegistry() override;
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/host.h"
 #include "platform/hosted/registry/registry.h"
 
 namespace delvane {

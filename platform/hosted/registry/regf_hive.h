@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/host.h"
 #include "platform/hosted/registry/hive.h"
 #include "platform/hosted/registry/key_index.h"
 #include "platform/machine.h"

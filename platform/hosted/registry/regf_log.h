@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/host.h"
 #include "platform/machine.h"
 
 namespace delvane {

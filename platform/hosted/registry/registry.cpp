@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
-#include "platform/hosted/files/own_file.h"
+#include "platform/host.h"
 #include "platform/hosted/registry/key_name.h"
 
 namespace delvane {

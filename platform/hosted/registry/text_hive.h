@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/host.h"
 #include "platform/hosted/registry/hive.h"
 #include "platform/hosted/registry/key_index.h"
 #include "platform/hosted/registry/registry_text.h"

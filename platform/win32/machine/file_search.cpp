@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/win32/interrupt.h"
+#include "platform/host.h"
 #include "platform/win32/machine/system.h"
 #include "platform/win32/wide.h"
 
@@ -85,11 +85,12 @@ bool IsPlainPath(std::string_view path) {
 }
 
 template <class Form>
-bool FindOne(std::string_view path, CFileWords& words) {
+std::uint32_t FindOne(std::string_view path, CFileWords& words) {
     typename Form::CData data;
     const CFindHandle search(Form::First(path, data));
-    if (search) words = WordsOf(data);
-    return static_cast<bool>(search);
+    if (!search) return GetLastError();
+    words = WordsOf(data);
+    return ERROR_SUCCESS;
 }
 
 [[noreturn]] void ThrowExhausted(std::string_view path, std::uint32_t code) {
@@ -100,6 +101,23 @@ CHandle OpenDirectoryHandle(std::string_view path) {
     constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     return CHandle(CreateFileW(LongWidePath(path).c_str(), 0, kShare, nullptr, OPEN_EXISTING,
                                FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+}
+
+bool IdentityOf(std::string_view directory, CDirectoryIdentity& identity) {
+    const CHandle handle = OpenDirectoryHandle(directory);
+    BY_HANDLE_FILE_INFORMATION information{};
+    if (!handle || GetFileInformationByHandle(handle.Get(), &information) == 0) return false;
+    identity = {information.dwVolumeSerialNumber,
+                std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+    return true;
+}
+
+bool IsRoot(std::string_view path) { return path.size() <= 3; }
+
+std::string_view LastNameOf(std::string_view path) {
+    while (path.ends_with('\\'))
+        path.remove_suffix(1);
+    return path.substr(path.rfind('\\') + 1);
 }
 
 }  // namespace
@@ -116,7 +134,7 @@ struct CSearchSet::CLevel {
     std::vector<char> m_names;
     std::vector<CEntry> m_entries;
     std::size_t m_nNext = 0;
-    bool m_bCut = false;  // the list breaks off
+    std::uint32_t m_dwError = ERROR_SUCCESS;  // why the list breaks off, or why there is none
     bool m_bBehindLink = false;
 
     std::string_view NameOf(const CEntry& entry) const { return {m_names.data() + entry.m_nOffset, entry.m_nLength}; }
@@ -136,6 +154,7 @@ CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
     m_names.clear();
     m_entries.clear();
     m_nNext = 0;
+    m_dwError = ERROR_SUCCESS;
     typename Form::CData data;
     Form::Clear(data);
     const CFindHandle search(Form::First(m_path + (m_path.ends_with('\\') ? "*" : "\\*"), data));
@@ -146,7 +165,9 @@ CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
             code == ERROR_NO_UNICODE_TRANSLATION) {
             return EOutcome::kDoesNotFit;
         }
-        return code == ERROR_FILE_NOT_FOUND ? EOutcome::kRead : EOutcome::kUnreadable;  // an empty root has no entry
+        if (code == ERROR_FILE_NOT_FOUND) return EOutcome::kRead;  // an empty root has no entry
+        m_dwError = code;
+        return EOutcome::kUnreadable;
     }
     CString name;
     do {
@@ -163,14 +184,16 @@ CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
     if (IsExhaustion(code)) ThrowExhausted(m_path, code);
     // Another failure than the end: a name that the code page's record cannot take. In UTF-16 there is none such.
     constexpr DWORD kNoMoreFiles = 18;
-    return code == kNoMoreFiles ? EOutcome::kRead : EOutcome::kDoesNotFit;
+    if (code == kNoMoreFiles) return EOutcome::kRead;
+    m_dwError = code;  // what was read before still counts
+    return EOutcome::kDoesNotFit;
 }
 
 bool CSearchSet::CLevel::ReadEntries() {
     EOutcome outcome = IsPlainPath(m_path) ? Read<CNarrowForm>() : EOutcome::kDoesNotFit;
     if (outcome == EOutcome::kDoesNotFit) outcome = Read<CWideForm>();
     if (outcome == EOutcome::kUnreadable) return false;
-    m_bCut = outcome == EOutcome::kDoesNotFit;  // what was read before still counts
+    if (outcome == EOutcome::kDoesNotFit && m_dwError == ERROR_SUCCESS) m_dwError = ERROR_INVALID_NAME;
     std::sort(m_entries.begin(), m_entries.end(), [this](const CEntry& a, const CEntry& b) {
         if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
         return mbscmp(NameOf(a), NameOf(b)) < 0;
@@ -185,8 +208,9 @@ public:
 
     bool Next(CFindData& data) override {
         ThrowIfInterrupted();
-        if (m_level.m_nNext < m_level.m_entries.size()) {
+        while (m_level.m_nNext < m_level.m_entries.size()) {
             const CSearchSet::CLevel::CEntry& entry = m_level.m_entries[m_level.m_nNext++];
+            if (m_set.IsOwn(m_level.m_path, m_level.NameOf(entry), entry.m_words)) continue;
             static_cast<CFileWords&>(data) = entry.m_words;
             data.m_name = m_level.NameOf(entry);
             return true;
@@ -194,6 +218,7 @@ public:
         m_level.m_nNext = m_level.m_entries.size() + 1;
         return false;
     }
+    std::uint32_t GetError() const override { return m_level.m_dwError; }
 
 private:
     CSearchSet& m_set;
@@ -214,44 +239,65 @@ bool CSearchSet::IsBehindLink(std::string_view path) const {
             return parent.m_bBehindLink || (current->m_words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
         }
     }
-    if (path.size() <= 3) return false;  // a drive
+    if (IsRoot(path)) return false;
     const DWORD attributes = GetFileAttributesA(CString(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-// A directory behind a link is entered unless it is one that it lies in.
-bool CSearchSet::MayEnter(std::string_view path) {
-    const auto identityOf = [](std::string_view directory, CDirectoryIdentity& identity) {
-        const CHandle handle = OpenDirectoryHandle(directory);
-        BY_HANDLE_FILE_INFORMATION information{};
-        if (!handle || GetFileInformationByHandle(handle.Get(), &information) == 0) return false;
-        identity = {information.dwVolumeSerialNumber,
-                    std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
-        return true;
-    };
-    CDirectoryIdentity own;
-    if (!identityOf(path, own)) return true;  // then its search fails too
-    for (const CLevel* level : m_open) {
-        CDirectoryIdentity above;
-        if (identityOf(level->m_path, above) && above == own) return false;
+void CSearchSet::PassOver(const std::vector<CString>& folders) {
+    m_own.clear();
+    for (const CString& folder : folders) {
+        CDirectoryIdentity identity;
+        if (IdentityOf(folder, identity)) m_own.emplace_back(identity, LastNameOf(folder));
     }
-    return m_visits.MayVisit(own);
 }
 
-std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path) {
+// A drive may stand for a folder of another one, and a link may have any name: those and what bears an own folder's
+// name are worth a look.
+bool CSearchSet::IsOwn(std::string_view parent, std::string_view name, const CFileWords& words) const {
+    if ((words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return false;
+    const bool isLink = (words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    const bool isNamed =
+        std::any_of(m_own.begin(), m_own.end(), [&](const auto& own) { return mbsicmp(name, own.second) == 0; });
+    CDirectoryIdentity identity;
+    if (m_own.empty() || (!isLink && !isNamed)) return false;
+    if (!IdentityOf(CString(parent) + (parent.ends_with('\\') ? "" : "\\") + CString(name), identity)) return false;
+    return std::any_of(m_own.begin(), m_own.end(), [&](const auto& own) { return own.first == identity; });
+}
+
+// A directory behind a link is entered unless it is one that it lies in.
+CSearchSet::EEntry CSearchSet::MayEnter(std::string_view path) {
+    CDirectoryIdentity identity;
+    if (!IdentityOf(path, identity)) return EEntry::kMay;  // then its search fails too
+    for (const CLevel* level : m_open) {
+        CDirectoryIdentity above;
+        if (IdentityOf(level->m_path, above) && above == identity) return EEntry::kPassedOver;
+    }
+    return m_visits.MayVisit(identity) ? EEntry::kMay : EEntry::kTooOften;
+}
+
+std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path, std::uint32_t& error) {
     ThrowIfInterrupted();
-    if (m_open.empty()) m_visits.BeginWalk();
-    if (m_open.size() >= kMaxTreeDepth || path.find_first_of("*?") != std::string_view::npos) return nullptr;
+    error = m_open.size() >= kMaxTreeDepth                       ? ERROR_FILENAME_EXCED_RANGE
+            : path.find_first_of("*?") != std::string_view::npos ? ERROR_INVALID_NAME
+                                                                 : ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS) return nullptr;
     const bool isBehindLink = IsBehindLink(path);
-    if (isBehindLink && !MayEnter(path)) return nullptr;
+    if (isBehindLink) {
+        const EEntry entry = MayEnter(path);
+        if (entry == EEntry::kTooOften) error = ERROR_CANT_RESOLVE_FILENAME;
+        if (entry != EEntry::kMay) return nullptr;
+    }
     if (m_spare.empty()) m_spare.push_back(std::make_unique<CLevel>());
     m_open.reserve(m_open.size() + 1);
     m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
     CLevel* const level = m_spare.back().get();
     level->m_path = path;
     level->m_bBehindLink = isBehindLink;
-    if (!level->ReadEntries()) return nullptr;
-    if (level->m_bCut) m_visits.NoteCut(path);
+    if (!level->ReadEntries()) {
+        error = level->m_dwError;
+        return nullptr;
+    }
     m_open.push_back(m_spare.back().release());
     m_spare.pop_back();
     return std::make_unique<CWin32Search>(*this, *level);
@@ -262,9 +308,9 @@ void CSearchSet::Close(CLevel& level) {
     m_spare.emplace_back(&level);
 }
 
-bool CSearchSet::FindPath(std::string_view path, CFileWords& words) {
+std::uint32_t CSearchSet::FindPath(std::string_view path, CFileWords& words) {
     ThrowIfInterrupted();
-    if (path.find_first_of("*?<>\"") != std::string_view::npos) return false;  // it would be a pattern
+    if (path.find_first_of("*?<>\"") != std::string_view::npos) return ERROR_INVALID_NAME;  // it would be a pattern
     return IsPlainPath(path) ? FindOne<CNarrowForm>(path, words) : FindOne<CWideForm>(path, words);
 }
 

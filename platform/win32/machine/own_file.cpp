@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <fstream>
 
-#include "platform/win32/interrupt.h"
+#include "platform/host.h"
 #include "platform/win32/machine/system.h"
 
 namespace delvane {

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "platform/win32/interrupt.h"
+#include "platform/host.h"
 #include "platform/win32/machine/system.h"
 
 namespace delvane {
@@ -57,12 +57,12 @@ struct CWin32Registry::COpenKey {
     };
 
     ::HKEY m_key = nullptr;
-    bool m_bPredefined = false;
     const COpenKey* m_pParent = nullptr;
     std::wstring m_realPath;
     bool m_bBehindLink = false;
     bool m_bRead = false;
-    std::vector<char> m_bytes;  // names and data
+    std::uint32_t m_dwError = ERROR_SUCCESS;  // why an entry is missing
+    std::vector<char> m_bytes;                // names and data
     std::vector<CPart> m_subkeys;
     std::vector<CValue> m_values;
 
@@ -79,6 +79,7 @@ struct CWin32Registry::COpenKey {
 
 std::uint32_t CWin32Registry::COpenKey::Read() {
     m_bRead = true;
+    m_dwError = ERROR_SUCCESS;
     m_bytes.clear();
     m_subkeys.clear();
     m_values.clear();
@@ -117,6 +118,8 @@ void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>
             --index;
         } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
             break;
+        } else {
+            m_dwError = static_cast<std::uint32_t>(code);
         }
     }
 }
@@ -134,6 +137,8 @@ void CWin32Registry::COpenKey::ReadSubkeys(std::uint32_t count, std::vector<char
             --index;
         } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
             break;
+        } else {
+            m_dwError = static_cast<std::uint32_t>(code);
         }
     }
 }
@@ -152,7 +157,6 @@ CWin32Registry::COpenKey* CWin32Registry::FindPredefined(HKEY key) {
     }
     auto predefined = std::make_unique<COpenKey>();
     predefined->m_key = SystemKey(key);
-    predefined->m_bPredefined = true;
     m_predefined.push_back(std::move(predefined));
     return m_predefined.back().get();
 }
@@ -190,7 +194,7 @@ std::uint32_t CWin32Registry::OpenKey(HKEY parent, std::string_view name, HKEY& 
     ::HKEY opened = nullptr;
     const LSTATUS code = RegOpenKeyExA(above->m_key, CString(name).c_str(), 0, KEY_READ, &opened);
     if (code != 0) return static_cast<std::uint32_t>(code);
-    if (IsPredefined(opened)) return ERROR_BADKEY;
+    if (IsPredefined(opened)) return ERROR_INVALID_HANDLE;
     if (m_spare.empty()) m_spare.push_back(std::make_unique<COpenKey>());
     std::unique_ptr<COpenKey> made = std::move(m_spare.back());
     m_spare.pop_back();
@@ -209,7 +213,6 @@ std::uint32_t CWin32Registry::OpenKey(HKEY parent, std::string_view name, HKEY& 
     key = m_free.back();
     m_free.pop_back();
     m_keys[key - 1] = std::move(made);
-    ++m_nOpen;
     return ERROR_SUCCESS;
 }
 
@@ -219,16 +222,15 @@ void CWin32Registry::CloseKey(HKEY key) {
     RegCloseKey(open->m_key);
     m_spare.push_back(std::move(open));
     m_free.push_back(key);
-    --m_nOpen;
 }
 
 std::uint32_t CWin32Registry::QueryInfo(HKEY key, CKeyInfo& info) {
     ThrowIfInterrupted();
     COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
-    if (open->m_bPredefined && m_nOpen == 0) m_nBehindLinks = 0;  // a walk begins
     if (const std::uint32_t code = open->Read(); code != ERROR_SUCCESS) return code;
     info = {};
+    info.m_dwError = open->m_dwError;
     info.m_nSubkeys = static_cast<std::uint32_t>(open->m_subkeys.size());
     info.m_nValues = static_cast<std::uint32_t>(open->m_values.size());
     for (const COpenKey::CPart& subkey : open->m_subkeys)

@@ -19,6 +19,8 @@ public:
     CWin32Registry();
     ~CWin32Registry();
 
+    // As CMachine tells them.
+    void BeginWalk() { m_nBehindLinks = 0; }
     std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
     void CloseKey(HKEY key);
     std::uint32_t QueryInfo(HKEY key, CKeyInfo& info);
@@ -39,8 +41,7 @@ private:
     std::vector<HKEY> m_free;
     std::vector<std::unique_ptr<COpenKey>> m_spare;       // closed, kept for their buffers
     std::vector<std::unique_ptr<COpenKey>> m_predefined;  // open at all times
-    std::size_t m_nOpen = 0;
-    std::size_t m_nBehindLinks = 0;  // keys behind links, in this walk
+    std::size_t m_nBehindLinks = 0;                       // keys behind links, in this walk
     std::vector<CString> m_notices;
 };
 

@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/win32/machine/own_file.h"
 #include "platform/win32/machine/system.h"
 #include "platform/win32/wide.h"
 
 // Behind windows.h, which they need.
 #include <imagehlp.h>
-#include <objbase.h>
-#include <shellapi.h>
 #include <winnetwk.h>
 
 namespace delvane {
@@ -70,27 +67,7 @@ private:
     std::vector<char> m_block;
 };
 
-CString ExecutableFolder() {
-    std::array<char, kPathRoom> program{};
-    const DWORD length = GetModuleFileNameA(nullptr, program.data(), static_cast<DWORD>(program.size()));
-    CString folder(program.data(), length);
-    folder.resize(std::min(folder.size(), folder.rfind('\\')));
-    return folder;
-}
-
 }  // namespace
-
-class CWin32Machine::CLock {
-public:
-    explicit CLock(CHandle mutex) : m_mutex(std::move(mutex)) {}
-
-private:
-    CHandle m_mutex;
-};
-
-CWin32Machine::CWin32Machine(CString programFolder) : m_programFolder(std::move(programFolder)) {}
-
-CWin32Machine::~CWin32Machine() = default;
 
 std::vector<CString> CWin32Machine::TakeNotices() {
     std::vector<CString> notices;
@@ -141,14 +118,6 @@ CString CWin32Machine::GetTempPath() {
     std::array<char, kPathRoom> path{};
     const DWORD length = GetTempPathA(static_cast<DWORD>(path.size()), path.data());
     return CString(path.data(), length < path.size() ? length : 0);
-}
-
-std::uint64_t CWin32Machine::GetSystemTime() {
-    SYSTEMTIME now{};
-    ::FILETIME time{};
-    ::GetSystemTime(&now);
-    SystemTimeToFileTime(&now, &time);
-    return std::uint64_t{time.dwHighDateTime} << 32 | time.dwLowDateTime;
 }
 
 // The library is looked for in the system's own directory alone, not beside the program.
@@ -225,65 +194,6 @@ std::unique_ptr<const CVersionInfo> CWin32Machine::GetFileVersionInfo(std::strin
     std::vector<char> block(size);
     if (GetFileVersionInfoA(name.c_str(), 0, size, block.data()) == 0) return nullptr;
     return std::make_unique<const CSystemVersion>(std::move(block));
-}
-
-bool CWin32Machine::FileExists(std::string_view path) {
-    const DWORD attributes = GetFileAttributesA(CString(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-}
-
-bool CWin32Machine::DirectoryExists(std::string_view path) {
-    const DWORD attributes = GetFileAttributesA(CString(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-bool CWin32Machine::CreateDirectory(std::string_view path) {
-    return CreateDirectoryA(CString(path).c_str(), nullptr) != 0;
-}
-
-bool CWin32Machine::DeleteFile(std::string_view path) { return DeleteFileA(CString(path).c_str()) != 0; }
-
-CFileBytes CWin32Machine::ReadFile(std::string_view path, std::uint64_t limit) {
-    return ReadOwnFile(path, limit, false);
-}
-
-CFileBytes CWin32Machine::ReadFileHead(std::string_view path, std::size_t size) {
-    return ReadOwnFile(path, size, true);
-}
-
-std::unique_ptr<CFileWriter> CWin32Machine::CreateFile(std::string_view path) { return CreateOwnFile(path); }
-
-std::unique_ptr<std::ostream> CWin32Machine::CreateTextFile(std::string_view path) { return CreateOwnTextFile(path); }
-
-// A mutex of the folder's name, for all sessions of the machine; one that another user made cannot even be opened.
-bool CWin32Machine::LockProgramFolder() {
-    CString name = "Global\\delvane " + FoldCase(m_programFolder);
-    std::replace(name.begin() + 7, name.end(), '\\', '/');
-    CHandle mutex(CreateMutexA(nullptr, TRUE, name.c_str()));
-    const DWORD code = GetLastError();
-    if (code == ERROR_ALREADY_EXISTS || (!mutex && code == ERROR_ACCESS_DENIED)) return false;
-    m_pLock = std::make_unique<CLock>(std::move(mutex));
-    return true;
-}
-
-void CWin32Machine::OpenDocument(std::string_view path) {
-    const HRESULT initialized = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
-    ShellExecuteA(nullptr, nullptr, CString(path).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
-    if (SUCCEEDED(initialized)) CoUninitialize();
-}
-
-CString CWin32Machine::GetDocumentFolder() { return ExecutableFolder(); }
-
-std::unique_ptr<CMachine> MakeMachine() {
-    // A drive without a disk in it answers with an error, not with a box that waits for somebody.
-    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
-    std::array<char, kPathRoom> program{};
-    const DWORD home = GetEnvironmentVariableA("DELVANE_HOME", program.data(), static_cast<DWORD>(program.size()));
-    CString folder(program.data(), home < program.size() ? home : 0);
-    while (folder.ends_with('\\') || folder.ends_with('/'))
-        folder.pop_back();
-    if (folder.empty()) folder = ExecutableFolder();
-    return std::make_unique<CWin32Machine>(std::move(folder));
 }
 
 }  // namespace delvane

@@ -1,4 +1,5 @@
 // A Wine prefix and a Windows volume with the contents of the contract.
+#include "platform/hosted/hosted_host.h"
 #include "platform/hosted/hosted_machine.h"
 #include "samples/regf_writer.h"
 #include "tests/support/contract_machine.h"
@@ -22,6 +23,7 @@ class CPrefixContract : public CContractMachine {
 public:
     CPrefixContract() { WriteFiles(m_prefix, "drive_c/Contract"); }
     CMachine& Get() override { return m_machine; }
+    CHost& GetHost() override { return m_host; }
     CString GetFolder() const override { return "C:\\Contract"; }
     CString GetOwnFolder() const override { return "C:\\Own"; }
 
@@ -42,7 +44,8 @@ private:
 [Software\\Contract\\beta] 1700000000
 )"};
     std::string m_own = m_prefix.MakeFolder("drive_c/Own");
-    CHostedMachine m_machine{CMachineChoice{m_prefix.GetPath(), {}, false, false}, m_own};
+    CHostedMachine m_machine{CMachineChoice{m_prefix.GetPath(), {}, false, false}};
+    CHostedHost m_host{m_machine.GetPaths(), m_own};
 };
 
 class CVolumeContract : public CContractMachine {
@@ -69,10 +72,11 @@ public:
         m_volume.Write("Users/Anna/NTUSER.DAT", m_user.Build());
         WriteFiles(m_volume, "Contract");
         m_volume.MakeFolder("Own");
-        m_pMachine =
-            std::make_unique<CHostedMachine>(CMachineChoice{m_volume.GetPath(), {}, false, true}, m_volume / "Own");
+        m_pMachine = std::make_unique<CHostedMachine>(CMachineChoice{m_volume.GetPath(), {}, false, true});
+        m_pHost = std::make_unique<CHostedHost>(m_pMachine->GetPaths(), m_volume / "Own");
     }
     CMachine& Get() override { return *m_pMachine; }
+    CHost& GetHost() override { return *m_pHost; }
     CString GetFolder() const override { return "C:\\Contract"; }
     CString GetOwnFolder() const override { return "C:\\Own"; }
 
@@ -87,6 +91,7 @@ private:
     CRegfWriter m_system;
     CRegfWriter m_user;
     std::unique_ptr<CHostedMachine> m_pMachine;
+    std::unique_ptr<CHostedHost> m_pHost;
 };
 
 }  // namespace

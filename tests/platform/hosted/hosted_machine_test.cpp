@@ -10,7 +10,9 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "platform/hosted/hosted_host.h"
 #include "tests/support/prefix.h"
+#include "tests/support/search.h"
 
 namespace delvane {
 namespace {
@@ -20,14 +22,14 @@ namespace fs = std::filesystem;
 class HostedMachine : public testing::Test {
 protected:
     CHostedMachine& Open(const CPrefix& prefix) {
-        m_pMachine =
-            std::make_unique<CHostedMachine>(CMachineChoice{prefix.GetPath(), {}, false, false}, m_home.GetPath());
+        m_pMachine = std::make_unique<CHostedMachine>(CMachineChoice{prefix.GetPath(), {}, false, false});
+        m_pHost = std::make_unique<CHostedHost>(m_pMachine->GetPaths(), m_home.GetPath());
         return *m_pMachine;
     }
     // The attributes of what the search lists, by name.
     std::map<std::string, std::uint32_t> List(CHostedMachine& machine, const char* path) {
         std::map<std::string, std::uint32_t> entries;
-        const auto search = machine.OpenSearch(path);
+        const auto search = SearchOf(machine, path);
         if (search == nullptr) return {{"(no search)", 0}};
         std::string before;
         for (CFindData data; search->Next(data);) {
@@ -39,7 +41,7 @@ protected:
     }
     // How many directories a walk enters below the path.
     std::size_t CountWalked(CHostedMachine& machine, const std::string& path) {
-        const auto search = machine.OpenSearch(path);
+        const auto search = SearchOf(machine, path);
         if (search == nullptr) return 0;
         std::size_t count = 1;
         for (CFindData data; search->Next(data);) {
@@ -52,6 +54,7 @@ protected:
 
     CTemporaryFolder m_home;
     std::unique_ptr<CHostedMachine> m_pMachine;
+    std::unique_ptr<CHostedHost> m_pHost;
 };
 
 TEST_F(HostedMachine, VariablesThatMultiplyComeToAnEnd) {
@@ -73,6 +76,7 @@ TEST_F(HostedMachine, FoldersThatLinkToEachOtherAreListedSomeTimes) {
     const std::size_t walked = CountWalked(machine, "C:\\web");
     EXPECT_GT(walked, 100U);
     EXPECT_LE(walked, 1U + kFolders + 16 * kFolders);
+    machine.BeginWalk();
     EXPECT_EQ(CountWalked(machine, "C:\\web"), walked) << "each walk begins anew";
     ASSERT_EQ(machine.TakeNotices().size(), 1U);
 }
@@ -158,18 +162,18 @@ TEST_F(HostedMachine, PathsAreFoundWithoutRegardToCaseAndStayOnTheirDrive) {
     prefix.Write("drive_c/Program Files/App/Lies Mich.TXT", "x");
     prefix.Write("drive_c/Twice/a", "lower");
     prefix.Write("drive_c/TWICE/A", "upper");
-    CHostedMachine& machine = Open(prefix);
-    EXPECT_TRUE(machine.FileExists("c:\\PROGRAM FILES\\app\\lies mich.txt"));
-    EXPECT_TRUE(machine.FileExists("C:/Program Files//App\\Lies Mich.TXT"));
-    EXPECT_TRUE(machine.DirectoryExists("C:\\windows\\"));
-    EXPECT_EQ(machine.ReadFile("C:\\Twice\\a", 100).GetBytes(), "lower") << "an exact match first";
-    EXPECT_EQ(machine.ReadFile("C:\\tWICE\\A", 100).GetBytes(), "upper") << "then the first by byte";
-    EXPECT_FALSE(machine.FileExists("C:\\Program Files\\missing"));
-    EXPECT_TRUE(machine.DirectoryExists("C:\\..\\..\\windows")) << "no way above a drive's root";
-    EXPECT_FALSE(machine.FileExists("C:\\..\\system.reg"));
-    EXPECT_FALSE(machine.FileExists("X:\\windows"));
-    EXPECT_FALSE(machine.FileExists("relative"));
-    EXPECT_FALSE(machine.FileExists(std::string_view("C:\\windows\0\\x", 13)));
+    Open(prefix);
+    EXPECT_TRUE(m_pHost->FileExists("c:\\PROGRAM FILES\\app\\lies mich.txt"));
+    EXPECT_TRUE(m_pHost->FileExists("C:/Program Files//App\\Lies Mich.TXT"));
+    EXPECT_TRUE(m_pHost->DirectoryExists("C:\\windows\\"));
+    EXPECT_EQ(m_pHost->ReadFile("C:\\Twice\\a", 100).GetBytes(), "lower") << "an exact match first";
+    EXPECT_EQ(m_pHost->ReadFile("C:\\tWICE\\A", 100).GetBytes(), "upper") << "then the first by byte";
+    EXPECT_FALSE(m_pHost->FileExists("C:\\Program Files\\missing"));
+    EXPECT_TRUE(m_pHost->DirectoryExists("C:\\..\\..\\windows")) << "no way above a drive's root";
+    EXPECT_FALSE(m_pHost->FileExists("C:\\..\\system.reg"));
+    EXPECT_FALSE(m_pHost->FileExists("X:\\windows"));
+    EXPECT_FALSE(m_pHost->FileExists("relative"));
+    EXPECT_FALSE(m_pHost->FileExists(std::string_view("C:\\windows\0\\x", 13)));
 }
 
 TEST_F(HostedMachine, ListsAttributesTimesAndSizesAsWineShowsThem) {
@@ -194,7 +198,7 @@ TEST_F(HostedMachine, ListsAttributesTimesAndSizesAsWineShowsThem) {
     timespec times[2] = {{-1000, 0}, {1'600'000'000, 123'456'789}};
     utimensat(AT_FDCWD, (prefix / "drive_c/t/plain.txt").c_str(), times, 0);
     CFileWords words;
-    ASSERT_TRUE(machine.FindPath("C:\\t\\FILELINK", words));
+    ASSERT_EQ(machine.FindPath("C:\\t\\FILELINK", words), ERROR_SUCCESS);
     EXPECT_EQ(words.GetSize(), 5U);
     EXPECT_EQ(words.m_ftLastWrite.GetTicks(), kUnixEpochTicks + 16'000'000'001'234'567U) << "rounded down to a tick";
     EXPECT_EQ(words.m_ftCreation, words.m_ftLastWrite);
@@ -266,7 +270,7 @@ TEST_F(HostedMachine, DeepTreesAreWalkedToTheLimitAndNotBeyond) {
 TEST_F(HostedMachine, TheProgramsFolderIsADrivePathOnlyOnADisk) {
     const CPrefix prefix;
     const auto folderOf = [&](const std::string& program) {
-        return CHostedMachine({prefix.GetPath(), {}, false}, program).GetModuleFileName();
+        return CHostedHost(Open(prefix).GetPaths(), program).GetModuleFileName();
     };
     const std::string real = fs::canonical(prefix.MakeFolder("drive_c/Tools"));
     EXPECT_EQ(folderOf(real), "C:\\Tools\\delvane");
@@ -291,18 +295,20 @@ TEST_F(HostedMachine, TheDocumentFolderIsAMachinePath) {
     // There is no help page beside the tests.
     std::string host = ExecutableFolder();
     std::replace(host.begin(), host.end(), '/', '\\');
-    EXPECT_EQ(Open(prefix).GetDocumentFolder(), host);
+    Open(prefix);
+    EXPECT_EQ(m_pHost->GetDocumentFolder(), host);
 }
 
 TEST_F(HostedMachine, WithoutAMachineItsOwnFilesStillWork) {
-    CHostedMachine machine({{}, "nothing here", true}, m_home.GetPath());
+    CHostedMachine machine({{}, "nothing here", true});
+    m_pHost = std::make_unique<CHostedHost>(machine.GetPaths(), m_home.GetPath());
     EXPECT_FALSE(machine.IsPresent());
     EXPECT_EQ(machine.TakeNotices(), std::vector<CString>{"nothing here"});
-    EXPECT_EQ(machine.OpenSearch("C:"), nullptr);
+    EXPECT_EQ(SearchOf(machine, "C:"), nullptr);
     EXPECT_EQ(machine.GetDriveType("C:\\"), DRIVE_FIXED) << "what two snapshots hold may be compared";
     std::string host = m_home.GetPath() + "/x";
     std::replace(host.begin(), host.end(), '/', '\\');
-    const auto file = machine.CreateFile(host);
+    const auto file = m_pHost->CreateFile(host);
     ASSERT_NE(file, nullptr);
     file->Write("bytes");
     file->Commit();
@@ -324,12 +330,12 @@ protected:
 TEST_F(OwnFiles, TakeTheirPlaceWhenTheyAreComplete) {
     m_home.Write("a.dvs", "earlier");
     {
-        const auto file = m_pMachine->CreateFile(Host("a.dvs"));
+        const auto file = m_pHost->CreateFile(Host("a.dvs"));
         file->Write("half");
         EXPECT_EQ(m_home.Read("a.dvs"), "earlier");
     }
     EXPECT_EQ(std::distance(fs::directory_iterator(m_home.GetPath()), {}), 1) << "nothing is left behind";
-    const auto file = m_pMachine->CreateFile(Host("a.dvs"));
+    const auto file = m_pHost->CreateFile(Host("a.dvs"));
     file->Write("new");
     file->Commit();
     EXPECT_EQ(m_home.Read("a.dvs"), "new");
@@ -340,29 +346,29 @@ TEST_F(OwnFiles, OnlyRegularFilesAreEverOpened) {
     m_home.MakeFolder("folder");
     fs::create_symlink("/dev/full", m_home / "device");
     for (const char* name : {"pipe", "folder", "device"}) {
-        EXPECT_THROW(m_pMachine->CreateFile(Host(name)), CFileOpenError) << name;
-        EXPECT_EQ(m_pMachine->CreateTextFile(Host(name)), nullptr) << name;
-        EXPECT_THROW(m_pMachine->ReadFile(Host(name), 100), CFileOpenError) << name;
+        EXPECT_THROW(m_pHost->CreateFile(Host(name)), CFileOpenError) << name;
+        EXPECT_EQ(m_pHost->CreateTextFile(Host(name)), nullptr) << name;
+        EXPECT_THROW(m_pHost->ReadFile(Host(name), 100), CFileOpenError) << name;
         CLoadedImage image;
         EXPECT_FALSE(m_pMachine->MapAndLoad(Host(name), image)) << name;
     }
-    EXPECT_THROW(m_pMachine->CreateFile(Host("missing/x")), CFileOpenError);
+    EXPECT_THROW(m_pHost->CreateFile(Host("missing/x")), CFileOpenError);
 }
 
 TEST_F(OwnFiles, ALinkIsWrittenThroughAndALargeFileRefused) {
     m_home.Write("real", "old");
     fs::create_symlink("real", m_home / "link");
-    const auto file = m_pMachine->CreateFile(Host("link"));
+    const auto file = m_pHost->CreateFile(Host("link"));
     file->Write("new");
     file->Commit();
     EXPECT_TRUE(fs::is_symlink(m_home / "link"));
     EXPECT_EQ(m_home.Read("real"), "new");
-    EXPECT_THROW(m_pMachine->ReadFile(Host("real"), 2), CFileError);
+    EXPECT_THROW(m_pHost->ReadFile(Host("real"), 2), CFileError);
 }
 
 TEST_F(OwnFiles, ASignalEndsSearchesAndWritesWhileAGuardLives) {
-    const auto search = m_pMachine->OpenSearch("C:");
-    const auto file = m_pMachine->CreateFile(Host("x"));
+    const auto search = SearchOf(*m_pMachine, "C:");
+    const auto file = m_pHost->CreateFile(Host("x"));
     CFindData data;
     {
         const CInterruptGuard guard;

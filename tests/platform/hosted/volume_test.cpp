@@ -6,6 +6,7 @@
 #include "platform/hosted/hosted_machine.h"
 #include "platform/hosted/identity/volume_identity.h"
 #include "samples/regf_writer.h"
+#include "tests/support/search.h"
 #include "tests/support/temporary_folder.h"
 
 namespace delvane {
@@ -82,7 +83,7 @@ protected:
         const CMachineChoice choice = ChooseMachine();
         unsetenv("DELVANE_MACHINE");
         EXPECT_TRUE(choice.m_bIsVolume) << choice.m_strProblem;
-        m_pMachine = std::make_unique<CHostedMachine>(choice, m_home.GetPath());
+        m_pMachine = std::make_unique<CHostedMachine>(choice);
         return *m_pMachine;
     }
     // The text of a value, or an error's number.
@@ -117,7 +118,6 @@ protected:
         return m_pMachine->LoadFolderLibrary()(kind, path) ? path : "";
     }
 
-    CTemporaryFolder m_home;
     std::unique_ptr<CHostedMachine> m_pMachine;
 };
 
@@ -226,6 +226,7 @@ TEST_F(Volume, HivesAreReadAnewWhenTheyHaveChanged) {
     EXPECT_EQ(Text(HKEY_LOCAL_MACHINE, "SOFTWARE\\New", ""), "error 2");
     CVolume::SetText(volume.m_software.GetRoot().Make("New"), "", "there");
     volume.WriteHives();
+    m_pMachine->BeginWalk();
     EXPECT_EQ(Text(HKEY_LOCAL_MACHINE, "SOFTWARE\\New", ""), "there");
 }
 
@@ -239,13 +240,13 @@ TEST_F(Volume, LinksOutOfItAreNotListed) {
     fs::create_directory_symlink("Inside", volume / "In");
     CHostedMachine& machine = Open(volume);
     std::vector<std::string> names;
-    const auto search = machine.OpenSearch("C:\\");
+    const auto search = SearchOf(machine, "C:\\");
     for (CFindData data; search->Next(data);)
         names.emplace_back(data.m_name);
     EXPECT_EQ(names, (std::vector<std::string>{"In", "Inside", "Users", "Windows"}));
     CFileWords words;
-    EXPECT_FALSE(machine.FindPath("C:\\Out\\file", words));
-    EXPECT_TRUE(machine.FindPath("C:\\In\\file", words));
+    EXPECT_NE(machine.FindPath("C:\\Out\\file", words), ERROR_SUCCESS);
+    EXPECT_EQ(machine.FindPath("C:\\In\\file", words), ERROR_SUCCESS);
 }
 
 }  // namespace

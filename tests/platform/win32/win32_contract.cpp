@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "platform/win32/machine/system.h"
+#include "platform/win32/machine/win32_host.h"
 #include "platform/win32/machine/win32_machine.h"
 #include "platform/win32/wide.h"
 #include "tests/support/contract_machine.h"
@@ -56,6 +57,7 @@ public:
     ~CWin32Contract() override { RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_key.c_str()); }
 
     CMachine& Get() override { return m_machine; }
+    CHost& GetHost() override { return m_host; }
     CString GetFolder() const override { return Slashed("files"); }
     CString GetOwnFolder() const override { return Slashed("own"); }
     CString GetKeyName() const override { return Narrow(m_key.substr(m_key.rfind(L'\\') + 1)); }
@@ -66,7 +68,8 @@ private:
     // Several tests run at a time, and there is one registry.
     std::wstring m_key = L"Software\\Contract " + std::to_wstring(GetCurrentProcessId());
     CTemporaryFolder m_folder;
-    CWin32Machine m_machine{Slashed("own")};
+    CWin32Machine m_machine;
+    CWin32Host m_host{Slashed("own")};
 };
 
 }  // namespace

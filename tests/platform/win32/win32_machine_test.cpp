@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "platform/win32/machine/system.h"
+#include "platform/win32/machine/win32_host.h"
 #include "platform/win32/wide.h"
+#include "tests/support/search.h"
 #include "tests/support/temporary_folder.h"
 
 namespace delvane {
@@ -43,7 +45,8 @@ protected:
 
     static const std::wstring kKey;
     CTemporaryFolder m_folder;
-    CWin32Machine m_machine{m_folder.GetPath()};
+    CWin32Machine m_machine;
+    CWin32Host m_host{m_folder.GetPath()};
     ::HKEY m_key = nullptr;
 };
 
@@ -153,14 +156,14 @@ TEST_F(Win32Machine, DirectoriesThatTheCallsDoNotReachAreListedAllTheSame) {
         ASSERT_TRUE(static_cast<bool>(file)) << GetLastError();
     }
     for (const CString& path : {deep, dotted}) {
-        const auto search = m_machine.OpenSearch(path);
+        const auto search = SearchOf(m_machine, path);
         ASSERT_NE(search, nullptr) << path;
         CFindData data;
         ASSERT_TRUE(search->Next(data));
         EXPECT_EQ(data.m_name, "inside.txt");
         EXPECT_FALSE(search->Next(data));
         CFileWords words;
-        EXPECT_TRUE(m_machine.FindPath(path + "\\inside.txt", words)) << path;
+        EXPECT_EQ(m_machine.FindPath(path + "\\inside.txt", words), ERROR_SUCCESS) << path;
     }
     for (const CString& path : {deep, dotted}) {
         DeleteFileW(LongWidePath(path + "\\inside.txt").c_str());
@@ -172,13 +175,13 @@ TEST_F(Win32Machine, AFileThatMayNotBeWrittenStaysAsItIs) {
     const CString path = m_folder.GetPath() + "\\a.dvs";
     m_folder.Write("a.dvs", "good");
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
-    EXPECT_THROW(m_machine.CreateFile(path), CFileOpenError);
-    EXPECT_EQ(m_machine.CreateTextFile(path), nullptr);
+    EXPECT_THROW(m_host.CreateFile(path), CFileOpenError);
+    EXPECT_EQ(m_host.CreateTextFile(path), nullptr);
     EXPECT_EQ(m_folder.Read("a.dvs"), "good");
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     // The words of the failure are the system's.
     try {
-        m_machine.ReadFile(m_folder.GetPath() + "\\none", 1);
+        m_host.ReadFile(m_folder.GetPath() + "\\none", 1);
         FAIL();
     } catch (const CFileOpenError& error) {
         EXPECT_EQ(CString(error.what()), m_folder.GetPath() + "\\none: open: " + ErrorText(2) + " (2)");
@@ -187,10 +190,10 @@ TEST_F(Win32Machine, AFileThatMayNotBeWrittenStaysAsItIs) {
 }
 
 TEST_F(Win32Machine, AFolderIsLockedForOneAtATime) {
-    EXPECT_TRUE(m_machine.LockProgramFolder());
-    CWin32Machine same(m_folder.GetPath());
+    EXPECT_TRUE(m_host.LockProgramFolder());
+    CWin32Host same(m_folder.GetPath());
     EXPECT_FALSE(same.LockProgramFolder());
-    CWin32Machine other(m_folder.MakeFolder("other"));
+    CWin32Host other(m_folder.MakeFolder("other"));
     EXPECT_TRUE(other.LockProgramFolder());
 }
 

@@ -1,0 +1,119 @@
+#include "platform/hosted/hosted_host.h"
+
+#include <cerrno>
+#include <csignal>
+#include <ctime>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/hosted/choice.h"
+#include "platform/hosted/files/own_file.h"
+#include "platform/hosted/hosted_machine.h"
+
+namespace delvane {
+namespace {
+
+bool IsFile(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+}  // namespace
+
+CString CHostedHost::GetModuleFileName() { return m_paths.ToMachine(m_programFolder) + "\\delvane"; }
+
+CString CHostedHost::GetDocumentFolder() { return m_paths.ToMachine(FindDocumentFolder(ExecutableFolder())); }
+
+// In whole milliseconds, as Windows tells the time of day.
+std::uint64_t CHostedHost::GetSystemTime() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const auto milliseconds =
+        static_cast<std::uint64_t>(now.tv_sec) * 1000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
+    return milliseconds * (kTicksPerSecond / 1000) + kUnixEpochTicks;
+}
+
+bool CHostedHost::FileExists(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    return hostPath && IsFile(*hostPath);
+}
+
+bool CHostedHost::DirectoryExists(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    return hostPath && IsHostDirectory(*hostPath);
+}
+
+bool CHostedHost::CreateDirectory(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
+    return hostPath && mkdir(hostPath->c_str(), 0777) == 0;
+}
+
+bool CHostedHost::DeleteFile(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    return hostPath && unlink(hostPath->c_str()) == 0;
+}
+
+std::vector<CString> CHostedHost::ListFiles(std::string_view folder) {
+    std::vector<CString> names;
+    const std::optional<std::string> hostPath = m_paths.Find(folder);
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(hostPath ? opendir(hostPath->c_str()) : nullptr, &closedir);
+    while (const dirent* const entry = stream == nullptr ? nullptr : readdir(stream.get())) {
+        struct stat status {};
+        if (fstatat(dirfd(stream.get()), entry->d_name, &status, 0) == 0 && S_ISREG(status.st_mode)) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    return names;
+}
+
+CFileBytes CHostedHost::ReadFile(std::string_view path, std::uint64_t limit) {
+    return ReadOwnFile(m_paths.Find(path), GetDisplayPath(path), limit, false);
+}
+
+CFileBytes CHostedHost::ReadFileHead(std::string_view path, std::size_t size) {
+    return ReadOwnFile(m_paths.Find(path), GetDisplayPath(path), size, true);
+}
+
+std::unique_ptr<CFileWriter> CHostedHost::CreateFile(std::string_view path) {
+    return CreateHostFile(m_paths.FindForCreation(path), GetDisplayPath(path));
+}
+
+std::unique_ptr<std::ostream> CHostedHost::CreateTextFile(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
+    return hostPath ? CreateHostTextFile(*hostPath) : nullptr;
+}
+
+CString CHostedHost::GetMachinePath(std::string_view path) const {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    const std::string real = hostPath ? RealHostPath(*hostPath) : std::string();
+    return real.empty() ? CString(path) : m_paths.ToMachine(real);
+}
+
+bool CHostedHost::LockProgramFolder() {
+    m_lock.Reset(open(m_programFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return !m_lock || flock(m_lock.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+void CHostedHost::OpenDocument(std::string_view path) {
+    if (const std::optional<std::string> hostPath = m_paths.Find(path)) OpenHostDocument(*hostPath);
+}
+
+// Started with a standard stream closed, the program would give its number to a file, and a message would go there.
+void PrepareStandardStreams() {
+    int stream = open("/dev/null", O_RDWR);
+    while (stream >= 0 && stream <= STDERR_FILENO)
+        stream = open("/dev/null", O_RDWR);
+    if (stream >= 0) close(stream);
+}
+
+CSystem MakeSystem() {
+    std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is a failed write, not the program's end
+    auto machine = std::make_unique<CHostedMachine>(ChooseMachine());
+    auto host = std::make_unique<CHostedHost>(machine->GetPaths(), ChooseProgramFolder());
+    return {std::move(machine), std::move(host)};
+}
+
+}  // namespace delvane
