@@ -6,7 +6,7 @@
 #include "report/base.h"
 #include "resources/strings.h"
 #include "tree/archive.h"
-#include "tree/snapshot.h"
+#include "tree/root.h"
 
 namespace delvane {
 
@@ -23,7 +23,7 @@ void CDelvDriveObj::Serialize(CArchive& archive) {
         archive.WriteString(m_strVolume);
     } else {
         m_nDriveType = archive.ReadU32();
-        if (FindSnapshot(this)->m_strVersion != "v1.3") m_strVolume = archive.ReadString();
+        if (RootOf(*this).m_strVersion != "v1.3") m_strVolume = archive.ReadString();
         m_bCaptured = true;
     }
     CDelvDirObj::Serialize(archive);
@@ -31,9 +31,7 @@ void CDelvDriveObj::Serialize(CArchive& archive) {
 
 std::string_view CDelvDriveObj::GetVolume() {
     if (!m_bCaptured && DriveTypeOf(m_name) == m_nDriveType) {
-        CString volume;
-        ReadVolumeName(m_name, volume);
-        m_strVolume = m_subdirs.GetArena().Copy(volume);
+        m_strVolume = m_subdirs.GetArena().Copy(VolumeNameOf(m_name));
     }
     return m_strVolume;
 }
@@ -47,7 +45,7 @@ bool CDelvDriveObj::Capture(CCaptureProgress* progress) {
     m_bCaptured = true;
     const bool isCaptured = CDelvDirObj::Capture(progress);
     const CString root = GetFullName() + "\\";
-    CGapList& gaps = FindSnapshot(this)->GetGaps();
+    CGapList& gaps = RootOf(*this).GetGaps();
     const bool isLabelLost = error != ERROR_SUCCESS && error != ERROR_NOT_CONNECTED;
     if (isLabelLost && !gaps.HasDrive(root)) gaps.Add(EGapKind::kDrive, root, error);
     return isCaptured;
@@ -77,8 +75,8 @@ void CDelvDriveObj::ReportDeleted(CReportObj& report) {
     if (theContext.IsDirAllowed(m_name)) report.AddWarning(0, *this, IDS_DRIVE_NOT_IN_CURRENT);
 }
 
-CDelvAllDrives::CDelvAllDrives(CSnapshot& snapshot) : CDelvDriveObj(&snapshot, snapshot.GetArena()) {
-    m_name = snapshot.GetArena().Copy(LoadResString(IDS_MY_COMPUTER));
+CDelvAllDrives::CDelvAllDrives(CTreeRoot& root) : CDelvDriveObj(&root, root.GetArena()) {
+    m_name = root.GetArena().Copy(LoadResString(IDS_MY_COMPUTER));
     m_fullName = m_name;
 }
 
@@ -113,7 +111,7 @@ bool CDelvAllDrives::Capture(CCaptureProgress* progress) {
 // What was asked for by its letter and is not there is a gap. A capture that was to read drives and could read none is
 // hardly what somebody wanted.
 void CDelvAllDrives::NoteMissingDrives() {
-    CGapList& gaps = FindSnapshot(this)->GetGaps();
+    CGapList& gaps = RootOf(*this).GetGaps();
     std::uint32_t missing = theContext.m_dwDrivesOn & ~theContext.m_dwLogicalDrives;
     for (; missing != 0; missing &= missing - 1)
         gaps.Add(EGapKind::kDrive, DriveName(missing) + "\\", ERROR_PATH_NOT_FOUND);

@@ -6,6 +6,8 @@
 
 namespace delvane {
 
+class CTreeRoot;
+
 // The root directory of one drive letter. Its name and its full path are the letter and a colon. Two drives of one
 // letter are compared only if they agree in kind and in volume text: else they are not the same medium.
 class CDelvDriveObj : public CDelvDirObj {
@@ -32,7 +34,7 @@ public:
 // The root of the file system's sub-tree. Its drives stand in m_subdirs; it has no kind and no volume of its own.
 class CDelvAllDrives : public CDelvDriveObj {
 public:
-    explicit CDelvAllDrives(CSnapshot& snapshot);
+    explicit CDelvAllDrives(CTreeRoot& root);
 
     void Serialize(CArchive& archive) override;
     // The node at a path as a registry value may spell it: quoted, or with \??\ ahead. The drive letter must be upper

@@ -1,20 +1,16 @@
 #include "capture/extensions.h"
 
-#include <algorithm>
-#include <functional>
-
 #include "capture/registry.h"
 #include "core/context.h"
 #include "report/base.h"
 #include "resources/strings.h"
 #include "tree/archive.h"
-#include "tree/snapshot.h"
+#include "tree/root.h"
 
 namespace delvane {
 namespace {
 
 constexpr std::size_t kSmallestRecord = 5 + 4;  // five empty strings and a word
-constexpr unsigned kFirstIndexPower = 10;
 
 CString PathInClasses(std::string_view name) { return CString("HKCR\\").append(name); }
 
@@ -42,7 +38,7 @@ void CDelvExtObj::Serialize(CArchive& archive) {
         archive.WriteU32(m_bNoOpen);
     } else {
         m_bNoOpen = archive.ReadU32();
-        m_pKey = FindSnapshot(this)->FindObject(PathInClasses(m_name));
+        m_pKey = RootOf(*this).FindObject(PathInClasses(m_name));
         m_bCaptured = true;
     }
 }
@@ -60,11 +56,11 @@ bool CDelvExtObj::Compare(CDelvObj& other, CReportObj& report) {
 bool CDelvExtObj::Capture(CCaptureProgress*) {
     if (m_bCaptured) return true;
     m_bCaptured = true;
-    CArena& arena = FindSnapshot(this)->GetArena();
+    CArena& arena = RootOf(*this).GetArena();
     const CDelvRegValObj* const typeName = FindValue(*m_pKey, "\\(default)");
     if (typeName == nullptr) return true;
     m_strFileType = arena.Copy(TextOf(*typeName));
-    CDelvObj* const type = FindSnapshot(this)->FindObject(PathInClasses(m_strFileType));
+    CDelvObj* const type = RootOf(*this).FindObject(PathInClasses(m_strFileType));
     if (type == nullptr) return true;
     if (const CDelvRegValObj* const value = FindValue(*type, "\\(default)")) m_strFileType = arena.Copy(TextOf(*value));
     m_bNoOpen = type->FindObject(CString(type->m_name).append("\\NoOpen")) != nullptr ? 1 : 0;
@@ -81,8 +77,8 @@ bool CDelvExtObj::IsProperlyRegistered() const {
     return !m_strFileType.empty() && !m_strIcon.empty() && (!m_strOpenCommand.empty() || m_bNoOpen != 0);
 }
 
-CDelvAllExts::CDelvAllExts(CSnapshot& snapshot) : CDelvObj(&snapshot), m_extensions(snapshot.GetArena()) {
-    m_name = snapshot.GetArena().Copy(LoadResString(IDS_MY_COMPUTER_EXTENSIONS));
+CDelvAllExts::CDelvAllExts(CTreeRoot& root) : CDelvObj(&root), m_extensions(root.GetArena()) {
+    m_name = root.GetArena().Copy(LoadResString(IDS_MY_COMPUTER_EXTENSIONS));
     m_fullName = m_name;
     m_bCaptured = true;
 }
@@ -101,13 +97,13 @@ void CDelvAllExts::Serialize(CArchive& archive) {
         CDelvExtObj* const extension = archive.GetArena().New<CDelvExtObj>(this);
         m_extensions.push_back(extension);
         extension->Serialize(archive);
-        Index(extension);
+        m_byName[extension->m_name] = extension;
     }
 }
 
 CDelvObj* CDelvAllExts::FindObject(std::string_view name) {
-    if (!name.starts_with('.') || m_index == nullptr) return nullptr;
-    return *FindSlot(name);
+    const auto found = m_byName.find(name);
+    return found == m_byName.end() ? nullptr : found->second;
 }
 
 bool CDelvAllExts::Compare(CDelvObj& other, CReportObj& report) {
@@ -142,35 +138,8 @@ void CDelvAllExts::AddFileExtension(const CString& name, CCaptureProgress* progr
 CDelvExtObj& CDelvAllExts::Add(CTextRef name, CDelvObj* key) {
     CDelvExtObj* const extension = m_extensions.GetArena().New<CDelvExtObj>(this, name, key);
     m_extensions.push_back(extension);
-    Index(extension);
+    m_byName[extension->m_name] = extension;
     return *extension;
-}
-
-// The place of that name in the index: it holds the extension, or null where there is none.
-CDelvObj** CDelvAllExts::FindSlot(std::string_view name) const {
-    const std::size_t mask = (std::size_t{1} << m_nIndexPower) - 1;
-    for (std::size_t at = std::hash<std::string_view>()(name);; ++at) {
-        CDelvObj** const slot = m_index + (at & mask);
-        if (*slot == nullptr || (*slot)->m_name == name) return slot;
-    }
-}
-
-// Of two extensions of one name the later one is found.
-void CDelvAllExts::Index(CDelvObj* extension) {
-    if (m_index == nullptr || m_nIndexed * 2 >= std::size_t{1} << m_nIndexPower) {
-        CArena& arena = m_extensions.GetArena();
-        if (m_index != nullptr) arena.ReturnArray(reinterpret_cast<void**>(m_index), m_nIndexPower);
-        m_nIndexPower = m_index == nullptr ? kFirstIndexPower : m_nIndexPower + 1;
-        m_index = reinterpret_cast<CDelvObj**>(arena.TakeArray(m_nIndexPower));
-        std::fill_n(m_index, std::size_t{1} << m_nIndexPower, nullptr);
-        m_nIndexed = 0;
-        for (CDelvObj* known : m_extensions) {
-            if (known != extension) Index(known);
-        }
-    }
-    CDelvObj** const slot = FindSlot(extension->m_name);
-    if (*slot == nullptr) ++m_nIndexed;
-    *slot = extension;
 }
 
 }  // namespace delvane

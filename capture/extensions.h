@@ -3,10 +3,14 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
+#include <unordered_map>
 
 #include "tree/node.h"
 
 namespace delvane {
+
+class CTreeRoot;
 
 class CDelvRegKeyObj;
 
@@ -34,7 +38,7 @@ public:
 // The root of the extensions' sub-tree.
 class CDelvAllExts : public CDelvObj {
 public:
-    explicit CDelvAllExts(CSnapshot& snapshot);
+    explicit CDelvAllExts(CTreeRoot& root);
 
     void Serialize(CArchive& archive) override;
     CDelvObj* FindObject(std::string_view name) override;
@@ -51,13 +55,8 @@ public:
 
 private:
     CDelvExtObj& Add(CTextRef name, CDelvObj* key);
-    CDelvObj** FindSlot(std::string_view name) const;
-    void Index(CDelvObj* extension);
 
-    // A hash table of the extensions by name, with open addressing: 2^power places, at most half of them taken.
-    CDelvObj** m_index = nullptr;
-    unsigned m_nIndexPower = 0;
-    std::size_t m_nIndexed = 0;
+    std::unordered_map<std::string_view, CDelvObj*> m_byName;  // of two of one name the later one
 };
 
 }  // namespace delvane

@@ -5,7 +5,7 @@
 #include "core/context.h"
 #include "report/base.h"
 #include "tree/archive.h"
-#include "tree/snapshot.h"
+#include "tree/root.h"
 
 namespace delvane {
 namespace {
@@ -174,14 +174,14 @@ bool CDelvDirObj::Capture(CCaptureProgress* progress) {
     }
     if (IsExactly<CDelvDirObj>(*this)) Count(progress, &CCaptureProgress::m_nDirs, kCodeDirs);
     const CString& programFiles = *theContext.GetFolder(CSIDL_PROGRAM_FILES);
-    CDelvAllExts* const extensions = path.starts_with(programFiles) ? nullptr : FindSnapshot(this)->m_pExtensions;
+    CDelvAllExts* const extensions = path.starts_with(programFiles) ? nullptr : RootOf(*this).m_pExtensions;
     std::uint32_t error = ERROR_SUCCESS;
     const std::unique_ptr<CFileSearch> search = machine.OpenSearch(path, error);
     CFindData data;
     while (search != nullptr && search->Next(data)) {
         ThrowIfCancelled(progress);
         if (data.m_dwError != ERROR_SUCCESS) {
-            FindSnapshot(this)->GetGaps().Add(EGapKind::kEntry, path + "\\" + CString(data.m_name), data.m_dwError);
+            RootOf(*this).GetGaps().Add(EGapKind::kEntry, path + "\\" + CString(data.m_name), data.m_dwError);
         }
         if (!data.m_bNameOnly) CaptureEntry(data, extensions, progress);
     }
@@ -192,8 +192,7 @@ bool CDelvDirObj::Capture(CCaptureProgress* progress) {
 
 void CDelvDirObj::NoteGap(const CString& path, std::uint32_t error) {
     const bool isDrive = IsKindOf<CDelvDriveObj>(*this);
-    FindSnapshot(this)->GetGaps().Add(isDrive ? EGapKind::kDrive : EGapKind::kDirectory, isDrive ? path + "\\" : path,
-                                      error);
+    RootOf(*this).GetGaps().Add(isDrive ? EGapKind::kDrive : EGapKind::kDirectory, isDrive ? path + "\\" : path, error);
 }
 
 void CDelvDirObj::CaptureEntry(const CFindData& data, CDelvAllExts* extensions, CCaptureProgress* progress) {

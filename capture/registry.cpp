@@ -10,7 +10,7 @@
 #include "report/base.h"
 #include "resources/strings.h"
 #include "tree/archive.h"
-#include "tree/snapshot.h"
+#include "tree/root.h"
 
 namespace delvane {
 namespace {
@@ -94,7 +94,7 @@ bool CDelvRegValObj::Capture(CCaptureProgress* progress) {
         if (key == 0) return false;
         CRoom room;
         if (machine.RegQueryValueEx(key, m_name, nullptr, room) != ERROR_SUCCESS) return false;
-        room.m_pBytes = static_cast<char*>(FindSnapshot(this)->GetArena().Take(room.m_nSize, 1));
+        room.m_pBytes = static_cast<char*>(RootOf(*this).GetArena().Take(room.m_nSize, 1));
         // Data that have grown meanwhile do not fit and leave the value empty.
         const bool fits = machine.RegQueryValueEx(key, m_name, &m_dwType, room) == ERROR_SUCCESS;
         m_data = {room.m_pBytes, fits ? room.m_nSize : 0};
@@ -233,9 +233,7 @@ bool CDelvRegKeyObj::Capture(CCaptureProgress* progress) {
     return true;
 }
 
-void CDelvRegKeyObj::NoteGap(std::uint32_t code) {
-    FindSnapshot(this)->GetGaps().Add(EGapKind::kKey, GetFullName(), code);
-}
+void CDelvRegKeyObj::NoteGap(std::uint32_t code) { RootOf(*this).GetGaps().Add(EGapKind::kKey, GetFullName(), code); }
 
 // Children are put behind each other in the order of the registry and sorted in the end: the registry's order is
 // without case, and putting each into its place would take quadratic time in a large key.
@@ -341,7 +339,7 @@ bool CDelvRegHiveObj::Capture(CCaptureProgress* progress) {
     theContext.GetMachine().BeginWalk();
     const bool complete = CDelvRegKeyObj::Capture(progress);
     if (m_hKey == HKEY_CLASSES_ROOT) {
-        CDelvAllExts& extensions = *FindSnapshot(this)->m_pExtensions;
+        CDelvAllExts& extensions = *RootOf(*this).m_pExtensions;
         for (CDelvObj* key : m_subkeys) {
             ThrowIfCancelled(progress);
             if (key->m_name.Get().starts_with('.')) {
@@ -352,8 +350,8 @@ bool CDelvRegHiveObj::Capture(CCaptureProgress* progress) {
     return complete;
 }
 
-CDelvAllReg::CDelvAllReg(CSnapshot& snapshot) : CDelvRegHiveObj(&snapshot, snapshot.GetArena()) {
-    m_name = snapshot.GetArena().Copy(LoadResString(IDS_MY_COMPUTER));
+CDelvAllReg::CDelvAllReg(CTreeRoot& root) : CDelvRegHiveObj(&root, root.GetArena()) {
+    m_name = root.GetArena().Copy(LoadResString(IDS_MY_COMPUTER));
 }
 
 void CDelvAllReg::Serialize(CArchive& archive) {

@@ -8,6 +8,8 @@
 
 namespace delvane {
 
+class CTreeRoot;
+
 // A value: its type and its bytes as the registry gave them. The unnamed value of a key has the name "(default)". Keys
 // derive from it, so that every node of the registry has a handle and a path.
 class CDelvRegValObj : public CDelvObj {
@@ -90,7 +92,7 @@ private:
 // The root of the registry's sub-tree.
 class CDelvAllReg : public CDelvRegHiveObj {
 public:
-    explicit CDelvAllReg(CSnapshot& snapshot);
+    explicit CDelvAllReg(CTreeRoot& root);
 
     void Serialize(CArchive& archive) override;
     // Takes a path that begins with the short name of a hive: HKLM\SOFTWARE.

@@ -6,8 +6,6 @@
 
 namespace delvane {
 
-CInstallApp theApp;
-
 bool CInstallApp::InitInstance() {
     theContext.Initialize();
     theContext.ParseCommandLine();
@@ -29,7 +27,5 @@ bool CInstallApp::InitInstance() {
     }
     return false;
 }
-
-int CInstallApp::ExitInstance() { return m_nExitCode; }
 
 }  // namespace delvane

@@ -19,7 +19,7 @@ public:
     // Runs the whole program. Always false: no message loop follows.
     bool InitInstance();
     // What becomes the exit code of the process.
-    int ExitInstance();
+    int ExitInstance() const { return m_nExitCode; }
 
     // The arguments without the program's name, as one text.
     void SetCommandLine(CString text) { m_strCmdLine = std::move(text); }

@@ -6,6 +6,9 @@
 #include "core/drive_names.h"
 
 namespace delvane {
+
+CInstallApp theApp;
+
 namespace {
 
 // The longest token there is; a longer one is refused whole.

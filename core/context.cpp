@@ -185,6 +185,9 @@ CString CRunContext::GetFallbackFolder(int kind) const {
 const CString& CRunContext::GetResultsDir() {
     if (m_strResultsDir.empty()) m_strResultsDir = m_strProgramDir + "\\Results";
     if (!GetHost().DirectoryExists(m_strResultsDir) && !GetHost().CreateDirectory(m_strResultsDir)) {
+        Say(GetHost().GetDisplayPath(m_strResultsDir) +
+            " is no folder and cannot be made one; snapshots and reports go to " +
+            GetHost().GetDisplayPath(m_strProgramDir));
         m_strResultsDir = m_strProgramDir;
     }
     return m_strResultsDir;

@@ -45,9 +45,14 @@ std::uint32_t ReadVolumeName(std::string_view name, CString& text) {
     return error;
 }
 
+CString VolumeNameOf(std::string_view name) {
+    CString text;
+    ReadVolumeName(name, text);
+    return text;
+}
+
 CString DriveDisplayName(std::string_view name) {
-    CString volume;
-    ReadVolumeName(name, volume);
+    const CString volume = VolumeNameOf(name);
     return volume.empty() ? CString(name) : CString(name) + " [" + volume + "]";
 }
 

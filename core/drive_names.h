@@ -21,6 +21,7 @@ CString DriveTypeText(std::uint32_t type);
 // The volume label, for a network drive the remote share, as the machine gives it now; empty if it gives none. Gives an
 // error number.
 std::uint32_t ReadVolumeName(std::string_view name, CString& text);
+CString VolumeNameOf(std::string_view name);
 // The name, and the volume text in brackets behind it if there is one.
 CString DriveDisplayName(std::string_view name);
 

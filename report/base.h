@@ -1,4 +1,5 @@
-// The base of all reports: what a comparison tells, and how lists of it are written.
+// The base of all reports: what a comparison tells, and how lists of it are written. The trees see this alone of
+// the reports.
 #pragma once
 
 #include <cstdint>
@@ -11,10 +12,10 @@
 
 namespace delvane {
 
-class CMasterReport;
-
 using CObjectList = std::vector<CDelvObj*>;                    // not owned
 using CDiffList = std::vector<std::unique_ptr<CDelvDiffObj>>;  // owned
+
+enum class ESubtree { kFiles, kRegistry, kExtensions };
 
 // Lives for one comparison. The nodes it is told of belong to the two snapshots, which outlive it. Entries keep the
 // order of the calls, which is the order of the walk over the trees.
@@ -40,6 +41,9 @@ public:
     virtual void WriteDetails(std::ostream& stream);
     virtual void WriteRawData(std::ostream& stream);
 
+    // The report that a sub-tree tells its differences. The base takes them all itself.
+    virtual CReportObj& GetSection(ESubtree) { return *this; }
+
     // What differs. Overrides call the base, which keeps the three lists.
     virtual void AddChanged(CDelvObj& object, CDelvObj& baseline);
     virtual void AddDeleted(CDelvObj& object);
@@ -54,7 +58,7 @@ public:
     CDiffList m_changed;
     CObjectList m_deleted;
     CObjectList m_added;
-    CMasterReport* m_pMaster = nullptr;  // set by the master's constructor; null in the master itself
+    CReportObj* m_pMaster = nullptr;  // set by the master's constructor; null in the master itself
 
 protected:
     // Ids of the headings of the raw data, and what its anchors begin with.

@@ -35,6 +35,7 @@ CMasterReport::CMasterReport(CSnapshot& current, CSnapshot& baseline)
     for (CReportObj* section : std::initializer_list<CReportObj*>{&m_fileReport, &m_registryReport, &m_extReport}) {
         section->m_pMaster = this;
     }
+    m_registryReport.m_pFileReport = &m_fileReport;
 }
 
 void CMasterReport::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
@@ -62,6 +63,12 @@ void CMasterReport::AddError(int section, CDelvObj& object, std::uint32_t textId
 void CMasterReport::AddObjError(int section, CDelvObj& object, std::string_view text) {
     m_lstErrors[static_cast<std::size_t>(section)].push_back(FindingLine("ERROR - %1: ", object, text));
     theApp.m_nExitCode |= kExitErrors;
+}
+
+CReportObj& CMasterReport::GetSection(ESubtree subtree) {
+    if (subtree == ESubtree::kFiles) return m_fileReport;
+    if (subtree == ESubtree::kRegistry) return m_registryReport;
+    return m_extReport;
 }
 
 bool CMasterReport::GenerateReport() {

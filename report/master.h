@@ -32,6 +32,8 @@ public:
     void AddError(int section, CDelvObj& object, std::uint32_t textId) override;
     void AddObjError(int section, CDelvObj& object, std::string_view text) override;
 
+    CReportObj& GetSection(ESubtree subtree) override;
+
     CSnapshot* m_pCurrent;
     CSnapshot* m_pBaseline;
     CString m_strReportName;  // "After - Before"

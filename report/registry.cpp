@@ -6,8 +6,8 @@
 #include "capture/executable.h"
 #include "capture/registry.h"
 #include "core/context.h"
+#include "report/file.h"
 #include "report/heading.h"
-#include "report/master.h"
 #include "resources/strings.h"
 #include "tree/snapshot.h"
 
@@ -195,9 +195,9 @@ void CRegistryReport::NoteService(CDelvObj& object, const CString& fullName) {
     if (!IsExactly<CDelvRegValObj>(object) || object.m_name != "ImagePath") return;
     if (!IsPrefixNoCase(kServicesKey, fullName)) return;
     const CString path = ServiceFile(ValueDataText(static_cast<const CDelvRegValObj&>(object)));
-    CDelvObj* const file = m_pMaster->m_pCurrent->FindObject(path);
+    CDelvObj* const file = FindSnapshot(&object)->FindObject(path);
     if (file == nullptr || !IsExactly<CDelvFileObj>(*file)) return;
-    m_pMaster->m_fileReport.AddKernelService(static_cast<CDelvFileObj&>(*file));
+    m_pFileReport->AddKernelService(static_cast<CDelvFileObj&>(*file));
 }
 
 void CRegistryReport::WriteSummary(std::ostream& stream) {

@@ -9,6 +9,7 @@
 namespace delvane {
 
 class CDelvRegValObj;
+class CFileReport;
 
 // A key never changes in itself, so only values do.
 class CRegistryReport : public CReportObj {
@@ -35,7 +36,8 @@ public:
     std::uint32_t m_nKeysDeleted = 0;
     CString m_strAnchorSuffix;  // behind a hive's name in its anchor
     bool m_bHkcuReported = false;
-    CObjectList m_uninstallAdded;  // added keys and values under the Uninstall key
+    CFileReport* m_pFileReport = nullptr;  // the one beside this; set by the master's constructor
+    CObjectList m_uninstallAdded;          // added keys and values under the Uninstall key
 
 protected:
     void BeginRawList(std::string_view suffix) override { m_strAnchorSuffix = suffix; }

@@ -5,7 +5,7 @@
 
 #include "report/base.h"
 #include "tree/archive.h"
-#include "tree/snapshot.h"
+#include "tree/root.h"
 
 namespace delvane {
 
@@ -148,11 +148,11 @@ bool CompareLists(const CNodeList& current, const CNodeList& baseline, CReportOb
     return true;
 }
 
-CSnapshot* FindSnapshot(CDelvObj* node) {
-    for (; node != nullptr; node = node->m_pParent) {
-        if (IsExactly<CSnapshot>(*node)) return static_cast<CSnapshot*>(node);
-    }
-    return nullptr;
+CTreeRoot& RootOf(CDelvObj& node) {
+    CDelvObj* root = &node;
+    while (root->m_pParent != nullptr)
+        root = root->m_pParent;
+    return dynamic_cast<CTreeRoot&>(*root);
 }
 
 CString SplitPath(std::string_view& path, char separator) {

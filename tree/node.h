@@ -13,7 +13,6 @@ namespace delvane {
 
 class CArchive;
 class CReportObj;
-class CSnapshot;
 
 // The platform root: run-time class identity (typeid for the exact class, dynamic_cast for the kind).
 class CObject {
@@ -98,9 +97,6 @@ void SortByName(CNodeList& list);
 // Merges two sorted lists: Compare on the Current's node for a name in both, ReportAdded or ReportDeleted for a name
 // in one.
 bool CompareLists(const CNodeList& current, const CNodeList& baseline, CReportObj& report);
-
-// The snapshot that holds the node, or null.
-CSnapshot* FindSnapshot(CDelvObj* node);
 
 // Takes the first component off the path, up to the first separator, and gives it. With no separator left that is
 // the whole of it.

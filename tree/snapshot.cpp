@@ -4,7 +4,7 @@
 #include "capture/extensions.h"
 #include "capture/registry.h"
 #include "core/context.h"
-#include "report/master.h"
+#include "report/base.h"
 #include "resources/dialogs.h"
 #include "resources/strings.h"
 #include "tree/archive.h"
@@ -29,14 +29,18 @@ bool EndsWithNoCase(std::string_view text, std::string_view end) {
 
 }  // namespace
 
-CSnapshot::CSnapshot() : m_strVersion(kVersionText) {
-    m_pRegistry = m_arena.New<CDelvAllReg>(*this);
-    m_pDrives = m_arena.New<CDelvAllDrives>(*this);
-    m_pExtensions = m_arena.New<CDelvAllExts>(*this);
-    m_fullName = m_arena.Copy(theContext.GetResultsDir());
+CSnapshot::CSnapshot() {
+    m_strVersion = kVersionText;
+    m_pRegistry = GetArena().New<CDelvAllReg>(*this);
+    m_pDrives = GetArena().New<CDelvAllDrives>(*this);
+    m_pOwnExtensions = std::make_unique<CDelvAllExts>(*this);
+    m_pExtensions = m_pOwnExtensions.get();
+    m_fullName = GetArena().Copy(theContext.GetResultsDir());
 }
 
-void CSnapshot::SetName(std::string_view name) { m_name = m_arena.Copy(name); }
+CSnapshot::~CSnapshot() = default;
+
+void CSnapshot::SetName(std::string_view name) { m_name = GetArena().Copy(name); }
 
 const CString& CSnapshot::GetTimeString() {
     if (m_strCreated.empty()) m_strCreated = LocalTimeText(GetCreatedTicks(), "%a %b %d %H:%M:%S %Y");
@@ -77,14 +81,14 @@ void CSnapshot::SaveGaps() {
     CHost& host = theContext.GetHost();
     const CString path = GapsPathOf(GetSavePath());
     try {
-        if (m_gaps.IsEmpty()) {
+        if (GetGaps().IsEmpty()) {
             if (host.FileExists(path) && !host.DeleteFile(path)) {
                 theContext.Say(host.GetDisplayPath(path) + " is of an earlier snapshot and cannot be deleted");
             }
             return;
         }
         const std::unique_ptr<CFileWriter> file = host.CreateFile(path);
-        file->Write(m_gaps.GetLines(m_name));
+        file->Write(GetGaps().GetLines(m_name));
         file->Commit();
     } catch (const CFileError& error) {
         theContext.Say(CString("the list of what could not be read was not written: ") + error.what());
@@ -96,14 +100,14 @@ bool CSnapshot::Load() {
     try {
         // The head tells whether the rest is worth reading.
         const CFileBytes head = host.ReadFileHead(GetLoadPath(), kHeadSize);
-        CArchive archive(head.GetBytes(), m_arena);
+        CArchive archive(head.GetBytes(), GetArena());
         if (!LoadHead(archive)) return false;
         m_file = host.ReadFile(GetLoadPath(), kLargestFile);
     } catch (const CFileOpenError& error) {
         m_strError = error.what();
         return false;
     }
-    CArchive archive(m_file.GetBytes(), m_arena);
+    CArchive archive(m_file.GetBytes(), GetArena());
     archive.ReadBytes(kHeadSize);
     Serialize(archive);
     return true;
@@ -199,7 +203,6 @@ bool CSnapshot::Capture(CCaptureProgress* progress) {
 // Every doubt about the two snapshots is a finding and none of them stops the comparison.
 bool CSnapshot::Compare(CDelvObj& other, CReportObj& report) {
     CSnapshot& baseline = static_cast<CSnapshot&>(other);
-    CMasterReport& master = static_cast<CMasterReport&>(report);
     const CString& here = theContext.m_strComputerName;
     const auto doubt = [&](std::uint32_t textId, const CString& first, const CString& second) {
         if (first != second) report.AddObjError(0, *this, FormatString2(LoadResString(textId), first, second));
@@ -211,10 +214,17 @@ bool CSnapshot::Compare(CDelvObj& other, CReportObj& report) {
     if (GetCreatedTicks() / kTicksPerSecond < baseline.GetCreatedTicks() / kTicksPerSecond) {
         report.AddError(0, *this, IDS_CURRENT_OLDER);
     }
-    m_pDrives->Compare(*baseline.m_pDrives, master.m_fileReport);
-    m_pRegistry->Compare(*baseline.m_pRegistry, master.m_registryReport);
-    m_pExtensions->Compare(*baseline.m_pExtensions, master.m_extReport);
+    m_pDrives->Compare(*baseline.m_pDrives, report.GetSection(ESubtree::kFiles));
+    m_pRegistry->Compare(*baseline.m_pRegistry, report.GetSection(ESubtree::kRegistry));
+    m_pExtensions->Compare(*baseline.m_pExtensions, report.GetSection(ESubtree::kExtensions));
     return true;
+}
+
+CSnapshot* FindSnapshot(CDelvObj* node) {
+    for (; node != nullptr; node = node->m_pParent) {
+        if (IsExactly<CSnapshot>(*node)) return static_cast<CSnapshot*>(node);
+    }
+    return nullptr;
 }
 
 }  // namespace delvane

@@ -2,30 +2,24 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 
 #include "platform/host.h"
 #include "platform/machine.h"
-#include "tree/gaps.h"
-#include "tree/node.h"
+#include "tree/root.h"
 
 namespace delvane {
 
-class CDelvAllDrives;
-class CDelvAllExts;
-class CDelvAllReg;
-
 // Built empty, then either captured or loaded, never both. The whole tree lives in the snapshot's memory and dies with
 // it. m_name is the snapshot's name, m_fullName the directory of its file.
-class CSnapshot final : public CDelvObj {
+class CSnapshot final : public CTreeRoot {
 public:
     CSnapshot();
+    ~CSnapshot() override;
     CSnapshot(const CSnapshot&) = delete;
     CSnapshot& operator=(const CSnapshot&) = delete;
 
     void SetName(std::string_view name);
-    CArena& GetArena() { return m_arena; }
-    // What the capture could not read.
-    CGapList& GetGaps() { return m_gaps; }
     std::uint64_t GetCreatedTicks() const { return m_ftCreated.GetTicks(); }
     // m_ftCreated as local time: "Sun Nov 22 21:43:22 2026". Computed once.
     const CString& GetTimeString();
@@ -57,12 +51,8 @@ public:
     CString m_strUserName;
     CString m_strComputerName;
     CString m_strOsName;
-    FILETIME m_ftCreated;  // when the capture began
-    CString m_strCreated;  // m_ftCreated as text, once it was asked for
-    CString m_strVersion;  // "v2.1", or what the loaded file says
-    CDelvAllReg* m_pRegistry;
-    CDelvAllDrives* m_pDrives;
-    CDelvAllExts* m_pExtensions;
+    FILETIME m_ftCreated;                     // when the capture began
+    CString m_strCreated;                     // m_ftCreated as text, once it was asked for
     CCaptureProgress* m_pProgress = nullptr;  // set by whoever runs a visible capture
 
 private:
@@ -70,10 +60,12 @@ private:
     void SaveGaps();
     void RefuseLoad(std::uint32_t textId);
 
-    CArena m_arena;
-    CFileBytes m_file;  // what the texts of a loaded tree point to
+    CFileBytes m_file;                               // what the texts of a loaded tree point to
+    std::unique_ptr<CDelvAllExts> m_pOwnExtensions;  // beside the arena, as its index has memory of its own
     CString m_strError;
-    CGapList m_gaps;
 };
+
+// The snapshot that holds the node, or null.
+CSnapshot* FindSnapshot(CDelvObj* node);
 
 }  // namespace delvane

@@ -172,9 +172,7 @@ TEST_F(Context, DriveNamesAndMasksBelongTogether) {
     )");
     EXPECT_EQ(DriveDisplayName("C:"), "C: [System]");
     EXPECT_EQ(DriveDisplayName("D:"), "D:");
-    CString share;
-    EXPECT_EQ(ReadVolumeName("N:", share), ERROR_SUCCESS);
-    EXPECT_EQ(share, "\\\\server\\share");
+    EXPECT_EQ(VolumeNameOf("N:"), "\\\\server\\share");
 }
 
 }  // namespace
