@@ -56,6 +56,36 @@ TEST_F(Walk, LeavesOutWhatTheListsAndTheTemporaryAttributeSay) {
     EXPECT_EQ(m_pMachine->m_nOpenSearches, 0U);
 }
 
+// What could not be read is kept, told in a sentence, and stands beside the snapshot until a whole one takes its place.
+TEST_F(Walk, KeepsAListOfWhatItCouldNotRead) {
+    constexpr const char* kDisks = R"(
+        C: fixed
+          cut\  cut
+            a.txt
+          locked\  unreadable
+            below.txt
+          locked.txt  unreadable
+    )";
+    SetRegistry("HKCR\n  .x\\\nHKCU\n  Software\\\nHKLM\n  SAM\\  unopenable\n  SOFTWARE\\\n");
+    EXPECT_EQ(Walked(kDisks, "/s /d:Q"), "C:\\\nC:\\cut\\\nC:\\cut\\a.txt\nC:\\locked\\\n");
+    const auto snapshot = TakeSnapshot("Snap");
+    EXPECT_EQ(snapshot->GetGaps().GetSummary(),
+              "1 drive, 2 directories, 1 entry and 1 key could not be read, first HKLM\\SAM (5)");
+    Store(*snapshot);
+    const CString path = "C:\\Delvane\\Results\\Snap.gaps.jsonl";
+    EXPECT_EQ(m_pHost->m_files[path],
+              R"({"record":"gap","snapshot":"Snap","kind":"key","path":"HKLM\\SAM","code":5,"reason":"access denied"}
+{"record":"gap","snapshot":"Snap","kind":"directory","path":"C:\\cut","code":23,"reason":"data error"}
+{"record":"gap","snapshot":"Snap","kind":"directory","path":"C:\\locked","code":5,"reason":"access denied"}
+{"record":"gap","snapshot":"Snap","kind":"entry","path":"C:\\locked.txt","code":5,"reason":"access denied"}
+{"record":"gap","snapshot":"Snap","kind":"drive","path":"Q:\\","code":3,"reason":"path not found"}
+)");
+    SetRegistry("HKLM\n  SOFTWARE\\\n");
+    theContext.m_dwDrivesOn = 0;
+    Store(*TakeSnapshotOf("C: fixed", "Snap"));
+    EXPECT_FALSE(m_pHost->m_files.contains(path)) << "it was another snapshot's";
+}
+
 TEST_F(Walk, VisitsTheSelectedDrivesAndKeepsTheirKindAndVolume) {
     EXPECT_EQ(Walked(R"(
         C: fixed [System]

@@ -53,6 +53,44 @@ TEST_F(Program, SnapshotInstallSnapshotReport) {
     EXPECT_FALSE(m_home.Exists("delvane.err"));
 }
 
+// One call after the other fails. Whatever it was: the program lives, a good snapshot is whole, nothing half is left,
+// and a snapshot that lacks something goes with a word.
+TEST_F(Program, NoFailedCallIsSilent) {
+    if (DELVANE_IS_SANITIZED) GTEST_SKIP() << "the sanitizer's own calls would fail";
+    m_prefix.Write("drive_c/Program Files/App/app.exe", "x");
+    fs::create_symlink("App", m_prefix / "drive_c/Program Files/Link");
+    ASSERT_EQ(Run("/s /bc:Whole"), 0);
+    // Behind the names and the time, which differ, the contents are the same.
+    const auto contents = [&](const std::string& name) {
+        const std::string bytes = m_home.Read("Results/" + name + ".dvs");
+        return bytes.substr(std::min(bytes.size(), bytes.find("My Computer")));
+    };
+    const std::string whole = contents("Whole");
+    ASSERT_FALSE(whole.empty());
+    std::size_t faults = 0;
+    for (const char* call : {"openat", "statx", "stat", "lstat", "fstatat", "read", "write", "fsync", "rename",
+                             "unlink", "realpath", "getdents64"}) {
+        for (int at = 1;; ++at) {
+            m_home.Write("Results/Snap.dvs", "earlier");
+            const std::string told = m_home / "told";
+            fs::remove(told);
+            const int code =
+                Run("/s /bc:Snap", "LD_PRELOAD=" DELVANE_FAIL_CALL " FAIL_TOLD=" + told + " FAIL_CALL=" + call +
+                                       " FAIL_WITH=5 FAIL_AT=" + std::to_string(at));
+            if (!fs::exists(told)) break;
+            ++faults;
+            SCOPED_TRACE(std::string(call) + " " + std::to_string(at) + ": " + m_errors);
+            EXPECT_TRUE(code == 0 || code == 4 || code == 64) << code;
+            EXPECT_TRUE(code == 0 || m_home.Read("Results/Snap.dvs") == "earlier");
+            EXPECT_TRUE(!m_errors.empty() || contents("Snap") == whole);
+            for (const auto& entry : fs::directory_iterator(m_home / "Results"))
+                EXPECT_NE(entry.path().extension(), ".tmp");
+            fs::remove(m_home / "Results/Snap.gaps.jsonl");
+        }
+    }
+    EXPECT_GT(faults, 80U);
+}
+
 TEST_F(Program, AnExistingReportIsKeptOnDemand) {
     EXPECT_EQ(Run("/s /bc:a /cc:b"), 0);
     m_home.Write("Results/b - a.htm", "kept");
