@@ -11,7 +11,8 @@ Usage:  delvane /s [switches]        an unattended run
         delvane [switches]           a run with a window, which stays open
         delvane --help | --version   alone on the command line
 
-A switch begins with / or -; upper and lower case are alike.
+A switch begins with / or -; upper and lower case are alike. Of /bc:X and
+/b:Y together the later name counts, and it is created.
 
 Snapshots
   /bc:NAME   create the baseline snapshot and save it as NAME.dvs
@@ -22,7 +23,7 @@ Report
   /g         compare the two and write "CURRENT - BASELINE.htm"
   /gu        the same, but keep a report that already exists
   /gd        the same as /g, and open the report; /gud does both
-  /res:DIR   the folder of snapshots and reports
+  /res:DIR   the folder of snapshots and reports; it needs a separator, ./out
              (default: Results beside the program, or, if it is
              installed, in ~/.local/share/delvane)
 What a capture reads
@@ -47,9 +48,9 @@ The machine
                      stands in the first folder on its path is not captured
 
 Exit code (bits, added up)
-   0  nothing to report        4  a snapshot could not be created
-   1  information or warnings  8  a snapshot could not be loaded
-   2  errors                  16  no report
+   0  nothing was compared     4  a snapshot could not be created
+   1  compared, see the report 8  a snapshot could not be loaded
+   2  the report holds errors 16  no report
   32  a visible run was asked for, and no window can be shown
   64  the program itself could not start or go on
 )";
