@@ -16,15 +16,8 @@ install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 # For the desktop: the entry and its icon.
 if(DELVANE_QT)
   install(FILES packaging/delvane.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
-  set(icons)
   foreach(size 32 48 64 128 256)
-    set(icon ${CMAKE_BINARY_DIR}/icons/${size}.png)
-    add_custom_command(OUTPUT ${icon}
-                       COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/icons
-                       COMMAND draw_pictures --icon ${size} ${icon}
-                       DEPENDS draw_pictures)
-    list(APPEND icons ${icon})
-    install(FILES ${icon} DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/${size}x${size}/apps RENAME delvane.png)
+    install(FILES resources/pictures/icon-${size}.png
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/${size}x${size}/apps RENAME delvane.png)
   endforeach()
-  add_custom_target(icons ALL DEPENDS ${icons})
 endif()

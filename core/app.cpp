@@ -1,7 +1,6 @@
 #include "core/app.h"
 
 #include "core/context.h"
-#include "resources/pictures.h"
 #include "shell/main_dialog.h"
 
 namespace delvane {
@@ -14,7 +13,7 @@ bool CInstallApp::InitInstance() {
         dialog.RunUnattended();
     } else {
         CString problem;
-        std::unique_ptr<CToolkit> toolkit = LoadToolkit(GetPictures(), problem);
+        std::unique_ptr<CToolkit> toolkit = LoadToolkit(problem);
         if (toolkit != nullptr) {
             theContext.SetToolkit(std::move(toolkit));
             dialog.RunVisible();

@@ -148,4 +148,8 @@ public:
     virtual void Sleep(std::uint32_t milliseconds) = 0;
 };
 
+// The window system of this machine; null where there is none, and `problem` says why in a few words. Loaded when it is
+// asked for.
+std::unique_ptr<CToolkit> LoadToolkit(CString& problem);
+
 }  // namespace delvane

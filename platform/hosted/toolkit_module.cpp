@@ -3,11 +3,11 @@
 #include <unistd.h>
 
 #include "platform/hosted/choice.h"
-#include "platform/toolkit_pictures.h"
+#include "platform/qt/module.h"
 
 namespace delvane {
 
-std::unique_ptr<CToolkit> LoadToolkit(const CPictureBytes& pictures, CString& problem) {
+std::unique_ptr<CToolkit> LoadToolkit(CString& problem) {
     const bool hasDisplay = !GetVariable("DISPLAY").empty() || !GetVariable("WAYLAND_DISPLAY").empty() ||
                             !GetVariable("QT_QPA_PLATFORM").empty();
     if (!hasDisplay) {
@@ -26,7 +26,7 @@ std::unique_ptr<CToolkit> LoadToolkit(const CPictureBytes& pictures, CString& pr
     auto* const make = module == nullptr ? nullptr : reinterpret_cast<CMakeToolkit*>(dlsym(module, kMakeToolkit));
     if (make == nullptr) return nullptr;
     problem.clear();
-    return std::unique_ptr<CToolkit>(make(pictures));
+    return std::unique_ptr<CToolkit>(make());
 }
 
 }  // namespace delvane

@@ -2,27 +2,12 @@
 // linked to the other.
 #pragma once
 
-#include <QtGui/QIcon>
-#include <QtGui/QImage>
-#include <QtGui/QPixmap>
-
-#include "platform/toolkit_pictures.h"
+#include "platform/toolkit.h"
 
 namespace delvane {
 
-// The program's pictures, in Qt's form.
-class CPictures {
-public:
-    explicit CPictures(const CPictureBytes& bytes);
-
-    QPixmap GetDrive(std::uint32_t kind) const;  // of the image strip; empty for a number that has none
-    const QImage& GetSplash() const { return m_splash; }
-    const QIcon& GetIcon() const { return m_icon; }
-
-private:
-    QImage m_drives;
-    QImage m_splash;
-    QIcon m_icon;
-};
+// The operation by which the module gives its toolkit, and its name.
+using CMakeToolkit = CToolkit*();
+inline constexpr const char* kMakeToolkit = "DelvaneMakeToolkit";
 
 }  // namespace delvane

@@ -1,6 +1,8 @@
 // The window system on Qt 6: a module of its own, which the program loads for a visible run.
 #include <QtGui/QCloseEvent>
+#include <QtGui/QIcon>
 #include <QtGui/QPainter>
+#include <QtGui/QPixmap>
 #include <QtGui/QScreen>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QCheckBox>
@@ -55,8 +57,8 @@ protected:
 
 class CQtWindow : public QDialog, public CDialogWindow {
 public:
-    CQtWindow(QWidget* parent, const CDialogTemplate& dialog, CDialogEvents& events, const CPictures& pictures)
-        : QDialog(parent), m_template(dialog), m_events(events), m_pictures(pictures) {
+    CQtWindow(QWidget* parent, const CDialogTemplate& dialog, CDialogEvents& events, const QPixmap& drives)
+        : QDialog(parent), m_template(dialog), m_events(events), m_drives(drives) {
         setWindowTitle(ToQt(dialog.m_title));
         setWindowModality(Qt::ApplicationModal);
         setWindowFlag(Qt::WindowContextHelpButtonHint, false);
@@ -110,7 +112,7 @@ public:
     void EnableMenuEntry(std::uint32_t id, bool enabled) override { m_actions.at(id)->setEnabled(enabled); }
     void AddEntry(std::uint32_t id, std::string_view text) override { Get<QListWidget>(id).addItem(ToQt(text)); }
     void AddItem(std::uint32_t id, std::string_view text, std::uint32_t image, bool selected) override {
-        auto* const item = new QListWidgetItem(QIcon(m_pictures.GetDrive(image)), ToQt(text), &Get<QListWidget>(id));
+        auto* const item = new QListWidgetItem(GetDriveIcon(image), ToQt(text), &Get<QListWidget>(id));
         item->setSelected(selected);
     }
     void SelectItem(std::uint32_t id, std::size_t index, bool selected) override {
@@ -153,6 +155,13 @@ private:
     }
     void Tell(std::uint32_t id, EControlEvent event) {
         if (!m_bEnded) m_events.OnControl(id, event);
+    }
+
+    // Of the strip; empty for a number that has none.
+    QIcon GetDriveIcon(std::uint32_t kind) const {
+        constexpr int kWidth = 16;
+        if (kind >= static_cast<std::uint32_t>(m_drives.width() / kWidth)) return {};
+        return m_drives.copy(static_cast<int>(kind) * kWidth, 0, kWidth, m_drives.height());
     }
 
     void AddControl(const CControlTemplate& control) {
@@ -289,7 +298,7 @@ private:
 
     const CDialogTemplate& m_template;
     CDialogEvents& m_events;
-    const CPictures& m_pictures;
+    const QPixmap& m_drives;                       // the strip
     std::map<std::uint32_t, QWidget*> m_controls;  // by id; Qt owns them
     std::vector<QWidget*> m_widgets;               // in the order of the template
     std::map<std::uint32_t, QAction*> m_actions;
@@ -302,9 +311,10 @@ private:
 
 class CSplash : public QWidget {
 public:
-    explicit CSplash(const QImage& picture)
-        : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint), m_picture(picture) {
-        setFixedSize(picture.size());
+    CSplash()
+        : QWidget(nullptr, Qt::SplashScreen | Qt::FramelessWindowHint),
+          m_picture(devicePixelRatioF() > 1 ? ":/splash@2x.png" : ":/splash.png") {
+        setFixedSize(m_picture.deviceIndependentSize().toSize());
         setAttribute(Qt::WA_OpaquePaintEvent);
         move(screen()->availableGeometry().center() - rect().center());
     }
@@ -312,26 +322,30 @@ public:
 
 protected:
     void paintEvent(QPaintEvent*) override {
-        QPainter(this).drawImage(0, 0, m_picture);
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);  // for a scaling between the two
+        painter.drawPixmap(0, 0, m_picture);
         m_bPainted = true;
     }
 
 private:
-    const QImage& m_picture;
+    QPixmap m_picture;
 };
 
 class CQtToolkit : public CToolkit {
 public:
-    explicit CQtToolkit(const CPictureBytes& pictures)
-        : m_application(m_nArguments, m_arguments), m_pictures(pictures) {
+    CQtToolkit() : m_application(m_nArguments, m_arguments) {
         QApplication::setApplicationName("delvane");
         QApplication::setApplicationDisplayName({});
-        QApplication::setWindowIcon(m_pictures.GetIcon());
+        QIcon icon;
+        for (const char* const size : {"32", "48", "64", "128"})
+            icon.addFile(QString(":/icon-%1.png").arg(size));
+        QApplication::setWindowIcon(icon);
         QApplication::setQuitOnLastWindowClosed(false);
     }
 
     std::unique_ptr<CDialogWindow> CreateDialog(const CDialogTemplate& dialog, CDialogEvents& events) override {
-        return std::make_unique<CQtWindow>(QApplication::activeWindow(), dialog, events, m_pictures);
+        return std::make_unique<CQtWindow>(QApplication::activeWindow(), dialog, events, m_drives);
     }
 
     std::uint32_t ShowMessage(std::string_view text, std::string_view title, EMessageButtons buttons,
@@ -374,7 +388,7 @@ public:
     }
 
     bool ShowSplash() override {
-        m_pSplash = std::make_unique<CSplash>(m_pictures.GetSplash());
+        m_pSplash = std::make_unique<CSplash>();
         m_pSplash->show();
         // The window system takes its time until it lets a window paint.
         for (int i = 0; i < 50 && !m_pSplash->m_bPainted; ++i) {
@@ -394,31 +408,10 @@ private:
     char m_name[8] = "delvane";
     char* m_arguments[2] = {m_name, nullptr};
     QApplication m_application;
-    CPictures m_pictures;
+    QPixmap m_drives{":/drives.png"};
     std::unique_ptr<CSplash> m_pSplash;
     int m_nWaiting = 0;
 };
-
-// A packed bitmap as a file, which Qt reads.
-QImage ReadBitmap(std::string_view bytes) {
-    const auto number = [&](std::size_t at) {
-        std::uint32_t value = 0;
-        for (std::size_t i = 4; i-- > 0;)
-            value = value << 8 | static_cast<unsigned char>(bytes[at + i]);
-        return value;
-    };
-    constexpr std::uint32_t kFileHeader = 14;
-    const std::uint32_t bits = number(14) & 0xFFFF;
-    const std::uint32_t colours = number(32) != 0 ? number(32) : bits <= 8 ? 1U << bits : 0;
-    QByteArray file("BM");
-    for (const std::uint32_t value :
-         {kFileHeader + static_cast<std::uint32_t>(bytes.size()), 0U, kFileHeader + number(0) + colours * 4}) {
-        for (unsigned shift = 0; shift < 32; shift += 8)
-            file.append(static_cast<char>(value >> shift));
-    }
-    file.append(bytes.data(), static_cast<qsizetype>(bytes.size()));
-    return QImage::fromData(file, "BMP");
-}
 
 // Qt gives up where it cannot reach the display: one sentence instead of its own, and an end that a script can tell
 // from a crash.
@@ -434,38 +427,9 @@ void OnFatal(QtMsgType type, const QMessageLogContext&, const QString&) {
 
 }  // namespace
 
-CPictures::CPictures(const CPictureBytes& bytes) : m_splash(ReadBitmap(bytes.m_splash)) {
-    m_drives = ReadBitmap(bytes.m_drives).convertToFormat(QImage::Format_ARGB32);
-    const QImage mask = ReadBitmap(bytes.m_driveMask).convertToFormat(QImage::Format_RGB32);
-    for (int y = 0; y < m_drives.height(); ++y) {
-        for (int x = 0; x < m_drives.width(); ++x) {
-            if (qGray(mask.pixel(x, y)) != 0) m_drives.setPixel(x, y, 0);
-        }
-    }
-    QImage icon = ReadBitmap(bytes.m_icon);
-    // The reader takes the fourth byte of a pixel for nothing; it is the alpha.
-    const auto* const pixels = reinterpret_cast<const unsigned char*>(bytes.m_icon.data()) + 40;
-    icon = icon.convertToFormat(QImage::Format_ARGB32);
-    for (int y = 0; y < icon.height(); ++y) {
-        for (int x = 0; x < icon.width(); ++x) {
-            const unsigned char* const p = pixels + ((icon.height() - 1 - y) * icon.width() + x) * 4;
-            icon.setPixel(x, y, qRgba(p[2], p[1], p[0], p[3]));
-        }
-    }
-    m_icon = QIcon(QPixmap::fromImage(icon));
-}
-
-QPixmap CPictures::GetDrive(std::uint32_t kind) const {
-    constexpr int kWidth = 16;
-    constexpr int kHeight = 13;
-    if (kind >= static_cast<std::uint32_t>(m_drives.width() / kWidth)) return {};
-    return QPixmap::fromImage(m_drives.copy(static_cast<int>(kind) * kWidth, 0, kWidth, kHeight));
-}
-
 }  // namespace delvane
 
-extern "C" __attribute__((visibility("default"))) delvane::CToolkit* DelvaneMakeToolkit(
-    const delvane::CPictureBytes& pictures) {
+extern "C" __attribute__((visibility("default"))) delvane::CToolkit* DelvaneMakeToolkit() {
     qInstallMessageHandler(delvane::OnFatal);
-    return new delvane::CQtToolkit(pictures);
+    return new delvane::CQtToolkit;
 }

@@ -16,18 +16,16 @@
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "platform/toolkit_pictures.h"
+#include "platform/qt/module.h"
 #include "resources/dialogs.h"
-#include "resources/pictures.h"
 
-extern "C" delvane::CToolkit* DelvaneMakeToolkit(const delvane::CPictureBytes& pictures);
+extern "C" delvane::CToolkit* DelvaneMakeToolkit();
 
 namespace delvane {
 namespace {
 
 CToolkit& Toolkit() {
-    static CToolkit* const toolkit =
-        DelvaneMakeToolkit(GetPictures());  // as long as the process: there is one application
+    static CToolkit* const toolkit = DelvaneMakeToolkit();  // as long as the process: there is one application
     return *toolkit;
 }
 

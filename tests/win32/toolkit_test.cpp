@@ -1,21 +1,21 @@
 // The dialogs on the real window system: controls that are clicked and typed into.
+#include "platform/toolkit.h"
+
 #include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <thread>
 
-#include "platform/toolkit_pictures.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 #include "resources/dialogs.h"
-#include "resources/pictures.h"
 
 namespace delvane {
 namespace {
 
 CToolkit& Toolkit() {
     static CString problem;
-    static const std::unique_ptr<CToolkit> toolkit = LoadToolkit(GetPictures(), problem);
+    static const std::unique_ptr<CToolkit> toolkit = LoadToolkit(problem);
     if (toolkit == nullptr) throw std::runtime_error(problem);
     return *toolkit;
 }

@@ -235,7 +235,7 @@ void CWin32Window::ChangeFont(int dpi) {
             SendMessageW(control.m_hWnd, STM_SETICON, reinterpret_cast<WPARAM>(LoadProgramIcon(32 * dpi / kPlainDpi)),
                          0);
         } else if (control.m_pTemplate->m_kind == EControlKind::kItemList) {
-            const HIMAGELIST images = MakeDriveImages(m_desk.m_pictures, factor);
+            const HIMAGELIST images = MakeDriveImages(factor);
             ListView_SetImageList(control.m_hWnd, images, LVSIL_SMALL);
             DestroyImages(m_hImages);
             m_hImages = images;

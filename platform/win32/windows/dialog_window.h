@@ -6,14 +6,13 @@
 #include <mutex>
 #include <vector>
 
-#include "platform/toolkit_pictures.h"
+#include "platform/toolkit.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {
 
 // What the windows of a toolkit share.
 struct CDesk {
-    CPictureBytes m_pictures;
     std::vector<HWND> m_windows;  // the open dialogs, the innermost last
     int m_nWaiting = 0;           // wait cursors
 

@@ -1,31 +1,38 @@
-// The program's pictures, in the form that the windows of the system take them.
+// The program's pictures, which are resources of its file.
 #pragma once
 
 #include <string_view>
 
-#include "platform/toolkit_pictures.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {
 
-// A packed device-independent bitmap; a view of its bytes.
+// Their numbers, as delvane.rc.in has them.
+constexpr WORD kProgramIcon = 128;
+constexpr WORD kDrivesBitmap = 134;
+constexpr WORD kDriveMaskBitmap = 135;
+constexpr WORD kSplashBitmap = 141;
+constexpr WORD kDoubleSplashBitmap = 142;  // twice as wide and high
+
+// A packed device-independent bitmap of the program's file: header, colour table, pixels from the bottom up.
 class CDib {
 public:
-    explicit CDib(std::string_view bytes) : m_bytes(bytes) {}
+    explicit CDib(WORD number);
 
-    const BITMAPINFO* GetInfo() const { return reinterpret_cast<const BITMAPINFO*>(m_bytes.data()); }
-    int GetWidth() const { return GetInfo()->bmiHeader.biWidth; }
-    int GetHeight() const { return GetInfo()->bmiHeader.biHeight; }
+    explicit operator bool() const { return m_pInfo != nullptr; }
+    const BITMAPINFO* GetInfo() const { return m_pInfo; }
+    int GetWidth() const { return m_pInfo->bmiHeader.biWidth; }
+    int GetHeight() const { return m_pInfo->bmiHeader.biHeight; }
     // By the header: how many are used, else as many as the bits of a pixel can name.
     unsigned GetColourCount() const;
-    const char* GetPixels() const;
+    const void* GetPixels() const { return m_pInfo->bmiColors + GetColourCount(); }
     // The palette of its colours, for a display that has one; null where it has no colours.
     HPALETTE MakePalette() const;
-    // Puts it into the whole of the bitmap, `factor` dots for each of its own.
-    void StretchTo(HBITMAP bitmap, int factor) const;
+    // Puts it into the whole of a room of that size.
+    void StretchTo(HDC context, int width, int height) const;
 
 private:
-    std::string_view m_bytes;
+    const BITMAPINFO* m_pInfo;  // the system keeps it as long as the program runs; null if it is not there
 };
 
 // The library of common controls. It is loaded when it is first asked for: a run without a window leaves it alone, and
@@ -33,7 +40,7 @@ private:
 HMODULE GetCommonControls();
 
 // The drive images for a list, each dot `factor` dots wide; to be destroyed by the caller.
-HIMAGELIST MakeDriveImages(const CPictureBytes& pictures, int factor);
+HIMAGELIST MakeDriveImages(int factor);
 void DestroyImages(HIMAGELIST images);
 
 // The icon of the program's file in that size; shared.

@@ -1,5 +1,7 @@
 #include "platform/win32/windows/splash.h"
 
+#include "platform/win32/windows/scaling.h"
+
 namespace delvane {
 namespace {
 
@@ -7,7 +9,8 @@ constexpr const wchar_t* kClass = L"DelvaneSplash";
 
 }  // namespace
 
-CSplashWindow::CSplashWindow(std::string_view picture, HWND parent) : m_picture(picture) {
+CSplashWindow::CSplashWindow(HWND parent) : m_picture(DpiOf(parent) > kPlainDpi ? kDoubleSplashBitmap : kSplashBitmap) {
+    if (!m_picture) return;
     const HDC screen = GetDC(nullptr);
     const bool hasPalette = (GetDeviceCaps(screen, RASTERCAPS) & RC_PALETTE) != 0;
     ReleaseDC(nullptr, screen);
@@ -26,8 +29,10 @@ CSplashWindow::CSplashWindow(std::string_view picture, HWND parent) : m_picture(
     const HMONITOR nearest = MonitorFromWindow(parent, MONITOR_DEFAULTTOPRIMARY);
     GetMonitorInfoW(nearest, &monitor);
     const RECT& work = monitor.rcWork;
-    const int width = m_picture.GetWidth();
-    const int height = m_picture.GetHeight();
+    const int dpi = DpiOf(parent);
+    const int dotsPerInch = dpi > kPlainDpi ? 2 * kPlainDpi : kPlainDpi;  // of the picture
+    const int width = MulDiv(m_picture.GetWidth(), dpi, dotsPerInch);
+    const int height = MulDiv(m_picture.GetHeight(), dpi, dotsPerInch);
     m_hWnd = CreateWindowExW(0, kClass, L"", WS_POPUP | WS_VISIBLE, (work.left + work.right - width) / 2,
                              (work.top + work.bottom - height) / 2, width, height, parent, nullptr,
                              windowClass.hInstance, this);
@@ -67,10 +72,9 @@ LRESULT CALLBACK CSplashWindow::OnSystemMessage(HWND window, UINT message, WPARA
 void CSplashWindow::Draw(HDC context) const {
     const HPALETTE before = m_hPalette != nullptr ? SelectPalette(context, m_hPalette, FALSE) : nullptr;
     if (before != nullptr) ::RealizePalette(context);
-    const auto width = static_cast<DWORD>(m_picture.GetWidth());
-    const auto height = static_cast<DWORD>(m_picture.GetHeight());
-    SetDIBitsToDevice(context, 0, 0, width, height, 0, 0, 0, height, m_picture.GetPixels(), m_picture.GetInfo(),
-                      DIB_RGB_COLORS);
+    RECT room{};
+    GetClientRect(m_hWnd, &room);
+    m_picture.StretchTo(context, room.right, room.bottom);
     if (before != nullptr) SelectPalette(context, before, FALSE);
 }
 

@@ -7,8 +7,9 @@ namespace delvane {
 
 class CSplashWindow {
 public:
-    // Shown and painted at once, in the middle of the work area of the monitor nearest to `parent`, which may be null.
-    CSplashWindow(std::string_view picture, HWND parent);
+    // Shown and painted at once, in the middle of the work area of the monitor nearest to `parent`, which may be null,
+    // and at its scaling.
+    explicit CSplashWindow(HWND parent);
     ~CSplashWindow();
     CSplashWindow(const CSplashWindow&) = delete;
     CSplashWindow& operator=(const CSplashWindow&) = delete;

@@ -11,8 +11,6 @@ namespace {
 
 class CWin32Toolkit : public CToolkit {
 public:
-    explicit CWin32Toolkit(const CPictureBytes& pictures) { m_desk.m_pictures = pictures; }
-
     std::unique_ptr<CDialogWindow> CreateDialog(const CDialogTemplate& dialog, CDialogEvents& events) override {
         return std::make_unique<CWin32Window>(m_desk, dialog, events);
     }
@@ -42,7 +40,7 @@ public:
     }
 
     bool ShowSplash() override {
-        m_pSplash = std::make_unique<CSplashWindow>(m_desk.m_pictures.m_splash, m_desk.GetInnermost());
+        m_pSplash = std::make_unique<CSplashWindow>(m_desk.GetInnermost());
         if (!*m_pSplash) m_pSplash.reset();
         return m_pSplash != nullptr;
     }
@@ -70,7 +68,7 @@ bool HasVisibleStation() {
 
 }  // namespace
 
-std::unique_ptr<CToolkit> LoadToolkit(const CPictureBytes& pictures, CString& problem) {
+std::unique_ptr<CToolkit> LoadToolkit(CString& problem) {
     if (!HasVisibleStation()) {
         problem = "the program was started where nobody can see a window, as a service for instance";
         return nullptr;
@@ -86,7 +84,7 @@ std::unique_ptr<CToolkit> LoadToolkit(const CPictureBytes& pictures, CString& pr
     if (auto* const init = FindOperation<decltype(InitCommonControlsEx)>(GetCommonControls(), "InitCommonControlsEx")) {
         init(&controls);
     }
-    return std::make_unique<CWin32Toolkit>(pictures);
+    return std::make_unique<CWin32Toolkit>();
 }
 
 }  // namespace delvane
