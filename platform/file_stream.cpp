@@ -30,7 +30,7 @@ private:
     static constexpr std::size_t kSize = std::size_t{1} << 18;
 
     void Empty() {
-        m_pFile->Write({pbase(), static_cast<std::size_t>(pptr() - pbase())});
+        m_pFile->WriteText({pbase(), static_cast<std::size_t>(pptr() - pbase())});
         setp(m_bytes.data(), m_bytes.data() + m_bytes.size());
     }
 

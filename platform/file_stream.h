@@ -8,8 +8,8 @@
 
 namespace delvane {
 
-// Text goes through a large buffer into the file writer. What the writer throws comes out of the operation that filled
-// the buffer. Nothing stands in the file's place before Commit.
+// Text goes through a large buffer into the file writer, with the line ends of the system. What the writer throws comes
+// out of the operation that filled the buffer. Nothing stands in the file's place before Commit.
 class CFileStream : public std::ostream {
 public:
     explicit CFileStream(std::unique_ptr<CFileWriter> file);

@@ -23,7 +23,9 @@ class CFileWriter {
 public:
     virtual ~CFileWriter() = default;
     virtual void Write(std::string_view bytes) = 0;  // throws CFileError, CInterrupted
-    virtual void Commit() = 0;                       // throws the same
+    // With the line ends of the system for each line feed; throws the same.
+    virtual void WriteText(std::string_view text) { Write(text); }
+    virtual void Commit() = 0;  // throws the same
 };
 
 // What was read of a file: a buffer that may be larger than the file, and the file's size.
@@ -56,7 +58,8 @@ public:
     virtual CFileBytes ReadFile(std::string_view path, std::uint64_t limit) = 0;
     virtual CFileBytes ReadFileHead(std::string_view path, std::size_t size) = 0;
     virtual std::unique_ptr<CFileWriter> CreateFile(std::string_view path) = 0;
-    virtual std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) = 0;  // null if it cannot be created
+    // A line feed becomes the line end of the system. Null if it cannot be created.
+    virtual std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) = 0;
     // The path as a person on this system would write it, for messages.
     virtual CString GetDisplayPath(std::string_view path) const = 0;
     // The path as the machine has it, a drive path where it lies on a disk of the machine; else as it is.

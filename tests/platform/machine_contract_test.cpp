@@ -218,7 +218,12 @@ TEST_P(MachineContract, FilesAreReadWithinALimit) {
     EXPECT_THROW(Host().CreateFile(OwnPath("none\\a.dvs")), CFileOpenError);
     EXPECT_EQ(Host().CreateTextFile(OwnPath("none\\a.htm")), nullptr);
     *Host().CreateTextFile(path) << "line\n" << std::flush;
-    EXPECT_EQ(ReadOwn(path), "line\n") << "and no other line end";
+    EXPECT_EQ(ReadOwn(path), "line" + m_pContract->GetLineEnd());
+    const auto file = Host().CreateFile(path);
+    file->Write("a\nb");
+    file->WriteText("\n\nc");
+    file->Commit();
+    EXPECT_EQ(ReadOwn(path), "a\nb" + m_pContract->GetLineEnd() + m_pContract->GetLineEnd() + "c");
 }
 
 TEST_P(MachineContract, DirectoriesAreMadeOneLevelAtATime) {

@@ -29,6 +29,7 @@ public:
     virtual CHost& GetHost() = 0;
     virtual CString GetFolder() const = 0;     // without a backslash at its end
     virtual CString GetOwnFolder() const = 0;  // empty, for the program's own files; the same
+    virtual CString GetLineEnd() const { return "\n"; }
     virtual CString GetKeyName() const { return "Contract"; }
 };
 

@@ -54,6 +54,17 @@ public:
         }
     }
 
+    // As a text stream of this system does: a carriage return before each line feed.
+    void WriteText(std::string_view text) override {
+        CString lines;
+        lines.reserve(text.size() + text.size() / 16);
+        for (const char c : text) {
+            if (c == '\n') lines += '\r';
+            lines += c;
+        }
+        Write(lines);
+    }
+
     // The bytes reach the disk before the name does, so that a crash leaves the old file or the new one, never half.
     void Commit() override {
         ThrowIfInterrupted();
@@ -100,7 +111,7 @@ std::unique_ptr<CFileWriter> CreateOwnFile(std::string_view path) {
 std::unique_ptr<std::ostream> CreateOwnTextFile(std::string_view path) {
     const CString target(path);
     if (MayTakePlace(target) != ERROR_SUCCESS) return nullptr;
-    auto stream = std::make_unique<std::ofstream>(target, std::ios::binary | std::ios::trunc);
+    auto stream = std::make_unique<std::ofstream>(target, std::ios::trunc);  // with CR LF
     if (!stream->is_open()) return nullptr;
     return stream;
 }

@@ -60,6 +60,7 @@ public:
     CHost& GetHost() override { return m_host; }
     CString GetFolder() const override { return Slashed("files"); }
     CString GetOwnFolder() const override { return Slashed("own"); }
+    CString GetLineEnd() const override { return "\r\n"; }
     CString GetKeyName() const override { return Narrow(m_key.substr(m_key.rfind(L'\\') + 1)); }
 
 private:

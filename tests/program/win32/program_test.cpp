@@ -103,7 +103,7 @@ TEST_F(Program, HelpAndVersionAnswerBeforeAnythingElse) {
     EXPECT_NE(m_output.find("/bc:NAME"), std::string::npos);
     EXPECT_FALSE(m_home.Exists("delvane.cfg"));
     EXPECT_EQ(Run("/s --version"), 0) << "beside another switch it is a bad switch";
-    EXPECT_EQ(m_home.Read("delvane.err"), "Bad Cmdline Switch: --version\n");
+    EXPECT_EQ(m_home.Read("delvane.err"), "Bad Cmdline Switch: --version\r\n");
 }
 
 TEST_F(Program, NamesComeThroughAsTheyWereTyped) {
