@@ -19,7 +19,7 @@ case ${1-} in
     '' | --check) ;;
     *) fail "usage: $0 [--check]" ;;
 esac
-need_packages g++ g++-mingw-w64-x86-64-posix cmake ninja-build pkg-config libutf8proc-dev nlohmann-json3-dev qt6-base-dev dpkg-dev git zip
+need_packages g++ g++-mingw-w64-x86-64-posix cmake ninja-build libutf8proc-dev nlohmann-json3-dev qt6-base-dev dpkg-dev git zip
 
 # Nothing of the caller's own settings gets into the files.
 umask 022
@@ -67,9 +67,7 @@ build_linux() {
     step "Building for Linux"
     hardening='-D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection -fcf-protection'
     linking='-Wl,-z,relro,-z,now,--as-needed'
-    # utf8proc is linked into the program: its library has another name in each release of Debian.
     cmake -S "$source" -B "$work/linux" -G Ninja -DCMAKE_BUILD_TYPE=Release -DDELVANE_TESTS=OFF \
-        -Dpkgcfg_lib_UTF8PROC_utf8proc="$(pkg-config --variable=libdir libutf8proc)/libutf8proc.a" \
         -DCMAKE_CXX_FLAGS="$hardening -ffile-prefix-map=\"$work\"=." -DCMAKE_POSITION_INDEPENDENT_CODE=ON \
         -DCMAKE_EXE_LINKER_FLAGS="-pie $linking" -DCMAKE_MODULE_LINKER_FLAGS="$linking"
     cmake --build "$work/linux" -j "$(nproc)"

@@ -12,7 +12,7 @@ set -eu
 CDPATH='' cd -- "$(dirname -- "$0")/.."
 . cmake/setup.sh
 
-need_packages g++ cmake ninja-build pkg-config libutf8proc-dev findutils coreutils libhivex-bin
+need_packages g++ cmake ninja-build libutf8proc-dev findutils coreutils libhivex-bin
 # The default build with some small programs more.
 cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DDELVANE_TESTS=OFF -DDELVANE_QT=OFF -DDELVANE_BENCH=ON > /dev/null
 cmake --build build-bench > /dev/null

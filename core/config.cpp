@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/context.h"
+#include "platform/little_endian.h"
 
 namespace delvane {
 namespace {
@@ -22,18 +23,6 @@ constexpr std::array<bool CRunContext::*, kFlagCount> kFlags = {&CRunContext::m_
                                                                 &CRunContext::m_bHkcu,
                                                                 &CRunContext::m_bExtensions};
 
-std::uint32_t GetU32(std::string_view bytes, std::size_t offset) {
-    std::uint32_t value = 0;
-    for (std::size_t i = 4; i-- > 0;)
-        value = value << 8 | static_cast<unsigned char>(bytes[offset + i]);
-    return value;
-}
-
-void PutU32(CString& bytes, std::uint32_t value) {
-    for (int i = 0; i < 4; ++i, value >>= 8)
-        bytes += static_cast<char>(value & 0xFF);
-}
-
 }  // namespace
 
 bool CRunContext::ReadConfig() {
@@ -45,19 +34,19 @@ bool CRunContext::ReadConfig() {
     }
     const std::string_view bytes = file.GetBytes();
     if (bytes.size() < kConfigSize) return false;
-    m_dwDrivesOn = GetU32(bytes, 0);
-    m_dwDrivesOff = GetU32(bytes, 4);
+    m_dwDrivesOn = U32(bytes, 0);
+    m_dwDrivesOff = U32(bytes, 4);
     for (std::size_t i = 0; i < kFlagCount; ++i)
-        this->*kFlags[i] = GetU32(bytes, 8 + 4 * i) != 0;
+        this->*kFlags[i] = U32(bytes, 8 + 4 * i) != 0;
     return true;
 }
 
 bool CRunContext::WriteConfig() const {
     CString bytes;
-    PutU32(bytes, m_dwDrivesOn);
-    PutU32(bytes, m_dwDrivesOff);
+    bytes += BytesOf(m_dwDrivesOn, 4);
+    bytes += BytesOf(m_dwDrivesOff, 4);
     for (const auto flag : kFlags)
-        PutU32(bytes, this->*flag ? 1 : 0);
+        bytes += BytesOf(this->*flag ? 1 : 0, 4);
     try {
         const std::unique_ptr<CFileWriter> file = GetHost().CreateFile(GetConfigPath());
         file->Write(bytes);

@@ -1,4 +1,4 @@
-// Comparison and mapping of UTF-8 text character by character, for whoever knows the cases of characters.
+// Comparison and mapping of UTF-8 text character by character, and the cases of characters.
 #pragma once
 
 #include <array>
@@ -19,14 +19,22 @@ inline constexpr std::array<unsigned char, 128> kAsciiFold = [] {
     return table;
 }();
 
-// Folding by upper and then lower case joins all forms of a letter (both small sigmas, the Kelvin sign and k). It would
-// change the meaning of these only, which stay as they are.
-constexpr bool IsNotFolded(std::uint32_t c) {
-    constexpr std::uint32_t kDottedCapitalI = 0x130;
-    constexpr std::uint32_t kDotlessSmallI = 0x131;
-    constexpr std::uint32_t kSharpS = 0xDF;
-    return c == kDottedCapitalI || c == kDotlessSmallI || c == kSharpS;
-}
+// What leads from a character to another form of it. Windows' own tables differ from release to release; with this one,
+// which make_case_table writes when the program is built, two machines agree, and the builds do.
+struct CCaseForms {
+    std::int32_t m_nLower;
+    std::int32_t m_nFold;      // what all cases of a letter share
+    std::int32_t m_nNameFold;  // the same for names of keys: only where both cases lead to each other
+};
+extern const std::uint8_t kCaseRowNumbers[];  // by all but the last byte of the character
+extern const CCaseForms kCaseRows[][256];
+
+inline const CCaseForms& CaseFormsOf(std::uint32_t c) { return kCaseRows[kCaseRowNumbers[c >> 8]][c & 0xFF]; }
+
+// Of a character, or of what TakeCharacter gives for a byte that is none.
+inline std::uint32_t ToLower(std::uint32_t c) { return c + static_cast<std::uint32_t>(CaseFormsOf(c).m_nLower); }
+inline std::uint32_t Fold(std::uint32_t c) { return c + static_cast<std::uint32_t>(CaseFormsOf(c).m_nFold); }
+inline std::uint32_t FoldInName(std::uint32_t c) { return c + static_cast<std::uint32_t>(CaseFormsOf(c).m_nNameFold); }
 
 constexpr std::uint32_t kBeyondUnicode = 0x110000;
 
@@ -101,7 +109,7 @@ CString MapCharacters(std::string_view text, const MapCharacter& map) {
         }
         const std::string_view before = text;
         const std::uint32_t c = TakeCharacter(text);
-        const std::uint32_t mapped = c < kBeyondUnicode ? map(c) : c;
+        const std::uint32_t mapped = map(c);
         if (mapped == c) {
             result += before.substr(0, before.size() - text.size());
         } else {

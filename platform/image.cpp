@@ -5,6 +5,8 @@
 #include <cstring>
 #include <span>
 
+#include "platform/little_endian.h"
+
 namespace delvane {
 
 namespace {
@@ -30,14 +32,6 @@ constexpr std::uint16_t kSubsystemNative = 1;
 
 using CBytes = std::span<const unsigned char>;
 
-std::uint16_t GetU16(CBytes bytes, std::size_t offset) {
-    return static_cast<std::uint16_t>(bytes[offset] | bytes[offset + 1] << 8);
-}
-
-std::uint32_t GetU32(CBytes bytes, std::size_t offset) {
-    return GetU16(bytes, offset) | static_cast<std::uint32_t>(GetU16(bytes, offset + 2)) << 16;
-}
-
 bool BeginsWith(CBytes bytes, const char* signature, std::size_t size) {
     return bytes.size() >= size && std::memcmp(bytes.data(), signature, size) == 0;
 }
@@ -52,7 +46,7 @@ bool MapImage(const CByteSource& file, CLoadedImage& image) {
     if (!BeginsWith(head, "MZ", 2)) return false;
 
     // The bytes at the newer header, as many as there are of those that count; none where it lies past the end.
-    const std::uint32_t newHeader = head.size() < kNewHeaderField + 4 ? 0 : GetU32(head, kNewHeaderField);
+    const std::uint32_t newHeader = head.size() < kNewHeaderField + 4 ? 0 : U32(head, kNewHeaderField);
     std::array<unsigned char, kNeededOfPe> farBuffer;
     CBytes header;
     if (newHeader + std::uint64_t{kNeededOfPe} <= head.size() || head.size() < kHeadSize) {
@@ -66,10 +60,10 @@ bool MapImage(const CByteSource& file, CLoadedImage& image) {
         image.fDOSImage = true;
         return false;
     }
-    if (header.size() < kNeededOfPe || GetU16(header, kOptionalSizeField) < kSubsystemEnd) return false;
-    const std::uint16_t magic = GetU16(header, kOptionalHeader);
+    if (header.size() < kNeededOfPe || U16(header, kOptionalSizeField) < kSubsystemEnd) return false;
+    const std::uint16_t magic = U16(header, kOptionalHeader);
     if (magic != kMagic32 && magic != kMagic64) return false;
-    image.fSystemImage = GetU16(header, kOptionalHeader + kSubsystem) == kSubsystemNative;
+    image.fSystemImage = U16(header, kOptionalHeader + kSubsystem) == kSubsystemNative;
     return true;
 }
 

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
+#include "platform/little_endian.h"
+
 namespace delvane {
 
 // Writes one character, one to four bytes, and gives what is behind it.
@@ -39,10 +41,7 @@ constexpr std::size_t Utf8Room(std::size_t bytes) { return bytes / 2 * 3; }
 
 // Writes UTF-16, least significant byte first; an odd byte at the end is dropped. Gives what is behind it.
 inline char* PutUtf16AsUtf8(char* to, std::string_view bytes) {
-    const auto unit = [bytes](std::size_t at) {
-        return static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[at]) |
-                                          static_cast<unsigned char>(bytes[at + 1]) << 8);
-    };
+    const auto unit = [bytes](std::size_t at) { return std::uint32_t{U16(bytes, at)}; };
     const std::size_t size = bytes.size() & ~std::size_t{1};
     for (std::size_t i = 0; i < size; i += 2) {
         std::uint32_t c = unit(i);

@@ -13,10 +13,10 @@
 #include "platform/version_block.h"
 
 #include <algorithm>
-#include <cassert>
 #include <initializer_list>
 #include <utility>
 
+#include "platform/little_endian.h"
 #include "platform/utf.h"
 
 namespace delvane {
@@ -32,18 +32,6 @@ constexpr std::uint32_t kTypeVersion = 16;
 constexpr std::uint32_t kNameVersionInfo = 1;  // the only one that the version API asks for
 constexpr std::uint32_t kLanguageNeutral = 0;
 constexpr std::uint32_t kLanguageEnglishUs = 0x409;
-
-// The numbers in the files are little-endian. The caller has checked that they are there.
-std::uint16_t GetU16(std::string_view bytes, std::size_t offset) {
-    assert(offset + 2 <= bytes.size());
-    const auto low = static_cast<unsigned char>(bytes[offset]);
-    const auto high = static_cast<unsigned char>(bytes[offset + 1]);
-    return static_cast<std::uint16_t>(low | high << 8);
-}
-
-std::uint32_t GetU32(std::string_view bytes, std::size_t offset) {
-    return GetU16(bytes, offset) | static_cast<std::uint32_t>(GetU16(bytes, offset + 2)) << 16;
-}
 
 std::size_t AlignTo4(std::size_t offset) { return (offset + 3) & ~std::size_t{3}; }
 
@@ -63,10 +51,10 @@ public:
 
     std::optional<std::string> ReadAddress(std::uint64_t address, std::uint64_t size) const {
         for (std::size_t section = 0; section + kSectionSize <= m_table.size(); section += kSectionSize) {
-            const std::uint64_t begin = GetU32(m_table, section + 12);
-            const std::uint64_t rawSize = GetU32(m_table, section + 16);
+            const std::uint64_t begin = U32(m_table, section + 12);
+            const std::uint64_t rawSize = U32(m_table, section + 16);
             if (address < begin || address - begin > rawSize || size > rawSize - (address - begin)) continue;
-            return ReadRange(m_file, GetU32(m_table, section + 20) + (address - begin), size);
+            return ReadRange(m_file, U32(m_table, section + 20) + (address - begin), size);
         }
         return std::nullopt;
     }
@@ -84,36 +72,36 @@ std::optional<std::uint32_t> FindResourceEntry(const CPeSections& sections, std:
                                                std::initializer_list<std::uint32_t> wanted, bool orFirst) {
     const std::optional<std::string> header = sections.ReadAddress(directory, 16);
     if (!header) return std::nullopt;
-    const std::size_t count = std::size_t{GetU16(*header, 12)} + GetU16(*header, 14);
+    const std::size_t count = std::size_t{U16(*header, 12)} + U16(*header, 14);
     if (count == 0 || count > kMaxDirectoryEntries) return std::nullopt;
     const std::optional<std::string> entries = sections.ReadAddress(directory + 16, count * 8);
     if (!entries) return std::nullopt;
     for (const std::uint32_t number : wanted) {
         for (std::size_t entry = 0; entry < entries->size(); entry += 8) {
-            if (GetU32(*entries, entry) == number) return GetU32(*entries, entry + 4);
+            if (U32(*entries, entry) == number) return U32(*entries, entry + 4);
         }
     }
     if (!orFirst) return std::nullopt;
-    return GetU32(*entries, 4);
+    return U32(*entries, 4);
 }
 
 std::optional<std::string> ReadPeResource(const CByteSource& file, std::uint64_t header) {
     const std::optional<std::string> coff = ReadRange(file, header, 24);
     if (!coff) return std::nullopt;
-    const std::size_t sectionCount = GetU16(*coff, 6);
-    const std::size_t optionalSize = GetU16(*coff, 20);
+    const std::size_t sectionCount = U16(*coff, 6);
+    const std::size_t optionalSize = U16(*coff, 20);
     if (optionalSize < 2 || sectionCount > kMaxSections) return std::nullopt;
     const std::optional<std::string> optional = ReadRange(file, header + 24, optionalSize);
     if (!optional) return std::nullopt;
 
     // The 64-bit form is the longer one; behind its fields stand the number of data directories and the directories.
-    const std::uint16_t magic = GetU16(*optional, 0);
+    const std::uint16_t magic = U16(*optional, 0);
     if (magic != 0x10b && magic != 0x20b) return std::nullopt;
     const std::size_t directories = magic == 0x20b ? 112 : 96;
     constexpr std::size_t kResources = 2;
     if (optionalSize < directories + (kResources + 1) * 8) return std::nullopt;
-    if (GetU32(*optional, directories - 4) <= kResources) return std::nullopt;
-    const std::uint64_t root = GetU32(*optional, directories + kResources * 8);
+    if (U32(*optional, directories - 4) <= kResources) return std::nullopt;
+    const std::uint64_t root = U32(*optional, directories + kResources * 8);
     if (root == 0) return std::nullopt;
 
     std::optional<std::string> table =
@@ -132,14 +120,14 @@ std::optional<std::string> ReadPeResource(const CByteSource& file, std::uint64_t
     if (!language || (*language & kIsDirectory)) return std::nullopt;
     const std::optional<std::string> data = sections.ReadAddress(root + *language, 16);
     if (!data) return std::nullopt;
-    return sections.ReadAddress(GetU32(*data, 0), GetU32(*data, 4));
+    return sections.ReadAddress(U32(*data, 0), U32(*data, 4));
 }
 
 std::optional<std::string> ReadNeResource(const CByteSource& file, std::uint64_t header) {
     const std::optional<std::string> fields = ReadRange(file, header, 0x40);
     if (!fields) return std::nullopt;
-    const std::size_t tableOffset = GetU16(*fields, 0x24);
-    const std::size_t nextTable = GetU16(*fields, 0x26);
+    const std::size_t tableOffset = U16(*fields, 0x24);
+    const std::size_t nextTable = U16(*fields, 0x26);
     if (tableOffset == nextTable) return std::nullopt;  // there are no resources
 
     const std::uint64_t fileSize = file.GetSize();
@@ -147,22 +135,22 @@ std::optional<std::string> ReadNeResource(const CByteSource& file, std::uint64_t
     const std::optional<std::string> table =
         ReadRange(file, tableBegin, std::min<std::uint64_t>(kMaxNeTableSize, fileSize - tableBegin));
     if (!table || table->size() < 2) return std::nullopt;
-    const unsigned shift = GetU16(*table, 0);
+    const unsigned shift = U16(*table, 0);
     if (shift > 16) return std::nullopt;
 
     constexpr std::uint32_t kIsNumber = 0x8000;
     std::size_t type = 2;
     while (type + 8 <= table->size()) {
-        const std::uint32_t number = GetU16(*table, type);
-        const std::size_t count = GetU16(*table, type + 2);
+        const std::uint32_t number = U16(*table, type);
+        const std::size_t count = U16(*table, type + 2);
         if (number == 0) break;  // the end of the list
         const std::size_t resources = type + 8;
         type = resources + count * 12;
         if (number != (kIsNumber | kTypeVersion)) continue;
         for (std::size_t resource = resources; resource < type && resource + 12 <= table->size(); resource += 12) {
-            if (GetU16(*table, resource + 6) != (kIsNumber | kNameVersionInfo)) continue;
-            const std::uint64_t offset = std::uint64_t{GetU16(*table, resource)} << shift;
-            const std::uint64_t size = std::uint64_t{GetU16(*table, resource + 2)} << shift;
+            if (U16(*table, resource + 6) != (kIsNumber | kNameVersionInfo)) continue;
+            const std::uint64_t offset = std::uint64_t{U16(*table, resource)} << shift;
+            const std::uint64_t size = std::uint64_t{U16(*table, resource + 2)} << shift;
             if (offset > fileSize) return std::nullopt;
             // The size is rounded up to whole units, and the last unit of a file need not be whole.
             return ReadRange(file, offset, std::min(size, fileSize - offset));
@@ -174,7 +162,7 @@ std::optional<std::string> ReadNeResource(const CByteSource& file, std::uint64_t
 std::optional<std::string> ReadVersionResource(const CByteSource& file) {
     const std::optional<std::string> dosHeader = ReadRange(file, 0, 0x40);
     if (!dosHeader || !dosHeader->starts_with("MZ")) return std::nullopt;
-    const std::uint64_t header = GetU32(*dosHeader, 0x3c);
+    const std::uint64_t header = U32(*dosHeader, 0x3c);
     const std::optional<std::string> signature = ReadRange(file, header, 4);
     if (!signature) return std::nullopt;
     if (*signature == std::string_view("PE\0\0", 4)) return ReadPeResource(file, header);
@@ -193,7 +181,7 @@ constexpr char16_t kCodePage1252[32] = {0x20ac, 0x0081, 0x201a, 0x0192, 0x201e, 
 std::string DecodeText(std::string_view bytes, bool wide) {
     if (wide) {
         std::size_t end = 0;
-        while (end + 2 <= bytes.size() && GetU16(bytes, end) != 0)
+        while (end + 2 <= bytes.size() && U16(bytes, end) != 0)
             end += 2;
         bytes = bytes.substr(0, end);
         std::string text(Utf8Room(bytes.size()), '\0');
@@ -232,7 +220,7 @@ struct CEntry {
 std::optional<CEntry> ReadEntry(std::string_view block, std::size_t begin, bool wide) {
     const std::size_t headerSize = wide ? 6 : 4;
     if (begin > block.size() || block.size() - begin < headerSize) return std::nullopt;
-    const std::size_t length = GetU16(block, begin);
+    const std::size_t length = U16(block, begin);
     if (length < headerSize || length > block.size() - begin) return std::nullopt;
 
     CEntry entry;
@@ -240,7 +228,7 @@ std::optional<CEntry> ReadEntry(std::string_view block, std::size_t begin, bool 
     entry.m_nKey = begin + headerSize;
     const std::size_t unitSize = wide ? 2 : 1;
     std::size_t at = entry.m_nKey;
-    while (at + unitSize <= entry.m_nEnd && (wide ? GetU16(block, at) != 0 : block[at] != '\0')) {
+    while (at + unitSize <= entry.m_nEnd && (wide ? U16(block, at) != 0 : block[at] != '\0')) {
         at += unitSize;
     }
     if (at + unitSize > entry.m_nEnd) return std::nullopt;
@@ -248,8 +236,8 @@ std::optional<CEntry> ReadEntry(std::string_view block, std::size_t begin, bool 
 
     // The length of a text counts UTF-16 units in the 32-bit form, but some tools count its bytes. Where the claim is
     // twice too large the entry's own end cuts it, and the text ends at its NUL in any case.
-    std::size_t valueSize = GetU16(block, begin + 2);
-    if (wide && GetU16(block, begin + 4) != 0) valueSize *= 2;
+    std::size_t valueSize = U16(block, begin + 2);
+    if (wide && U16(block, begin + 4) != 0) valueSize *= 2;
     const std::size_t value = AlignTo4(entry.m_nKeyEnd + unitSize);
     entry.m_nChildren = AlignTo4(value + valueSize);
     entry.m_nValue = std::min(value, entry.m_nEnd);
@@ -274,7 +262,7 @@ std::optional<CVersionBlock> CVersionBlock::Read(const CByteSource& file) {
     std::optional<std::string> bytes = ReadVersionResource(file);
     constexpr std::size_t kSmallest = 6;
     if (!bytes || bytes->size() < kSmallest) return std::nullopt;
-    const std::size_t length = GetU16(*bytes, 0);
+    const std::size_t length = U16(*bytes, 0);
     if (length < kSmallest || length > bytes->size()) return std::nullopt;
     bytes->resize(length);
 

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/little_endian.h"
+
 namespace delvane {
 
 namespace {
@@ -29,15 +31,9 @@ constexpr std::pair<std::string_view, EImageKind> kKindNames[] = {
 // its low part, since offsets and sizes in these images are small.
 class CImageBytes {
 public:
-    void Add8(std::uint64_t number) { m_bytes.push_back(static_cast<char>(number & 0xff)); }
-    void Add16(std::uint64_t number) {
-        Add8(number);
-        Add8(number >> 8);
-    }
-    void Add32(std::uint64_t number) {
-        Add16(number);
-        Add16(number >> 16);
-    }
+    void Add8(std::uint64_t number) { m_bytes += BytesOf(number, 1); }
+    void Add16(std::uint64_t number) { m_bytes += BytesOf(number, 2); }
+    void Add32(std::uint64_t number) { m_bytes += BytesOf(number, 4); }
     void AddBytes(std::string_view bytes) { m_bytes += bytes; }
     // A name in eight bytes, or one with its length in front.
     void AddName8(std::string_view name) {
@@ -53,10 +49,7 @@ public:
         m_bytes.resize(size);
     }
     void AlignTo(std::size_t unit) { FillTo((m_bytes.size() + unit - 1) / unit * unit); }
-    void Set16(std::size_t offset, std::uint64_t number) {
-        m_bytes.at(offset) = static_cast<char>(number & 0xff);
-        m_bytes.at(offset + 1) = static_cast<char>(number >> 8 & 0xff);
-    }
+    void Set16(std::size_t offset, std::uint64_t number) { m_bytes.replace(offset, 2, BytesOf(number, 2)); }
 
     std::size_t GetSize() const { return m_bytes.size(); }
     std::string TakeBytes() { return std::move(m_bytes); }

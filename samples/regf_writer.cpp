@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/little_endian.h"
 #include "platform/text.h"
 
 namespace delvane {
@@ -11,14 +12,8 @@ constexpr std::size_t kPage = 4096;
 constexpr std::size_t kSegment = 16344;
 constexpr std::uint32_t kNoCell = 0xFFFF'FFFF;
 
-std::string Number(std::uint64_t number, unsigned bytes) {
-    std::string text;
-    for (unsigned i = 0; i < bytes; ++i)
-        text += static_cast<char>(number >> 8 * i);
-    return text;
-}
-std::string U16(std::size_t number) { return Number(number, 2); }
-std::string U32(std::size_t number) { return Number(number, 4); }
+std::string U16(std::size_t number) { return BytesOf(number, 2); }
+std::string U32(std::size_t number) { return BytesOf(number, 4); }
 
 void Put(std::string& bytes, std::size_t at, const std::string& what) { bytes.replace(at, what.size(), what); }
 
@@ -131,7 +126,7 @@ std::uint32_t CRegfWriter::AddKey(const CKey& key, std::uint32_t parent) {
     const std::string name = StoredName(key.m_name, compressed);
     const bool isRoot = &key == &m_root;
     std::string content = "nk" + U16(key.m_nFlags + (compressed ? 0x20 : 0) + (isRoot ? 0xC : 0));
-    content += Number(0x01C4'09A2'BB01'6800, 8) + U32(0) + U32(parent);
+    content += BytesOf(0x01C4'09A2'BB01'6800, 8) + U32(0) + U32(parent);
     content += U32(key.m_subkeys.size()) + U32(0) + U32(kNoCell) + U32(kNoCell);
     content += U32(key.m_values.size()) + U32(kNoCell) + U32(m_nSecurity) + U32(kNoCell);
     content += std::string(20, '\0') + U16(name.size()) + U16(0) + name;
@@ -208,7 +203,7 @@ std::string CRegfWriter::Build() {
     m_cells.assign(kBinHead, '\0');
     // The security that all keys share: a descriptor that says nothing.
     m_nSecurity = static_cast<std::uint32_t>(m_cells.size());
-    AddCell("sk" + U16(0) + U32(m_nSecurity) + U32(m_nSecurity) + U32(1) + U32(20) + Number(0x8000'0001, 4) +
+    AddCell("sk" + U16(0) + U32(m_nSecurity) + U32(m_nSecurity) + U32(1) + U32(20) + BytesOf(0x8000'0001, 4) +
             std::string(16, '\0'));
     const std::uint32_t root = AddKey(m_root, kNoCell);
     const std::size_t used = m_cells.size();
@@ -216,7 +211,7 @@ std::string CRegfWriter::Build() {
     m_cells += U32(size - used);  // the rest is one free cell
     m_cells.resize(size);
     Put(m_cells, 0, "hbin" + U32(0) + U32(size));
-    std::string base = "regf" + U32(m_nSequence1) + U32(m_nSequence2) + Number(0x01C4'09A2'BB01'6800, 8) + U32(1) +
+    std::string base = "regf" + U32(m_nSequence1) + U32(m_nSequence2) + BytesOf(0x01C4'09A2'BB01'6800, 8) + U32(1) +
                        U32(m_nMinorVersion) + U32(0) + U32(1) + U32(root) + U32(size) + U32(1);
     base.resize(kPage);
     SetChecksum(base);

@@ -1,13 +1,11 @@
 // Case and order on Windows: in UTF-8, where the system grants it, by Unicode's simple folding; in any other code page
 // by the run-time library, whose answers for all characters are asked for once.
-#include <algorithm>
 #include <array>
 #include <mbctype.h>
 #include <mbstring.h>
 #include <vector>
 
 #include "platform/case_fold.h"
-#include "platform/win32/case_table.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {
@@ -16,21 +14,6 @@ namespace {
 bool IsUtf8() {
     static const bool isUtf8 = GetACP() == CP_UTF8;
     return isUtf8;
-}
-
-const CCaseEntry* FindCase(std::uint32_t c) {
-    const CCaseEntry* const end = kCaseTable + kCaseTableSize;
-    const CCaseEntry* const entry =
-        std::lower_bound(kCaseTable, end, c, [](const CCaseEntry& a, std::uint32_t b) { return a.m_nCharacter < b; });
-    return entry != end && entry->m_nCharacter == c ? entry : nullptr;
-}
-std::uint32_t ToLower(std::uint32_t c) {
-    const CCaseEntry* const entry = FindCase(c);
-    return entry != nullptr ? entry->m_nLower : c;
-}
-std::uint32_t Fold(std::uint32_t c) {
-    const CCaseEntry* const entry = FindCase(c);
-    return entry != nullptr ? entry->m_nFold : c;
 }
 
 // What the run-time library knows of the process's code page, by character: a lead byte stands above its trail byte.

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/little_endian.h"
 #include "samples/image_writer.h"
 #include "tests/support/memory_source.h"
 
@@ -22,13 +23,6 @@ std::string Query(const CByteSource& file, std::string_view path) {
 }
 
 std::string Query(std::string_view image, std::string_view path) { return Query(CMemorySource(image), path); }
-
-std::uint32_t NumberAt(std::string_view bytes, std::size_t offset, std::size_t size) {
-    std::uint32_t number = 0;
-    for (std::size_t at = size; at-- > 0;)
-        number = number << 8 | static_cast<unsigned char>(bytes.at(offset + at));
-    return number;
-}
 
 std::string Wide(std::string_view ascii) {
     std::string wide;
@@ -114,7 +108,7 @@ TEST(VersionBlock, TextsBecomeUtf8) {
 TEST(VersionBlock, TextsEndAtTheirNulAndWithinTheirEntry) {
     const std::string image = MakeImage(EImageKind::Pe32, SampleStrings());
     const std::size_t entry = FindWideEntry(image, "FileVersion");
-    const std::size_t valueSize = NumberAt(image, entry + 2, 2);
+    const std::size_t valueSize = U16(image, entry + 2);
     ASSERT_EQ(valueSize, 9u);
     for (const auto& [claim, expected] : std::vector<std::pair<std::uint32_t, std::string>>{
              {18, "7.5.0.12"},  // counted in bytes, as some tools do
@@ -144,7 +138,7 @@ TEST(VersionBlock, AnEntryMayOutgrowItsParentButNotTheBlock) {
     const std::string image = MakeImage(EImageKind::Pe32, SampleStrings());
     std::string shortParent = image;
     const std::size_t table = FindWideEntry(image, "040904E4");
-    Patch(shortParent, table, NumberAt(image, table, 2) - 4, 2);
+    Patch(shortParent, table, U16(image, table) - 4, 2);
     EXPECT_EQ(Query(shortParent, kFileE4), "7.5.0.12");
 
     std::string longEntry = image;
@@ -157,7 +151,7 @@ TEST(VersionBlock, AnEntryMayOutgrowItsParentButNotTheBlock) {
     std::string longLast = image;
     const std::size_t last = FindWideEntry(image, "Translation");
     ASSERT_NE(Query(image, kLast), kNothing);
-    Patch(longLast, last, NumberAt(image, last, 2) + 4, 2);
+    Patch(longLast, last, U16(image, last) + 4, 2);
     EXPECT_EQ(Query(longLast, kLast), kNothing);
 
     std::string longBlock = image;
@@ -236,7 +230,7 @@ TEST(VersionBlock, AWrongStepOnTheWayIsRefused) {
     }
 
     const std::string ne = MakeImage(EImageKind::Ne, SampleStrings());
-    ASSERT_EQ(NumberAt(ne, kNeTable + 2, 2), 0x8010u);
+    ASSERT_EQ(U16(ne, kNeTable + 2), 0x8010u);
     for (const CStep& step : std::vector<CStep>{
              {"table past the end", kNewHeader + 0x24, 0xffff, 2},
              {"alignment beyond all sense", kNeTable, 60, 2},

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/image.h"
+#include "platform/little_endian.h"
 
 namespace delvane {
 
@@ -35,8 +36,7 @@ private:
 
 // Puts a number there, least significant byte first.
 inline void Patch(std::string& bytes, std::size_t offset, std::uint32_t number, std::size_t size) {
-    for (std::size_t at = 0; at < size; ++at)
-        bytes.at(offset + at) = static_cast<char>(number >> 8 * at & 0xff);
+    bytes.replace(offset, size, BytesOf(number, static_cast<unsigned>(size)));
 }
 
 }  // namespace delvane

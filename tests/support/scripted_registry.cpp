@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/little_endian.h"
+
 namespace delvane {
 namespace {
 
@@ -91,8 +93,7 @@ CScriptedRegistry::CValue CScriptedRegistry::ParseValue(std::string_view line) {
         value.m_dwType = REG_DWORD;
         std::uint32_t number = 0;
         words >> number;
-        for (int i = 0; i < 4; ++i)
-            value.m_data += static_cast<char>(number >> 8 * i);
+        value.m_data += BytesOf(number, 4);
     } else if (word.starts_with("hex(")) {
         value.m_dwType = static_cast<std::uint32_t>(std::stoul(word.substr(4)));
         for (CString byte; words >> byte;)

@@ -1,18 +1,14 @@
 // The snapshot file: its bytes, its versions, and what is refused.
 #include "capture/drives.h"
 #include "capture/registry.h"
+#include "platform/little_endian.h"
 #include "tests/support/machine_test.h"
 #include "tree/archive.h"
 
 namespace delvane {
 namespace {
 
-CString U32(std::uint32_t value) {
-    CString bytes;
-    for (int i = 0; i < 4; ++i, value >>= 8)
-        bytes += static_cast<char>(value & 0xFF);
-    return bytes;
-}
+CString U32(std::uint32_t value) { return BytesOf(value, 4); }
 
 CString Bytes(std::initializer_list<CString> parts) {
     CString all;

@@ -6,8 +6,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
+
+#include "platform/little_endian.h"
 
 namespace delvane::regf {
 
@@ -25,17 +26,6 @@ constexpr std::size_t kFileType = 28;  // 0 a hive; 1, 2 and 6 logs
 constexpr std::size_t kRootCell = 36;
 constexpr std::size_t kCellsSize = 40;
 constexpr std::size_t kChecksum = 508;
-
-inline std::uint16_t U16(std::string_view bytes, std::size_t at) {
-    return static_cast<std::uint16_t>(static_cast<unsigned char>(bytes[at]) | static_cast<unsigned char>(bytes[at + 1])
-                                                                                  << 8);
-}
-inline std::uint32_t U32(std::string_view bytes, std::size_t at) {
-    return U16(bytes, at) | static_cast<std::uint32_t>(U16(bytes, at + 2)) << 16;
-}
-inline std::uint64_t U64(std::string_view bytes, std::size_t at) {
-    return U32(bytes, at) | static_cast<std::uint64_t>(U32(bytes, at + 4)) << 32;
-}
 
 // Whether the bytes begin with a base block that is whole.
 inline bool IsBaseBlock(std::string_view bytes) {

@@ -10,6 +10,7 @@
 
 #include "platform/host.h"
 #include "platform/hosted/registry/key_name.h"
+#include "platform/little_endian.h"
 
 namespace delvane {
 namespace {
@@ -371,10 +372,7 @@ std::optional<CString> CHostedRegistry::FindText(HKEY root, std::string_view pat
 std::optional<std::uint32_t> CHostedRegistry::FindNumber(HKEY root, std::string_view path, std::string_view name) {
     const CKeyContents::CValue* const value = FindValue(root, path, name);
     if (value == nullptr || value->m_dwType != REG_DWORD || value->m_data.m_nLength != 4) return std::nullopt;
-    std::uint32_t number = 0;
-    for (std::size_t i = 4; i-- > 0;)
-        number = number << 8 | static_cast<unsigned char>(m_scratch.Get(value->m_data)[i]);
-    return number;
+    return U32(m_scratch.Get(value->m_data), 0);
 }
 
 std::vector<CString> CHostedRegistry::ListSubkeys(HKEY root, std::string_view path) {
