@@ -9,24 +9,13 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/folder_kinds.h"
 #include "platform/host.h"
 #include "platform/machine.h"
 #include "platform/text.h"
 #include "platform/toolkit.h"
 
 namespace delvane {
-
-// The folders that GetFolder knows, by their published numbers.
-constexpr int CSIDL_PERSONAL = 5;
-constexpr int CSIDL_STARTMENU = 11;
-constexpr int CSIDL_COMMON_STARTMENU = 22;
-constexpr int CSIDL_APPDATA = 26;
-constexpr int CSIDL_LOCAL_APPDATA = 28;
-constexpr int CSIDL_COMMON_APPDATA = 35;
-constexpr int CSIDL_WINDOWS = 36;
-constexpr int CSIDL_SYSTEM = 37;
-constexpr int CSIDL_PROGRAM_FILES = 38;
-constexpr int CSIDL_COMMON_DOCUMENTS = 46;
 
 using CStringList = std::vector<CString>;
 
@@ -59,7 +48,7 @@ public:
     // False for a full path on m_lstSkipDirs and for a plain name on m_lstSkipNames.
     bool IsDirAllowed(std::string_view path) const;
     bool IsNameAllowed(std::string_view name) const;
-    // The folder of a CSIDL kind, empty where the machine has none; null for a number that is not above.
+    // The folder of a CSIDL kind, empty where the machine has none; null for a number that is none of them.
     const CString* GetFolder(int kind);
     // The program's folder and that of the results, as the machine has them: no capture reads them.
     std::vector<CString> GetOwnFolders();

@@ -1,7 +1,9 @@
 #include "platform/hosted/choice.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -28,6 +30,26 @@ bool TakeMachine(const std::string& folder, CMachineChoice& choice) {
     choice.m_bIsVolume = !isPrefix && !real.empty() && !FindWindowsFolder(real).empty();
     if (isPrefix || choice.m_bIsVolume) choice.m_folder = real;
     return !choice.m_folder.empty();
+}
+
+// The folder that keeps this process from seeing whether a machine is there; empty where none does.
+std::string FindDeniedFolder(const std::string& folder) {
+    const auto isDenied = [](const std::string& path) {
+        return access(path.c_str(), R_OK | X_OK) != 0 && errno == EACCES;
+    };
+    if (isDenied(folder)) return folder;
+    for (const std::string& part : PartsOfWindowsFolder(RealHostPath(folder))) {
+        if (isDenied(part)) return part;
+    }
+    return {};
+}
+
+CString WhyNoMachine(const std::string& folder) {
+    if (const std::string denied = FindDeniedFolder(folder); !denied.empty()) return denied + ": Permission denied";
+    if (!IsHostDirectory(folder)) return folder + " is no directory";
+    return folder +
+           " holds neither system.reg, as a Wine prefix does, nor Windows/System32/config/SOFTWARE, as a "
+           "Windows volume does";
 }
 
 }  // namespace
@@ -63,19 +85,19 @@ CMachineChoice ChooseMachine() {
         if (folder.empty()) continue;
         if (!TakeMachine(folder, choice)) {
             choice.m_bVariable = true;
-            choice.m_strProblem =
-                CString(variable) + " names no machine: " + folder +
-                (IsHostDirectory(folder) ? " holds neither system.reg, as a Wine prefix does, nor "
-                                           "Windows/System32/config/SOFTWARE, as a Windows volume does"
-                                         : " is no directory");
+            choice.m_strProblem = CString(variable) + " names no machine: " + WhyNoMachine(folder);
         }
         return choice;
     }
     const std::string standard = HomeFolder() + "/.wine";
     if (!TakeMachine(standard, choice)) {
-        choice.m_strProblem = "no machine to examine: " + standard +
-                              " is no Wine prefix (a folder that holds system.reg); DELVANE_MACHINE or WINEPREFIX "
-                              "names another, or DELVANE_MACHINE the folder where a Windows volume is mounted";
+        const std::string denied = FindDeniedFolder(standard);
+        choice.m_strProblem =
+            "no machine to examine: " +
+            (denied.empty() ? standard + " is no Wine prefix (a folder that holds system.reg)"
+                            : denied + ": Permission denied") +
+            "; DELVANE_MACHINE or WINEPREFIX names another, or DELVANE_MACHINE the folder where a Windows volume is "
+            "mounted";
     }
     return choice;
 }
@@ -92,7 +114,8 @@ std::string ChooseProgramFolder() {
         folder = (data.starts_with('/') ? data : HomeFolder() + "/.local/share") + "/delvane";
     }
     folder = WholeHostPath(folder);
-    MakeHostDirectories(folder);
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
     const std::string real = RealHostPath(folder);
     return real.empty() ? folder : real;
 }

@@ -29,19 +29,13 @@ CHostedMachine::CHostedMachine(CMachineChoice choice)
 std::vector<CString> CHostedMachine::TakeNotices() {
     std::vector<CString> notices;
     if (m_pIdentity != nullptr) {
-        notices = m_pIdentity->GetNotices();
+        for (CNotice& notice : m_pIdentity->GetNotices())
+            notices.push_back(std::move(notice.m_strSentence));
     } else if (m_choice.m_bVariable) {
         notices = {m_choice.m_strProblem};
     }
     notices.insert(notices.end(), m_searches.GetNotices().begin(), m_searches.GetNotices().end());
-    if (m_pRegistry != nullptr) {
-        std::vector<std::string> problems = m_pRegistry->GetProblems();
-        std::move(problems.begin(), problems.end(), std::back_inserter(notices));
-    }
-    // The same file may be found damaged in one line at the start and in another during a capture: once is enough.
-    std::erase_if(notices, [this](const CString& notice) {
-        return !m_told.insert(notice.substr(0, notice.find(": line "))).second;
-    });
+    std::erase_if(notices, [this](const CString& notice) { return !m_told.insert(notice).second; });
     return notices;
 }
 

@@ -44,8 +44,8 @@ inline void CheckHive(CHive& hive, std::size_t size) {
             Expect(isOneOfThem);
         }
     }
-    for (const std::string& problem : hive.GetProblems())
-        Expect(problem.find('\n') == std::string::npos && problem.size() < 1000);
+    for (const CNotice& problem : hive.GetProblems())
+        Expect(problem.m_strSentence.find('\n') == std::string::npos && problem.m_strSentence.size() < 1000);
 }
 
 }  // namespace delvane

@@ -54,9 +54,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<CFileBytes> logBytes;
     for (const std::string& log : logs)
         logBytes.push_back(BytesOf(log));
-    std::string problem;
+    CNotice problem;
     const auto opened = CRegfHive::Read(BytesOf(hive), logBytes, "HIVE", problem);
-    Expect((opened == nullptr) == !problem.empty());
+    Expect((opened == nullptr) == !problem.m_strSentence.empty());
     if (opened != nullptr) CheckHive(*opened, hive.size() + logs[0].size() + logs[1].size());
     return 0;
 }

@@ -1,9 +1,9 @@
 #include "platform/hosted/files/host_file.h"
 
+#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <fcntl.h>
-#include <memory>
+#include <filesystem>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -107,17 +107,19 @@ bool IsHostDirectory(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool MakeHostDirectories(const std::string& path) {
-    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-        mkdir(path.substr(0, end).c_str(), 0777);
-    }
-    mkdir(path.c_str(), 0777);
-    return IsHostDirectory(path);
+std::vector<std::string> NamesIn(const std::string& directory) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
+         entry.increment(error))
+        names.push_back(entry->path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 std::string RealHostPath(const std::string& path) {
-    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr), &std::free);
-    return real == nullptr ? std::string() : std::string(real.get());
+    std::error_code error;
+    return std::filesystem::canonical(path, error).string();
 }
 
 bool LiesWithin(std::string_view path, std::string_view directory) {

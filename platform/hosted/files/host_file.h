@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/image.h"
 
@@ -74,8 +75,8 @@ std::optional<std::string> ReadHostFile(const std::string& path, std::uint64_t l
 
 bool IsHostDirectory(const std::string& path);
 
-// Makes the directory and what is missing above it.
-bool MakeHostDirectories(const std::string& path);
+// The names in a directory, in order; none where it cannot be read.
+std::vector<std::string> NamesIn(const std::string& directory);
 
 // The path in full, links resolved; empty where it leads nowhere.
 std::string RealHostPath(const std::string& path);

@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 
+#include "platform/folder_kinds.h"
 #include "platform/hosted/identity/identity_keys.h"
 
 namespace delvane {
@@ -15,13 +16,13 @@ struct CShellFolder {
 };
 
 constexpr std::array<CShellFolder, 7> kShellFolders = {{
-    {5, "Personal", false},
-    {11, "Start Menu", false},
-    {22, "Common Start Menu", true},
-    {26, "AppData", false},
-    {28, "Local AppData", false},
-    {35, "Common AppData", true},
-    {46, "Common Documents", true},
+    {CSIDL_PERSONAL, "Personal", false},
+    {CSIDL_STARTMENU, "Start Menu", false},
+    {CSIDL_COMMON_STARTMENU, "Common Start Menu", true},
+    {CSIDL_APPDATA, "AppData", false},
+    {CSIDL_LOCAL_APPDATA, "Local AppData", false},
+    {CSIDL_COMMON_APPDATA, "Common AppData", true},
+    {CSIDL_COMMON_DOCUMENTS, "Common Documents", true},
 }};
 
 std::uint32_t NumberOf(std::string_view text) {
@@ -30,12 +31,69 @@ std::uint32_t NumberOf(std::string_view text) {
     return number;
 }
 
+// Folders are told from each other by their spelling, and drives have capitals everywhere else.
+CString RaiseDriveLetter(CString path) {
+    if (path.size() > 1 && path[1] == ':' && path[0] >= 'a' && path[0] <= 'z') path[0] -= 'a' - 'A';
+    return path;
+}
+
 }  // namespace
 
-void CMachineIdentity::Refuse(CString problem) {
-    m_notices.push_back(problem);
-    if (m_strProblem.empty()) m_strProblem = std::move(problem);
+std::vector<CNotice> CMachineIdentity::GetNotices() const {
+    std::vector<CNotice> notices = m_pRegistry->GetProblems();
+    notices.insert(notices.end(), m_notices.begin(), m_notices.end());
+    return notices;
 }
+
+void CMachineIdentity::RefuseUser(const std::string& folder, const CString& name,
+                                  const std::vector<CString>& accounts) {
+    m_strUserProblem = "DELVANE_USER names no account of " + folder + ": " + name;
+    for (std::size_t i = 0; i < accounts.size(); ++i)
+        m_strUserProblem += (i == 0 ? "; there are " : ", ") + accounts[i];
+    if (accounts.empty()) m_strUserProblem += "; there is none";
+    m_notices.push_back({m_strUserProblem});
+}
+
+// The registry.
+
+void CMachineIdentity::BeginRegistry() {
+    m_pRegistry = std::make_shared<CHostedRegistry>();
+    m_strRegistryProblem.clear();
+}
+
+CHostedRegistry::CPlace CMachineIdentity::AddMachineHive(std::unique_ptr<CHive> hive, CNotice problem) {
+    const bool isWhole = hive != nullptr && !hive->IsCut();
+    if (!isWhole && m_strRegistryProblem.empty()) {
+        m_strRegistryProblem = hive == nullptr ? problem.m_strSentence : hive->GetProblems().front().m_strSentence;
+    }
+    return AddHive(std::move(hive), std::move(problem), {});
+}
+
+CHostedRegistry::CPlace CMachineIdentity::AddHive(std::unique_ptr<CHive> hive, CNotice problem, const CString& loss) {
+    if (hive == nullptr) {
+        if (!loss.empty()) problem.m_strSentence += "; " + loss;
+        m_pRegistry->AddProblem(std::move(problem));
+        return {};
+    }
+    CHive& added = m_pRegistry->AddHive(std::move(hive));
+    return {&added, added.GetRoot()};
+}
+
+std::shared_ptr<CHostedRegistry> CMachineIdentity::LoadRegistry() {
+    if (m_pRegistry->HasChanged()) ReadRegistry();
+    CompleteRegistry();
+    return m_pRegistry;
+}
+
+std::optional<CString> CMachineIdentity::FindText(bool user, const char* key, std::string_view name) const {
+    return m_pRegistry->FindText(user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, key, name);
+}
+
+std::optional<std::uint32_t> CMachineIdentity::FindNumber(bool user, const char* key, std::string_view name) const {
+    return m_pRegistry->FindNumber(user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, key, name);
+}
+
+// What it says.
 
 CVersionRecord CMachineIdentity::GetVersion() const {
     CVersionRecord record;
@@ -57,24 +115,25 @@ CString CMachineIdentity::GetComputerName() const {
     return FindText(false, kComputerNameKey, "ComputerName").value_or("");
 }
 
+CString CMachineIdentity::GetWindowsDirectory() const { return RaiseDriveLetter(FindWindowsDirectory()); }
+
 CString CMachineIdentity::GetTempPath() const {
     const auto temp = FindText(true, kEnvironmentKey, "TEMP");
-    CString path = temp ? Expand(*temp) : GetWindowsDirectory() + "\\temp";
+    CString path = temp ? RaiseDriveLetter(Expand(*temp)) : GetWindowsDirectory() + "\\temp";
     if (!path.ends_with('\\')) path += '\\';
     return path;
 }
 
 std::optional<CString> CMachineIdentity::GetFolder(int kind) const {
-    constexpr int kProgramFiles = 38;
-    if (kind == kProgramFiles) {
+    if (kind == CSIDL_PROGRAM_FILES) {
         const auto path = FindText(false, kCurrentVersionKey, "ProgramFilesDir");
-        return path ? std::optional(Expand(*path)) : std::nullopt;
+        return path ? std::optional(RaiseDriveLetter(Expand(*path))) : std::nullopt;
     }
     for (const CShellFolder& folder : kShellFolders) {
         if (folder.m_kind != kind) continue;
         for (const char* key : {kShellFoldersKey, kUserShellFoldersKey}) {
             const auto path = FindText(!folder.m_bCommon, key, folder.m_name);
-            if (path && !path->empty()) return Expand(*path);
+            if (path && !path->empty()) return RaiseDriveLetter(Expand(*path));
         }
     }
     return std::nullopt;

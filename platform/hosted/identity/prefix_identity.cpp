@@ -11,6 +11,8 @@
 #include "platform/hosted/choice.h"
 #include "platform/hosted/files/host_file.h"
 #include "platform/hosted/identity/identity_keys.h"
+#include "platform/hosted/identity/wine_server.h"
+#include "platform/hosted/registry/text_hive.h"
 
 namespace delvane {
 namespace {
@@ -53,60 +55,58 @@ const CWineVersion* FindWineVersion(std::string_view name) {
 
 }  // namespace
 
-CPrefixIdentity::CPrefixIdentity(const std::string& folder)
-    : m_folder(folder), m_systemText(folder + "/system.reg"), m_userText(folder + "/user.reg") {
-    m_pSystem = ReadRegistry(*m_systemText, {kVersionKey, kCurrentVersionKey, kShellFoldersKey, kUserShellFoldersKey,
-                                             kComputerNameKey, kSystemEnvironmentKey, kWineDrivesKey});
-    m_pUser = ReadRegistry(
-        *m_userText, {kShellFoldersKey, kUserShellFoldersKey, kEnvironmentKey, kVolatileEnvironmentKey, kWineKey});
+CPrefixIdentity::CPrefixIdentity(std::string folder) : m_folder(std::move(folder)) {
+    ReadRegistry();
     CheckUser();
 }
 
 // Who the machine is stands in system.reg: a snapshot without it, or with half of it, would be taken for another
 // machine's. Lines that cannot be read and a missing user.reg cost what they would have said.
-std::unique_ptr<CRegistryLookup> CPrefixIdentity::ReadRegistry(const CPrefixText& text,
-                                                               const std::vector<std::string>& keys) {
-    auto registry = std::make_unique<CRegistryLookup>(text.m_bytes.GetBytes(), keys);
-    const bool isRead = text.m_strProblem.empty();
-    CString problem;
-    if (!isRead) {
-        problem = text.m_strProblem;
-    } else if (!registry->HasHeader()) {
-        problem = text.m_path + " is no registry text of Wine";
-    } else if (!registry->GetProblem().empty()) {
-        problem = text.m_path + (registry->IsCut() ? " is cut off: " : " is damaged: ") + registry->GetProblem();
+void CPrefixIdentity::ReadRegistry() {
+    BeginRegistry();
+    const auto open = [this](const char* name, CNotice& problem) {
+        const std::string path = m_folder + name;
+        m_pRegistry->Watch(path, CFileStamp(path));
+        return CTextHive::Open(path, problem);
+    };
+    CNotice problem;
+    std::unique_ptr<CTextHive> hive = open("/system.reg", problem);
+    m_pRegistry->SetRoot(HKEY_LOCAL_MACHINE, {AddMachineHive(std::move(hive), problem), {}});
+    hive = open("/user.reg", problem);
+    if (hive != nullptr) m_pRegistry->SetUserSid(hive->FindUserSid());
+    m_pRegistry->SetRoot(HKEY_CURRENT_USER, {AddHive(std::move(hive), problem, "HKCU stays empty"), {}});
+    if (const auto classes = m_pRegistry->Find(HKEY_LOCAL_MACHINE, "Software\\Classes")) {
+        m_pRegistry->SetRoot(HKEY_CLASSES_ROOT, *classes);
     }
-    if (problem.empty()) return registry;
-    const bool isSystem = &text == &*m_systemText;
-    if (isSystem && (!isRead || !registry->HasHeader() || registry->IsCut())) {
-        Refuse(std::move(problem));
-    } else {
-        m_notices.push_back(std::move(problem));
-    }
-    return registry;
+    // Wine hands out the performance data in place of this key.
+    const auto performance = m_pRegistry->Find(HKEY_LOCAL_MACHINE, CString(kVersionKey) + "\\Perflib\\009");
+    if (performance) m_pRegistry->SetUnopenable(performance->m_first);
 }
 
-std::shared_ptr<CHostedRegistry> CPrefixIdentity::LoadRegistry() {
-    if (m_pRegistry != nullptr && !m_pRegistry->HasChanged()) return m_pRegistry;
-    if (!m_systemText) m_systemText.emplace(m_folder + "/system.reg");
-    if (!m_userText) m_userText.emplace(m_folder + "/user.reg");
-    m_pRegistry = LoadPrefixRegistry(std::move(*m_systemText), std::move(*m_userText));
-    m_systemText.reset();
-    m_userText.reset();
-    return m_pRegistry;
+void CPrefixIdentity::CompleteRegistry() {
+    if (!IsWineRunning(m_folder)) return;
+    m_pRegistry->AddProblem(
+        {"a Wine is running on " + m_folder +
+         ": what it has not written yet is missing from the snapshot; wineserver -w waits for its end"});
 }
 
 // A prefix has one user.reg. Another account's name is taken where the prefix has a profile of that name.
 void CPrefixIdentity::CheckUser() {
     const std::string name = GetVariable("DELVANE_USER");
-    if (name.empty() || mbsicmp(name, m_pUser->FindText(kVolatileEnvironmentKey, "USERNAME").value_or("")) == 0) return;
-    const bool isName = name.find_first_of("/\\") == std::string::npos && name != "." && name != "..";
-    if (isName && IsHostDirectory(m_folder + "/drive_c/users/" + name)) return;
-    Refuse("DELVANE_USER names no account of " + m_folder + ": " + name);
+    if (name.empty()) return;
+    const CString user = FindText(true, kVolatileEnvironmentKey, "USERNAME").value_or("");
+    const std::vector<std::string> profiles = NamesIn(m_folder + "/drive_c/users");
+    if (mbsicmp(name, user) == 0 || std::find(profiles.begin(), profiles.end(), name) != profiles.end()) return;
+    std::vector<CString> accounts;
+    if (!user.empty()) accounts.push_back(user);
+    for (const std::string& profile : profiles) {
+        if (mbsicmp(profile, "Public") != 0 && mbsicmp(profile, user) != 0) accounts.push_back(profile);
+    }
+    RefuseUser(m_folder, name, accounts);
 }
 
 CVersionRecord CPrefixIdentity::GetVersion() const {
-    if (const auto name = m_pUser->FindText(kWineKey, "Version")) {
+    if (const auto name = FindText(true, kWineKey, "Version")) {
         if (const CWineVersion* const version = FindWineVersion(*name)) return version->m_record;
     }
     return CMachineIdentity::GetVersion();
@@ -114,7 +114,7 @@ CVersionRecord CPrefixIdentity::GetVersion() const {
 
 CString CPrefixIdentity::GetUserName() const {
     CString name = GetVariable("DELVANE_USER");
-    if (name.empty()) name = m_pUser->FindText(kVolatileEnvironmentKey, "USERNAME").value_or("");
+    if (name.empty()) name = FindText(true, kVolatileEnvironmentKey, "USERNAME").value_or("");
     if (name.empty()) {
         const passwd* const account = getpwuid(getuid());
         if (account != nullptr) name = account->pw_name;
@@ -122,19 +122,11 @@ CString CPrefixIdentity::GetUserName() const {
     return name;
 }
 
-CString CPrefixIdentity::GetWindowsDirectory() const {
-    return m_pSystem->FindText(kVersionKey, "SystemRoot").value_or("C:\\windows");
+CString CPrefixIdentity::FindWindowsDirectory() const {
+    return FindText(false, kVersionKey, "SystemRoot").value_or("C:\\windows");
 }
 
 CString CPrefixIdentity::GetSystemDirectory() const { return GetWindowsDirectory() + "\\system32"; }
-
-std::optional<CString> CPrefixIdentity::FindText(bool user, const char* key, std::string_view name) const {
-    return (user ? m_pUser : m_pSystem)->FindText(key, name);
-}
-
-std::optional<std::uint32_t> CPrefixIdentity::FindNumber(bool user, const char* key, std::string_view name) const {
-    return (user ? m_pUser : m_pSystem)->FindNumber(key, name);
-}
 
 std::optional<CString> CPrefixIdentity::FindProfileVariable(const CString& name) const {
     if (mbsicmp(name, "USERPROFILE") != 0) return std::nullopt;
@@ -157,7 +149,7 @@ CDiskRules CPrefixIdentity::GetDiskRules() const {
 }
 
 bool CPrefixIdentity::ShowsDotFiles() const {
-    const CString value = m_pUser->FindText(kWineKey, "ShowDotFiles").value_or("");
+    const CString value = FindText(true, kWineKey, "ShowDotFiles").value_or("");
     return !value.empty() && std::strchr("yYtT1", value.front()) != nullptr;
 }
 
@@ -167,7 +159,7 @@ std::optional<std::uint32_t> CPrefixIdentity::FindDriveKind(char letter) const {
                                                                                    {"cdrom", DRIVE_CDROM},
                                                                                    {"network", DRIVE_REMOTE},
                                                                                    {"ramdisk", DRIVE_RAMDISK}}};
-    const CString word = m_pSystem->FindText(kWineDrivesKey, CString(1, letter) + ":").value_or("");
+    const CString word = FindText(false, kWineDrivesKey, CString(1, letter) + ":").value_or("");
     for (const auto& [name, kind] : kKinds) {
         if (mbsicmp(word, name) == 0) return kind;
     }
@@ -185,10 +177,12 @@ std::vector<CHostedDrive> CPrefixIdentity::GetDrives() const {
         drive.m_letter = letter;
         drive.m_root = links + static_cast<char>(letter - 'A' + 'a') + ':';
         struct stat status {};
-        if (lstat(drive.m_root.c_str(), &status) != 0) {
-            // A prefix that was copied without its links still has its C:.
-            if (letter != 'C' || !IsHostDirectory(m_folder + "/drive_c")) continue;
+        const bool isLink = lstat(drive.m_root.c_str(), &status) == 0;
+        // A prefix that was copied, or moved, without its links still has its C:.
+        if (letter == 'C' && !IsHostDirectory(drive.m_root) && IsHostDirectory(m_folder + "/drive_c")) {
             drive.m_root = m_folder + "/drive_c";
+        } else if (!isLink) {
+            continue;
         }
         if (stat(drive.m_root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
             drive.m_nType = FindDriveKind(letter).value_or(DRIVE_NO_ROOT_DIR);

@@ -5,14 +5,15 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
-#include <dirent.h>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <mntent.h>
 #include <set>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <utility>
 
+#include "platform/folder_kinds.h"
 #include "platform/hosted/choice.h"
 #include "platform/hosted/files/host_file.h"
 #include "platform/hosted/identity/identity_keys.h"
@@ -39,7 +40,8 @@ public:
     std::optional<std::uint32_t> FindSubkey(std::uint32_t, std::string_view) override { return std::nullopt; }
     std::optional<std::string> GetLink(std::uint32_t) override { return std::nullopt; }
     std::uint64_t GetSize() const override { return 0; }
-    std::vector<std::string> GetProblems() const override { return {}; }
+    bool IsCut() const override { return false; }
+    std::vector<CNotice> GetProblems() const override { return {}; }
 };
 
 CHostedRegistry::CPlace AddMountPoint(CHostedRegistry& registry) {
@@ -59,55 +61,28 @@ bool IsRegularFile(const std::string& path) {
 
 std::string NameOf(const std::string& hostPath) { return hostPath.substr(hostPath.rfind('/') + 1); }
 
-// The names in a directory; none where it cannot be read.
-std::vector<std::string> NamesIn(const std::string& directory) {
-    std::vector<std::string> names;
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.c_str()), &closedir);
-    if (stream == nullptr) return names;
-    while (const dirent* const entry = readdir(stream.get()))
-        names.emplace_back(entry->d_name);
-    std::sort(names.begin(), names.end());
-    return names;
-}
-
-// "\x20" and "\040" as they stand in names of /dev/disk and of the list of mounts.
+// "\x20" as it stands in names of /dev/disk.
 std::string Unescape(std::string_view text) {
-    constexpr std::size_t kLength = 4;
     std::string plain;
     while (!text.empty()) {
-        const bool isHex = text.starts_with("\\x");
-        const std::string_view digits = text.substr(0, kLength).substr(isHex ? 2 : 1);
         unsigned byte = 0;
-        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, isHex ? 16 : 8);
-        const bool isEscape = text.size() >= kLength && text.front() == '\\' && error == std::errc() &&
-                              end == digits.data() + digits.size();
+        const std::string_view digits = text.starts_with("\\x") ? text.substr(2, 2) : std::string_view();
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), byte, 16);
+        const bool isEscape = digits.size() == 2 && error == std::errc() && end == digits.data() + digits.size();
         plain += isEscape ? static_cast<char>(byte) : text.front();
-        text.remove_prefix(isEscape ? kLength : 1);
+        text.remove_prefix(isEscape ? 4 : 1);
     }
     return plain;
 }
 
 // What is mounted at the folder; empty if nothing is.
 std::string MountSource(const std::string& folder) {
-    constexpr std::uint64_t kLargestList = 16 << 20;
+    const std::unique_ptr<FILE, int (*)(FILE*)> list(setmntent("/proc/self/mounts", "re"), &endmntent);
     std::string source;
-    const std::unique_ptr<FILE, int (*)(FILE*)> list(std::fopen("/proc/self/mountinfo", "re"), &std::fclose);
-    std::string text;
-    for (int c = 0; list != nullptr && text.size() < kLargestList && (c = std::fgetc(list.get())) != EOF;)
-        text += static_cast<char>(c);
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        std::string_view line = rest.substr(0, rest.find('\n'));
-        rest.remove_prefix(std::min(rest.size(), line.size() + 1));
-        std::vector<std::string_view> words;
-        while (!line.empty()) {
-            words.push_back(line.substr(0, line.find(' ')));
-            line.remove_prefix(std::min(line.size(), words.back().size() + 1));
-        }
-        // Number, parent, device, root, place, options; behind a dash the file system and its source.
-        const auto dash = std::find(words.begin(), words.end(), "-");
-        if (words.size() < 6 || words.end() - dash < 3 || Unescape(words[4]) != folder) continue;
-        source = Unescape(dash[2]);
+    std::vector<char> line(std::size_t{1} << 16);
+    for (mntent entry{};
+         list != nullptr && getmntent_r(list.get(), &entry, line.data(), static_cast<int>(line.size()));) {
+        if (entry.mnt_dir == folder) source = entry.mnt_fsname;
     }
     return source;
 }
@@ -137,12 +112,21 @@ std::string FindWindowsFolder(const std::string& volume) {
     return {};
 }
 
+std::vector<std::string> PartsOfWindowsFolder(const std::string& volume) {
+    const CPathMap paths = VolumeAsDrive(volume);
+    std::vector<std::string> parts;
+    for (const char* const name : {"Windows", "WINNT"}) {
+        for (const char* const part : {"", "\\System32", "\\System32\\config"}) {
+            if (const auto path = paths.Find("C:\\" + std::string(name) + part)) parts.push_back(*path);
+        }
+    }
+    return parts;
+}
+
 CVolumeIdentity::CVolumeIdentity(std::string folder)
     : m_folder(std::move(folder)), m_paths(VolumeAsDrive(m_folder)), m_windowsFolder(FindWindowsFolder(m_folder)) {
     ChooseProfile();
-    ReadIdentityHives();
-    for (const std::string& problem : m_pRegistry->GetProblems())
-        m_notices.push_back(problem);
+    ReadRegistry();
 }
 
 void CVolumeIdentity::ChooseProfile() {
@@ -158,9 +142,12 @@ void CVolumeIdentity::ChooseProfile() {
         m_strProfile = chosen->m_folder;
         m_userHive = chosen->m_hive;
     } else if (wanted.empty()) {
-        m_notices.push_back("no account of " + m_folder + " has a registry hive (NTUSER.DAT); HKCU is empty");
+        m_notices.push_back({"no account of " + m_folder + " has a registry hive (NTUSER.DAT); HKCU is empty"});
     } else {
-        Refuse("DELVANE_USER names no account of " + m_folder + ": " + wanted);
+        std::vector<CString> accounts;
+        for (const CProfile& profile : profiles)
+            accounts.push_back(profile.m_name);
+        RefuseUser(m_folder, wanted, accounts);
     }
 }
 
@@ -189,41 +176,45 @@ std::vector<CVolumeIdentity::CProfile> CVolumeIdentity::FindProfiles() const {
 
 // The registry.
 
-CHostedRegistry::CPlace CVolumeIdentity::AddHive(const std::string& hostPath) {
+std::unique_ptr<CHive> CVolumeIdentity::OpenHive(const std::string& hostPath, CNotice& problem) {
     m_pRegistry->Watch(hostPath, CFileStamp(hostPath));
     for (const std::string& log : CRegfHive::FindLogs(hostPath))
         m_pRegistry->Watch(log, CFileStamp(log));
-    std::string problem;
-    std::unique_ptr<CHive> hive = CRegfHive::Open(hostPath, problem);
-    if (hive == nullptr) {
-        m_pRegistry->AddProblem(problem);
-        return {};
-    }
-    CHive& added = m_pRegistry->AddHive(std::move(hive));
-    return {&added, added.GetRoot()};
+    return CRegfHive::Open(hostPath, problem);
 }
 
-CHostedRegistry::CPlace CVolumeIdentity::AddSystemHive(const char* name) {
-    const CString path = "C:\\" + m_windowsFolder + "\\System32\\config\\" + name;
-    const auto hostPath = m_paths.Find(path);
-    if (!hostPath) {
-        m_pRegistry->AddProblem(m_folder + " holds no hive " + name + "; HKLM\\" + name + " is missing");
-        return {};
+CHostedRegistry::CPlace CVolumeIdentity::AddSystemHive(const char* name, bool isMachine) {
+    const CString folder = "\\" + m_windowsFolder + "\\System32\\config";
+    const auto hostPath = m_paths.Find("C:" + folder + "\\" + name);
+    CNotice problem;
+    std::unique_ptr<CHive> opened;
+    if (hostPath) {
+        opened = OpenHive(*hostPath, problem);
+    } else {
+        problem.m_path = m_paths.Find("C:" + folder).value_or(m_folder) + "/" + name;
+        problem.m_strSentence = problem.m_path + " is missing";
+        problem.m_dwCode = ERROR_FILE_NOT_FOUND;
     }
-    const CHostedRegistry::CPlace hive = AddHive(*hostPath);
+    const CString loss = CString("HKLM\\") + name + " is left out";
+    const CHostedRegistry::CPlace hive =
+        isMachine ? AddMachineHive(std::move(opened), problem) : AddHive(std::move(opened), problem, loss);
     if (hive) m_pRegistry->Mount(m_machineRoot, name, hive);
     return hive;
 }
 
-void CVolumeIdentity::ReadIdentityHives() {
-    m_pRegistry = std::make_shared<CHostedRegistry>();
+void CVolumeIdentity::ReadRegistry() {
+    BeginRegistry();
     m_bComplete = false;
     m_machineRoot = AddMountPoint(*m_pRegistry);
     m_pRegistry->SetRoot(HKEY_LOCAL_MACHINE, {m_machineRoot, {}});
-    AddSystemHive("SOFTWARE");
-    MountControlSet(AddSystemHive("SYSTEM"));
-    m_userRoot = m_userHive.empty() ? CHostedRegistry::CPlace() : AddHive(m_userHive);
-    if (m_userRoot) m_pRegistry->SetRoot(HKEY_CURRENT_USER, {m_userRoot, {}});
+    AddSystemHive("SOFTWARE", true);
+    MountControlSet(AddSystemHive("SYSTEM", true));
+    m_userRoot = {};
+    if (m_userHive.empty()) return;
+    CNotice problem;
+    std::unique_ptr<CHive> hive = OpenHive(m_userHive, problem);
+    m_userRoot = AddHive(std::move(hive), problem, "HKCU stays empty");
+    m_pRegistry->SetRoot(HKEY_CURRENT_USER, {m_userRoot, {}});
 }
 
 // A running Windows shows the set that it was started with under a name of its own.
@@ -236,22 +227,22 @@ void CVolumeIdentity::MountControlSet(CHostedRegistry::CPlace system) {
     if (set) {
         m_pRegistry->Mount(system, "CurrentControlSet", set->m_first);
     } else {
-        m_pRegistry->AddProblem("the hive SYSTEM of " + m_folder +
-                                " does not tell the control set in use; CurrentControlSet is missing");
+        m_pRegistry->AddProblem(
+            {"the hive SYSTEM of " + m_folder + " does not tell the control set in use; CurrentControlSet is missing"});
     }
 }
 
-void CVolumeIdentity::ReadOtherHives() {
+void CVolumeIdentity::CompleteRegistry() {
+    if (m_bComplete) return;
     m_bComplete = true;
-    AddSystemHive("SAM");
-    AddSystemHive("SECURITY");
-    MountUserClasses();
+    AddSystemHive("SAM", false);
+    AddSystemHive("SECURITY", false);
+    const auto user = MountUserClasses();
     for (const CString& sid : m_pRegistry->ListSubkeys(HKEY_LOCAL_MACHINE, kProfileListKey)) {
         const CString key = CString(kProfileListKey) + "\\" + sid;
-        const auto profile = m_pRegistry->FindText(HKEY_LOCAL_MACHINE, key, "ProfileImagePath");
+        const auto profile = FindText(false, key.c_str(), "ProfileImagePath");
         if (profile && mbsicmp(Expand(*profile), m_strProfile) == 0) m_pRegistry->SetUserSid(sid);
     }
-    const auto user = m_pRegistry->Find(HKEY_CURRENT_USER, "Software\\Classes");
     const auto machine = m_pRegistry->Find(HKEY_LOCAL_MACHINE, "SOFTWARE\\Classes");
     if (user) {
         m_pRegistry->SetRoot(HKEY_CLASSES_ROOT,
@@ -261,40 +252,34 @@ void CVolumeIdentity::ReadOtherHives() {
     }
 }
 
-void CVolumeIdentity::MountUserClasses() {
-    if (!m_userRoot) return;
+// The user's classes have a hive of their own since Windows 2000. It counts below HKCR even where the user's hive that
+// it belongs into cannot be read.
+std::optional<CHostedRegistry::CLayers> CVolumeIdentity::MountUserClasses() {
+    std::optional<std::string> hostPath;
     for (const char* const folder : kClassesFolders) {
-        const auto hostPath = m_paths.Find(m_strProfile + folder + "\\UsrClass.dat");
-        if (!hostPath) continue;
-        const CHostedRegistry::CPlace classes = AddHive(*hostPath);
-        if (!classes) return;
+        if (!hostPath && !m_strProfile.empty()) hostPath = m_paths.Find(m_strProfile + folder + "\\UsrClass.dat");
+    }
+    CHostedRegistry::CPlace classes;
+    if (hostPath) {
+        CNotice problem;
+        std::unique_ptr<CHive> hive = OpenHive(*hostPath, problem);
+        classes = AddHive(std::move(hive), problem, "the user's classes are left out");
+    }
+    if (!m_userRoot) return classes ? std::optional(CHostedRegistry::CLayers{classes, {}}) : std::nullopt;
+    if (classes) {
         auto software = m_pRegistry->Find(HKEY_CURRENT_USER, "Software");
         if (!software) {
             software = {AddMountPoint(*m_pRegistry), {}};
             m_pRegistry->Mount(m_userRoot, "Software", software->m_first);
         }
         m_pRegistry->Mount(software->m_first, "Classes", classes);
-        return;
     }
-}
-
-std::shared_ptr<CHostedRegistry> CVolumeIdentity::LoadRegistry() {
-    if (m_pRegistry->HasChanged()) ReadIdentityHives();
-    if (!m_bComplete) ReadOtherHives();
-    return m_pRegistry;
-}
-
-std::optional<CString> CVolumeIdentity::FindText(bool user, const char* key, std::string_view name) const {
-    return m_pRegistry->FindText(user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, key, name);
-}
-
-std::optional<std::uint32_t> CVolumeIdentity::FindNumber(bool user, const char* key, std::string_view name) const {
-    return m_pRegistry->FindNumber(user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, key, name);
+    return m_pRegistry->Find(HKEY_CURRENT_USER, "Software\\Classes");
 }
 
 // The folders.
 
-CString CVolumeIdentity::GetWindowsDirectory() const {
+CString CVolumeIdentity::FindWindowsDirectory() const {
     const CString root = FindText(false, kVersionKey, "SystemRoot").value_or("");
     return IsPrefixNoCase("C:\\", root) ? root : "C:\\" + m_windowsFolder;
 }
@@ -306,14 +291,11 @@ std::optional<CString> CVolumeIdentity::FindProfileListText(const char* name) co
 
 // What Windows puts into the environment when a user logs on.
 std::optional<CString> CVolumeIdentity::FindProfileVariable(const CString& name) const {
-    constexpr int kAppData = 26;
-    constexpr int kLocalAppData = 28;
-    constexpr int kProgramFiles = 38;
     const auto is = [&name](const char* other) { return mbsicmp(name, other) == 0; };
     if (is("USERPROFILE")) return m_strProfile;
-    if (is("APPDATA")) return GetFolder(kAppData);
-    if (is("LOCALAPPDATA")) return GetFolder(kLocalAppData);
-    if (is("ProgramFiles")) return GetFolder(kProgramFiles);
+    if (is("APPDATA")) return GetFolder(CSIDL_APPDATA);
+    if (is("LOCALAPPDATA")) return GetFolder(CSIDL_LOCAL_APPDATA);
+    if (is("ProgramFiles")) return GetFolder(CSIDL_PROGRAM_FILES);
     if (is("PUBLIC")) return FindProfileListText("Public");
     if (!is("ALLUSERSPROFILE") && !is("ProgramData")) return std::nullopt;
     if (auto folder = FindProfileListText("ProgramData")) return folder;

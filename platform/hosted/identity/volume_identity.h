@@ -13,25 +13,26 @@ namespace delvane {
 // The folder of Windows on the volume, in its own spelling ("WINNT"): the one that holds System32/config/SOFTWARE,
 // found without regard to case. Empty where there is none.
 std::string FindWindowsFolder(const std::string& volume);
+// On the host, the folders that are there on the way to it.
+std::vector<std::string> PartsOfWindowsFolder(const std::string& volume);
 
 class CVolumeIdentity : public CMachineIdentity {
 public:
-    // Reads the hives that hold the identity: SOFTWARE, SYSTEM and the user's NTUSER.DAT. The account is the one that
-    // DELVANE_USER names; by default the only one, or the one whose hive was written last. A hive that is missing or
-    // damaged costs what it would have said; an account that is not there makes this no machine to take a snapshot of.
+    // The identity is in SOFTWARE, SYSTEM and the user's NTUSER.DAT. The account is the one that DELVANE_USER names; by
+    // default the only one, or the one whose hive was written last. Without a whole SOFTWARE and SYSTEM there is no
+    // machine to take a snapshot of, nor where the account is not there; any other hive costs what it would have said.
     explicit CVolumeIdentity(std::string folder);
 
     CString GetUserName() const override { return m_strAccount; }
-    CString GetWindowsDirectory() const override;
     CString GetSystemDirectory() const override { return GetWindowsDirectory() + "\\System32"; }
     std::vector<CHostedDrive> GetDrives() const override;
     std::uint32_t GetVolumeLabel(const CHostedDrive& drive, CString& label) const override;
     CDiskRules GetDiskRules() const override;
-    std::shared_ptr<CHostedRegistry> LoadRegistry() override;
 
 protected:
-    std::optional<CString> FindText(bool user, const char* key, std::string_view name) const override;
-    std::optional<std::uint32_t> FindNumber(bool user, const char* key, std::string_view name) const override;
+    void ReadRegistry() final;
+    void CompleteRegistry() override;
+    CString FindWindowsDirectory() const override;
     std::optional<CString> FindProfileVariable(const CString& name) const override;
 
 private:
@@ -44,12 +45,10 @@ private:
 
     void ChooseProfile();
     std::vector<CProfile> FindProfiles() const;
-    void ReadIdentityHives();
-    void ReadOtherHives();
-    CHostedRegistry::CPlace AddHive(const std::string& hostPath);
-    CHostedRegistry::CPlace AddSystemHive(const char* name);
+    std::unique_ptr<CHive> OpenHive(const std::string& hostPath, CNotice& problem);
+    CHostedRegistry::CPlace AddSystemHive(const char* name, bool isMachine);
     void MountControlSet(CHostedRegistry::CPlace system);
-    void MountUserClasses();
+    std::optional<CHostedRegistry::CLayers> MountUserClasses();
     std::optional<CString> FindProfileListText(const char* name) const;
 
     std::string m_folder;
@@ -58,7 +57,6 @@ private:
     CString m_strAccount;
     CString m_strProfile;    // the account's folder, as a machine path
     std::string m_userHive;  // its NTUSER.DAT, on the host; empty where there is no account
-    std::shared_ptr<CHostedRegistry> m_pRegistry;
     CHostedRegistry::CPlace m_machineRoot;
     CHostedRegistry::CPlace m_userRoot;
     bool m_bComplete = false;  // the hives that identity does not need are in the registry too

@@ -8,6 +8,9 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/host.h"
+#include "platform/notice.h"
+
 namespace delvane {
 
 // What one key holds. Names and data are as the ANSI calls of the registry give them in the code page UTF-8: types 1, 2
@@ -61,8 +64,13 @@ public:
     virtual std::optional<std::string> GetLink(std::uint32_t key) = 0;
     // Of what the hive was read from, in bytes.
     virtual std::uint64_t GetSize() const = 0;
-    // What was found wrong so far, a sentence each that names the file. Sentences are added, and stay as they are.
-    virtual std::vector<std::string> GetProblems() const = 0;
+    // Whether the file breaks off before its end.
+    virtual bool IsCut() const = 0;
+    // What was found wrong so far. Problems are added, and stay as they are.
+    virtual std::vector<CNotice> GetProblems() const = 0;
 };
+
+// The bytes of a registry file. False where it cannot be read; `problem` then says why.
+bool ReadHiveFile(const std::string& hostPath, std::uint64_t limit, CFileBytes& bytes, CNotice& problem);
 
 }  // namespace delvane

@@ -86,42 +86,34 @@ std::vector<std::string> CRegfHive::FindLogs(const std::string& hostPath) {
     return logs;
 }
 
-std::unique_ptr<CRegfHive> CRegfHive::Open(const std::string& hostPath, std::string& problem) {
+std::unique_ptr<CRegfHive> CRegfHive::Open(const std::string& hostPath, CNotice& problem) {
     CFileBytes bytes;
-    try {
-        bytes = ReadOwnFile(hostPath, hostPath, kLargestHive, false);
-    } catch (const CFileError& error) {
-        problem = error.what();
-        return nullptr;
-    }
+    if (!ReadHiveFile(hostPath, kLargestHive, bytes, problem)) return nullptr;
     std::vector<CFileBytes> logs;
     const bool isDirty =
         !IsBaseBlock(bytes.GetBytes()) || U32(bytes.GetBytes(), kSequence1) != U32(bytes.GetBytes(), kSequence2);
     for (const std::string& log : isDirty ? FindLogs(hostPath) : std::vector<std::string>()) {
-        try {
-            logs.push_back(ReadOwnFile(log, log, kLargestHive, false));
-        } catch (const CFileError&) {
-            // As if it were not there; what it would have completed is told.
-        }
+        // A log that cannot be read is as if it were not there; what it would have completed is told.
+        CFileBytes logBytes;
+        CNotice ignored;
+        if (ReadHiveFile(log, kLargestHive, logBytes, ignored)) logs.push_back(std::move(logBytes));
     }
     return Read(std::move(bytes), logs, hostPath, problem);
 }
 
 std::unique_ptr<CRegfHive> CRegfHive::Read(CFileBytes bytes, const std::vector<CFileBytes>& logs, std::string name,
-                                           std::string& problem) {
+                                           CNotice& problem) {
     const EHiveState state = ReplayLogs(bytes, logs);
     if (bytes.m_nSize < kBaseBlock || !bytes.GetBytes().starts_with("regf")) {
-        problem = name + " is no registry hive";
+        problem = {name + " is no registry hive", name, ERROR_NOT_REGISTRY_FILE};
         return nullptr;
     }
     std::unique_ptr<CRegfHive> hive(new CRegfHive(std::move(bytes), std::move(name)));
     if (!hive->MakeTable()) {
-        problem = hive->m_name + " is damaged: it has no root key";
+        problem = {hive->m_name + " is damaged: it has no root key", hive->m_name, ERROR_REGISTRY_CORRUPT};
         return nullptr;
     }
-    if (state == EHiveState::kUnfinished) {
-        hive->m_unfinished = hive->m_name + " was not written to its end, and no log beside it completes it";
-    }
+    hive->m_bUnfinished = state == EHiveState::kUnfinished;
     return hive;
 }
 
@@ -129,6 +121,7 @@ CRegfHive::CRegfHive(CFileBytes bytes, std::string name) : m_bytes(std::move(byt
     const std::string_view whole = m_bytes.GetBytes();
     m_cells = whole.substr(kBaseBlock);
     const std::size_t size = U32(whole, kCellsSize);
+    m_bCut = IsBaseBlock(whole) && size > m_cells.size();
     if (size != 0 && size < m_cells.size()) m_cells = m_cells.substr(0, size);
     m_nMinorVersion = U32(whole, kMinorVersion);
     m_nCellHead = U32(whole, kMajorVersion) == 1 && m_nMinorVersion <= kLastVersionWithOldCells ? 8 : 4;
@@ -395,12 +388,14 @@ void CRegfHive::NoteBadValue(std::uint32_t key) {
     if (m_firstBad.empty()) m_firstBad = "a value of " + PathOf(key);
 }
 
-std::vector<std::string> CRegfHive::GetProblems() const {
-    std::vector<std::string> problems;
-    if (!m_unfinished.empty()) problems.push_back(m_unfinished);
-    if (!m_firstBad.empty()) {
-        problems.push_back(m_name + " is damaged: what cannot be read is left out, first " + m_firstBad);
-    }
+std::vector<CNotice> CRegfHive::GetProblems() const {
+    std::vector<CNotice> problems;
+    const auto add = [&](const std::string& what) {
+        problems.push_back({m_name + what, m_name, ERROR_REGISTRY_CORRUPT});
+    };
+    if (m_bCut) add(" is cut off: it is shorter than its head says");
+    if (m_bUnfinished) add(" was not written to its end, and no log beside it completes it");
+    if (!m_firstBad.empty()) add(" is damaged: what cannot be read is left out, first " + m_firstBad);
     return problems;
 }
 

@@ -19,12 +19,11 @@ class CRegfHive : public CHive {
 public:
     // Reads the hive file at that path of the host into memory. Where its last changes have not reached it, they are
     // taken from the transaction logs beside it (NAME.LOG1 and NAME.LOG2, or the older NAME.LOG; found without regard
-    // to case). Nothing is written. Null where it cannot be read or is no hive: `problem` then says so in one sentence
-    // that names the file.
-    static std::unique_ptr<CRegfHive> Open(const std::string& hostPath, std::string& problem);
+    // to case). Nothing is written. Null where it cannot be read or is no hive: `problem` then says so.
+    static std::unique_ptr<CRegfHive> Open(const std::string& hostPath, CNotice& problem);
     // The same on bytes in memory; `name` is what messages call the hive.
     static std::unique_ptr<CRegfHive> Read(CFileBytes bytes, const std::vector<CFileBytes>& logs, std::string name,
-                                           std::string& problem);
+                                           CNotice& problem);
     // The transaction logs beside a hive file.
     static std::vector<std::string> FindLogs(const std::string& hostPath);
 
@@ -33,7 +32,8 @@ public:
     std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) override;
     std::optional<std::string> GetLink(std::uint32_t key) override;
     std::uint64_t GetSize() const override { return m_bytes.m_nSize; }
-    std::vector<std::string> GetProblems() const override;
+    bool IsCut() const override { return m_bCut; }
+    std::vector<CNotice> GetProblems() const override;
 
 private:
     // Whether the bytes that a key hands out have been counted, and the verdict.
@@ -81,7 +81,8 @@ private:
     std::size_t m_nSteps = 0;        // from sibling to sibling, in all look-ups so far
     std::string m_bigData;
     std::string m_firstBad;
-    std::string m_unfinished;  // told of a hive whose last changes are lost
+    bool m_bUnfinished = false;  // its last changes are lost
+    bool m_bCut = false;         // its file is shorter than it says
 };
 
 }  // namespace delvane

@@ -74,8 +74,9 @@ void CHostedRegistry::Mount(CPlace parent, std::string_view name, CPlace target)
     m_mounts.push_back({parent, std::string(name), target});
 }
 
-void CHostedRegistry::AddProblem(const std::string& problem) {
-    if (std::find(m_problems.begin(), m_problems.end(), problem) == m_problems.end()) m_problems.push_back(problem);
+void CHostedRegistry::AddProblem(CNotice problem) {
+    if (std::find(m_problems.begin(), m_problems.end(), problem) != m_problems.end()) return;
+    m_problems.push_back(std::move(problem));
 }
 
 bool CHostedRegistry::HasChanged() const {
@@ -83,10 +84,10 @@ bool CHostedRegistry::HasChanged() const {
                        [](const CWatchedFile& file) { return CFileStamp(file.m_path) != file.m_stamp; });
 }
 
-std::vector<std::string> CHostedRegistry::GetProblems() const {
-    std::vector<std::string> problems = m_problems;
+std::vector<CNotice> CHostedRegistry::GetProblems() const {
+    std::vector<CNotice> problems = m_problems;
     for (const auto& hive : m_hives) {
-        std::vector<std::string> more = hive->GetProblems();
+        std::vector<CNotice> more = hive->GetProblems();
         std::move(more.begin(), more.end(), std::back_inserter(problems));
     }
     return problems;
@@ -126,7 +127,7 @@ std::uint32_t CHostedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY&
     const bool isLink = layers->m_first != child.m_first || layers->m_second != child.m_second;
     if (isLink && IsOpenAbove(above, layers->m_first)) return ERROR_CANT_RESOLVE_FILENAME;
     if (above->m_nDepth >= kMaxTreeDepth) {
-        AddProblem("the registry has keys below " + std::to_string(kMaxTreeDepth) + " others; they are left out");
+        AddProblem({"the registry has keys below " + std::to_string(kMaxTreeDepth) + " others; they are left out"});
         return ERROR_FILENAME_EXCED_RANGE;
     }
     if (std::find(m_unopenable.begin(), m_unopenable.end(), layers->m_first) != m_unopenable.end()) {
@@ -174,8 +175,8 @@ bool CHostedRegistry::CountBehindLinks(const COpenKey& key) {
         most += hive->GetSize();
     most = most * kMostTimesBehindLinks + kBytesBehindLinksAnyway;
     if (m_nBehindLinks >= kMostKeysBehindLinks || m_nBytesBehindLinks + key.m_contents.m_bytes.size() > most) {
-        AddProblem("the registry's links lead to the same keys again and again; after " +
-                   std::to_string(m_nBehindLinks) + " keys behind links the others are left out");
+        AddProblem({"the registry's links lead to the same keys again and again; after " +
+                    std::to_string(m_nBehindLinks) + " keys behind links the others are left out"});
         m_nBehindLinks = kMostKeysBehindLinks;
         return false;
     }

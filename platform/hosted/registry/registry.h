@@ -47,8 +47,8 @@ public:
     void SetUserSid(std::string_view userSid) { m_userSid = userSid; }
     // A key that stands for something else than itself, so that an open yields no key.
     void SetUnopenable(CPlace key) { m_unopenable.push_back(key); }
-    // What was found wrong while the registry was put together: a sentence. It is kept once.
-    void AddProblem(const std::string& problem);
+    // What was found wrong while the registry was put together; kept once.
+    void AddProblem(CNotice problem);
 
     // A file that the registry was read from, in the state that it had then. HasChanged tells whether one of them is in
     // another state by now.
@@ -63,8 +63,8 @@ public:
     std::optional<std::uint32_t> FindNumber(HKEY root, std::string_view path, std::string_view name);
     std::vector<CString> ListSubkeys(HKEY root, std::string_view path);
     std::size_t GetOpenCount() const { return m_nOpen; }
-    // What was found wrong so far, a sentence each.
-    std::vector<std::string> GetProblems() const;
+    // What was found wrong so far.
+    std::vector<CNotice> GetProblems() const;
 
     // As CMachine tells them.
     std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
@@ -108,7 +108,7 @@ private:
     std::vector<CMount> m_mounts;
     std::string m_userSid;
     std::vector<CPlace> m_unopenable;
-    std::vector<std::string> m_problems;
+    std::vector<CNotice> m_problems;
     std::vector<CWatchedFile> m_files;
 
     std::vector<std::unique_ptr<COpenKey>> m_open;  // by handle less one; null where it is closed

@@ -115,20 +115,48 @@ inline std::uint32_t ReadEscape(const char*& at, const char* end) {
     return unit;
 }
 
+// How many bytes two texts begin with in common, of `limit` that both have.
+inline std::size_t CommonLength(const char* a, const char* b, std::size_t limit) {
+    std::size_t length = 0;
+    for (; limit - length >= kWord; length += kWord) {
+        const std::uint64_t differing = LoadWord(a + length) ^ LoadWord(b + length);
+        if (differing != 0) return length + FirstMark(differing);
+    }
+    while (length < limit && a[length] == b[length])
+        ++length;
+    return length;
+}
+
 struct CDecoded {
     const char* m_pNext;    // behind the closing character, or where the text went wrong
-    std::size_t m_nLength;  // bytes written
+    std::size_t m_nLength;  // of what stands in the buffer
     const char* m_pReason;  // null when all is well
 };
 
+// The beginning of a component of a path.
+struct CComponent {
+    std::size_t m_nEscaped;  // where it stands in the line,
+    std::size_t m_nDecoded;  // and in the path
+};
+
 // Writes the escaped text at `at` into the buffer, up to its closing character; the buffer has room for one more byte
-// then. In a path empty components vanish, as they do when Wine makes the key.
-template <char kClosing, bool kPath>
-CDecoded Decode(const char* at, const char* end, std::vector<char>& buffer, const char* unclosed) {
+// then. In a path, `components` is given, empty components vanish, as they do when Wine makes the key; those that are
+// known already stand in the buffer, and reading goes on at the last of them.
+template <char kClosing>
+CDecoded Decode(const char* at, const char* end, std::vector<char>& buffer, const char* unclosed,
+                std::vector<CComponent>* components = nullptr) {
+    constexpr bool kPath = kClosing == ']';
     constexpr std::size_t kRoom = 2 * kWord;  // more than any one step writes
     if (buffer.size() < kRoom) buffer.resize(kRoom * 16);
     char* to = buffer.data();
     char* limit = to + buffer.size() - kRoom;
+    [[maybe_unused]] const char* const line = at;
+    if constexpr (kPath) {
+        if (!components->empty()) {
+            at += components->back().m_nEscaped;
+            to += components->back().m_nDecoded;
+        }
+    }
     for (;;) {
         if (to > limit) {
             const std::ptrdiff_t written = to - buffer.data();
@@ -163,6 +191,12 @@ CDecoded Decode(const char* at, const char* end, std::vector<char>& buffer, cons
         const std::uint32_t decoded = ReadEscape(at, end);
         if (kPath && decoded == '\\' && (to == buffer.data() || to[-1] == '\\')) continue;
         to = PutUtf8(to, decoded);
+        if constexpr (kPath) {
+            if (decoded == '\\') {
+                components->push_back(
+                    {static_cast<std::size_t>(at - line), static_cast<std::size_t>(to - buffer.data())});
+            }
+        }
     }
     if (kPath && to != buffer.data() && to[-1] == '\\') --to;
     return {at + 1, static_cast<std::size_t>(to - buffer.data()), nullptr};

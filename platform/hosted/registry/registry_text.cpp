@@ -77,14 +77,6 @@ bool CRegistryText::NextValue(CValue& value) {
     }
 }
 
-bool CRegistryText::FindKeyLine(std::string_view& line) {
-    if (!FindKey()) return false;
-    const char* const end = GetLineEnd(m_pKeyLine);
-    line = {m_pKeyLine, static_cast<std::size_t>(end - m_pKeyLine)};
-    SkipLine(end);
-    return true;
-}
-
 // The next bracket with nothing but blanks in front of it in its line. None stands so inside a value: a line end within
 // a text is escaped, and a list of bytes holds no bracket.
 bool CRegistryText::FindKey() {
@@ -105,9 +97,18 @@ bool CRegistryText::FindKey() {
     return false;
 }
 
+// Keys come in the order of their paths, so most of a line is that of the line before, and is not decoded again.
 bool CRegistryText::ReadKey(CKey& key) {
-    const CDecoded path = Decode<']', true>(m_pKeyLine, m_pEnd, m_path, "a key without a closing bracket");
+    const std::size_t most = m_components.empty() ? 0 : m_components.back().m_nEscaped;
+    const std::size_t common =
+        CommonLength(m_pKeyLine, m_pLastKeyLine, std::min(most, static_cast<std::size_t>(m_pEnd - m_pKeyLine)));
+    while (!m_components.empty() && m_components.back().m_nEscaped > common)
+        m_components.pop_back();
+    m_pLastKeyLine = m_pKeyLine;
+    key.m_nCommon = m_components.empty() ? 0 : m_components.back().m_nDecoded;
+    const CDecoded path = Decode<']'>(m_pKeyLine, m_pEnd, m_path, "a key without a closing bracket", &m_components);
     if (path.m_pReason != nullptr) {
+        m_components.clear();
         const char* const end = GetLineEnd(path.m_pNext);
         if (end == m_pEnd) {
             NoteCut(kEndsInKey);
@@ -118,54 +119,29 @@ bool CRegistryText::ReadKey(CKey& key) {
         return false;
     }
     key.m_path = {m_path.data(), path.m_nLength};
-    key.m_bIsLink = false;
-    key.m_nModified = 0;
-    key.m_className = {};
+    // Every escape is longer than what it stands for.
+    const CComponent last = m_components.empty() ? CComponent{} : m_components.back();
+    const bool isPlain = m_pKeyLine + last.m_nEscaped + path.m_nLength + 1 == path.m_pNext + last.m_nDecoded;
+    key.m_pName = isPlain ? m_pKeyLine + last.m_nEscaped : nullptr;
+    key.m_nCommon = std::min(key.m_nCommon, path.m_nLength);
     const char* at = SkipBlanks(path.m_pNext, m_pEnd);
-    std::uint64_t seconds = 0;
-    const char* const digits = at;
-    constexpr int kMostDigits = 11;  // three thousand years, and no overflow below
-    while (at < m_pEnd && at - digits < kMostDigits && *at >= '0' && *at <= '9') {
-        seconds = seconds * 10 + static_cast<std::uint64_t>(*at++ - '0');
-    }
-    if (at > digits && at < m_pEnd) key.m_nModified = kUnixEpochTicks + seconds * kTicksPerSecond;
+    while (at < m_pEnd && *at >= '0' && *at <= '9')
+        ++at;
     FinishLine(at);
-    ReadOptions(key);
+    key.m_bIsLink = ReadOptions();
     return true;
 }
 
-// The options of a key stand between its line and its first value.
-void CRegistryText::ReadOptions(CKey& key) {
+// The options of a key stand between its line and its first value. Tells whether one of them makes it a link.
+bool CRegistryText::ReadOptions() {
+    bool isLink = false;
     for (;;) {
         while (m_pNext < m_pEnd && (IsBlank(*m_pNext) || *m_pNext == '\r' || *m_pNext == '\n')) {
             ++m_pNext;
         }
-        if (m_pNext == m_pEnd || (*m_pNext != '#' && *m_pNext != ';')) return;
-        const char* const end = GetLineEnd(m_pNext);
-        ReadOption(m_pNext, end, key);
-        SkipLine(end);
-    }
-}
-
-void CRegistryText::ReadOption(const char* line, const char* end, CKey& key) {
-    constexpr std::string_view kTime = "#time=";
-    constexpr std::string_view kClass = "#class=\"";
-    if (StartsWith(line, end, kTime)) {
-        const char* at = line + kTime.size();
-        const char* const digits = at;
-        const auto time = ReadHexNumber<std::uint64_t>(at, end, 16);
-        // At the end of the text the number may have lost digits.
-        if (at > digits && end < m_pEnd) key.m_nModified = time;
-    } else if (StartsWith(line, end, "#link")) {
-        key.m_bIsLink = true;
-    } else if (StartsWith(line, end, kClass)) {
-        const CDecoded name =
-            Decode<'"', false>(line + kClass.size(), end, m_class, "a class name without a closing quotation mark");
-        if (name.m_pReason == nullptr) {
-            key.m_className = {m_class.data(), name.m_nLength};
-        } else if (end < m_pEnd) {
-            Note(name.m_pNext, name.m_pReason);
-        }
+        if (m_pNext == m_pEnd || (*m_pNext != '#' && *m_pNext != ';')) return isLink;
+        isLink = isLink || StartsWith(m_pNext, m_pEnd, "#link");
+        SkipLine(GetLineEnd(m_pNext));
     }
 }
 
@@ -212,8 +188,7 @@ const char* CRegistryText::ReadName(CValue& value) {
             value.m_name = {at, static_cast<std::size_t>(plain - at)};
             at = plain + 1;
         } else {
-            const CDecoded name =
-                Decode<'"', false>(at, m_pEnd, m_name, "a value name without a closing quotation mark");
+            const CDecoded name = Decode<'"'>(at, m_pEnd, m_name, "a value name without a closing quotation mark");
             if (name.m_pReason != nullptr) return Refuse(name.m_pNext, name.m_pReason);
             value.m_name = {m_name.data(), name.m_nLength};
             at = name.m_pNext;
@@ -249,7 +224,7 @@ const char* CRegistryText::ReadText(const char* at, CValue& value) {
     for (const CTextForm& form : kForms) {
         if (!StartsWith(at, m_pEnd, form.m_opening)) continue;
         const CDecoded text =
-            Decode<'"', false>(at + form.m_opening.size(), m_pEnd, m_data, "a value without a closing quotation mark");
+            Decode<'"'>(at + form.m_opening.size(), m_pEnd, m_data, "a value without a closing quotation mark");
         if (text.m_pReason != nullptr) return Refuse(text.m_pNext, text.m_pReason);
         m_data[text.m_nLength] = '\0';  // the file leaves the terminator out
         value.m_dwType = form.m_dwType;

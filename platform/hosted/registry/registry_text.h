@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/hosted/registry/registry_escape.h"
+
 namespace delvane {
 
 // Pulls keys and values out of the text of a whole file, in the order in which they stand there.
@@ -23,9 +25,9 @@ class CRegistryText {
 public:
     struct CKey {
         std::string_view m_path;  // below the root of the hive, components joined by one backslash; empty: the root
-        bool m_bIsLink = false;   // a symbolic link key; its value SymbolicLinkValue (type 6) names the target
-        std::uint64_t m_nModified = 0;  // 100-nanosecond ticks since 1601; 0 where the file gives no time
-        std::string_view m_className;
+        const char* m_pName = nullptr;  // where its last component stands in the text without an escape; else null
+        std::size_t m_nCommon = 0;  // so many of its bytes, whole components, are those of the key line before as well
+        bool m_bIsLink = false;     // a symbolic link key; its value SymbolicLinkValue (type 6) names the target
     };
 
     // Name and data as the ANSI calls of the registry give them in the code page UTF-8: types 1, 2 and 7 converted with
@@ -49,11 +51,6 @@ public:
     // call. NextKey passes over the values that were not asked for.
     bool NextKey(CKey& key);
     bool NextValue(CValue& value);
-
-    // NextKey in two steps, for a caller that wants few of many keys: FindKeyLine gives the line behind the opening
-    // bracket as it stands in the file, ReadKey decodes it. ReadKey is false for a line that cannot be read.
-    bool FindKeyLine(std::string_view& line);
-    bool ReadKey(CKey& key);
 
     // Where reading goes on, as an offset into the text. Behind NextKey that is where the key's values begin; NextValue
     // hands them out again once the position is set there.
@@ -83,8 +80,8 @@ private:
     const char* ReadBytes(const char* at, std::size_t& length);
     const char* ContinueBytes(const char* at);
     bool FindKey();
-    void ReadOptions(CKey& key);
-    void ReadOption(const char* line, const char* end, CKey& key);
+    bool ReadKey(CKey& key);
+    bool ReadOptions();
     const char* GetLineEnd(const char* at) const;
     void SkipLine(const char* at);
     void FinishLine(const char* at);
@@ -96,9 +93,11 @@ private:
 
     const char* m_pBegin;
     const char* m_pEnd;
-    const char* m_pNext;               // where reading goes on: the start of a line, or of what is not blank in it
-    const char* m_pKeyLine = nullptr;  // behind the bracket of the key line found last
-    CBuffer m_path, m_class, m_name, m_data, m_text;
+    const char* m_pNext;                   // where reading goes on: the start of a line, or of what is not blank in it
+    const char* m_pKeyLine = nullptr;      // behind the bracket of the key line found last
+    const char* m_pLastKeyLine = nullptr;  // and of the one read last,
+    std::vector<registry_escape::CComponent> m_components;  // whose path has these
+    CBuffer m_path, m_name, m_data, m_text;
     std::size_t m_nProblems = 0;
     std::string m_problem;
     bool m_bHeader = false;

@@ -7,6 +7,9 @@
 namespace delvane {
 namespace {
 
+// Registry text of a real machine takes some megabytes.
+constexpr std::uint64_t kLargestText = std::uint64_t{1} << 30;
+
 // Wine writes values in the order of their names, so names seldom come twice. Where they do not ascend, one that came
 // before is replaced, as Wine does when it reads the file.
 void ReplaceRepeated(CKeyContents& contents) {
@@ -31,53 +34,69 @@ void ReplaceRepeated(CKeyContents& contents) {
 
 }  // namespace
 
+std::unique_ptr<CTextHive> CTextHive::Open(const std::string& hostPath, CNotice& problem) {
+    CFileBytes bytes;
+    if (!ReadHiveFile(hostPath, kLargestText, bytes, problem)) return nullptr;
+    auto hive = std::make_unique<CTextHive>(std::move(bytes), hostPath);
+    if (hive->m_text.HasHeader()) return hive;
+    problem = {hostPath + " is no registry text of Wine", hostPath, ERROR_NOT_REGISTRY_FILE};
+    return nullptr;
+}
+
 CTextHive::CTextHive(CFileBytes text, std::string name)
     : m_bytes(std::move(text)), m_name(std::move(name)), m_text(m_bytes.GetBytes()) {
-    constexpr std::size_t kUsualKey = 240;  // what a key takes in the text with its values
+    constexpr std::size_t kUsualKey = 200;  // what a key takes in the text with its values
     m_nodes.Reserve(m_bytes.m_nSize / kUsualKey + 1);
     m_nodes.push_back({});
     for (CRegistryText::CKey key; m_text.NextKey(key);) {
-        const std::uint32_t node = MakeKey(key.m_path);
+        const std::uint32_t node = MakeKey(key);
         AddSection(node, m_text.GetPosition());
         if (key.m_bIsLink) ReadLink(node);
     }
 }
 
-// Keys come in the order of their paths, so most of a path is that of the key before.
-std::uint32_t CTextHive::MakeKey(std::string_view path) {
-    std::uint32_t key = 0;
-    std::size_t depth = 0;
-    while (!path.empty()) {
-        const std::string_view name = TakeKeyName(path);
-        if (depth == m_chain.size() || NameOf(m_chain[depth]) != name) {
+// Keys come in the order of their paths, so most of a path is that of the key before: what they have in common need not
+// be looked at, and of the rest some names may be the same.
+std::uint32_t CTextHive::MakeKey(const CRegistryText::CKey& section) {
+    const std::string_view path = section.m_path;
+    std::size_t depth = m_chain.size();
+    while (depth != 0 && m_chain[depth - 1].m_nPathEnd > section.m_nCommon)
+        --depth;
+    std::uint32_t key = depth == 0 ? GetRoot() : m_chain[depth - 1].m_nKey;
+    std::size_t at = depth == 0 ? 0 : m_chain[depth - 1].m_nPathEnd;
+    while (at < path.size()) {
+        const std::string_view name = path.substr(at, path.find('\\', at) - at);
+        at += name.size() + 1;
+        if (depth == m_chain.size() || NameOf(m_chain[depth].m_nKey) != name) {
             m_chain.resize(depth);
-            std::uint32_t child = 0;
-            if (!SortsBehindChildren(key, name)) child = FindChild(key, name);
-            if (child == 0) child = MakeChild(key, name);
-            m_chain.push_back(child);
+            m_chain.push_back({MakeChild(key, name, at > path.size() ? section.m_pName : nullptr), at});
         }
-        key = m_chain[depth++];
+        m_chain[depth].m_nPathEnd = at;
+        key = m_chain[depth++].m_nKey;
     }
     m_chain.resize(depth);
     return key;
 }
 
-// Then the name is none of theirs, and need not be looked for.
-bool CTextHive::SortsBehindChildren(std::uint32_t parent, std::string_view name) const {
+// The subkey of that name, which may be there already. One that sorts behind all others need not be looked for.
+// `inText` is where the name stands in the text as it is; null where that is not known.
+std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name, const char* inText) {
     const std::uint32_t last = m_nodes[parent].m_nLastChild;
-    return last == 0 || (m_bAscends && CompareKeyNames(NameOf(last), name) < 0);
-}
-
-std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name) {
+    const bool sortsBehind = last == 0 || CompareKeyNames(NameOf(last), name) < 0;
+    if (!sortsBehind || (last != 0 && !m_bAscends)) {
+        if (const std::uint32_t found = FindChild(parent, name); found != 0) return found;
+    }
+    m_bAscends = m_bAscends && sortsBehind;
     const auto child = static_cast<std::uint32_t>(m_nodes.size());
-    m_bAscends = m_bAscends && SortsBehindChildren(parent, name);
     CNode node;
-    node.m_nName = static_cast<std::uint32_t>(m_names.size());
+    node.m_nName =
+        static_cast<std::uint32_t>(inText != nullptr ? static_cast<std::size_t>(inText - m_bytes.GetBytes().data())
+                                                     : m_bytes.m_nSize + m_names.size());
     node.m_nNameLength = static_cast<std::uint32_t>(name.size());
-    m_names.Append(name.data(), name.size());
+    if (inText == nullptr) m_names.Append(name.data(), name.size());
     m_nodes.push_back(node);
     CNode& above = m_nodes[parent];
-    (above.m_nFirstChild == 0 ? above.m_nFirstChild : m_nodes[above.m_nLastChild].m_nNextSibling) = child;
+    (last == 0 ? above.m_nFirstChild : m_nodes[last].m_nNextSibling) = child;
     above.m_nLastChild = child;
     if (m_index.IsMade()) m_index.Add(child, parent, name);
     return child;
@@ -114,6 +133,17 @@ void CTextHive::AddSection(std::uint32_t key, std::size_t position) {
     } else {
         m_moreSections[key].push_back(position);
     }
+}
+
+// It stands in a comment, with the separators escaped.
+std::string CTextHive::FindUserSid() const {
+    constexpr std::string_view kMark = ";; All keys relative to REGISTRY\\\\User\\\\";
+    constexpr std::size_t kHead = 1024;
+    std::string_view text = m_bytes.GetBytes().substr(0, kHead);
+    const std::size_t at = text.find(kMark);
+    if (at == std::string_view::npos) return {};
+    text.remove_prefix(at + kMark.size());
+    return std::string(text.substr(0, text.find_first_of("\r\n")));
 }
 
 // One without a target leads nowhere.
@@ -161,9 +191,10 @@ std::optional<std::string> CTextHive::GetLink(std::uint32_t key) {
     return found == m_links.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::vector<std::string> CTextHive::GetProblems() const {
+std::vector<CNotice> CTextHive::GetProblems() const {
     if (m_text.GetProblemCount() == 0) return {};
-    return {m_name + (m_text.IsCut() ? " is cut off: " : " is damaged: ") + m_text.GetProblem()};
+    const char* const what = m_text.IsCut() ? " is cut off: " : " is damaged: ";
+    return {{m_name + what + m_text.GetProblem(), m_name, ERROR_REGISTRY_CORRUPT}};
 }
 
 }  // namespace delvane

@@ -19,19 +19,25 @@ namespace delvane {
 // for. Keys are numbered in the order of their first appearance, the root is 0.
 class CTextHive : public CHive {
 public:
+    // Null where the file cannot be read or is no registry text: `problem` then says so.
+    static std::unique_ptr<CTextHive> Open(const std::string& hostPath, CNotice& problem);
     // `name` is what messages call the text.
     CTextHive(CFileBytes text, std::string name);
+
+    // The account whose hive it is, as the text says at its head; empty where it does not.
+    std::string FindUserSid() const;
 
     std::uint32_t GetRoot() const override { return 0; }
     bool ReadKey(std::uint32_t key, CKeyContents& contents) override;
     std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) override;
     std::optional<std::string> GetLink(std::uint32_t key) override;
     std::uint64_t GetSize() const override { return m_bytes.m_nSize; }
-    std::vector<std::string> GetProblems() const override;
+    bool IsCut() const override { return m_text.IsCut(); }
+    std::vector<CNotice> GetProblems() const override;
 
 private:
     struct CNode {
-        std::uint32_t m_nName = 0;  // where it begins in m_names
+        std::uint32_t m_nName = 0;  // where it begins in the text, or behind its size in m_names
         std::uint32_t m_nNameLength = 0;
         std::uint32_t m_nFirstChild = 0;  // 0: none, since nobody has the root for a child
         std::uint32_t m_nLastChild = 0;
@@ -39,11 +45,13 @@ private:
         std::uint32_t m_nSection = 0;  // where its values begin in the text; 0: it has no section
     };
     std::string_view NameOf(std::uint32_t key) const {
-        return {m_names.data() + m_nodes[key].m_nName, m_nodes[key].m_nNameLength};
+        const CNode& node = m_nodes[key];
+        const bool isInText = node.m_nName < m_bytes.m_nSize;
+        return {isInText ? m_bytes.GetBytes().data() + node.m_nName : m_names.data() + (node.m_nName - m_bytes.m_nSize),
+                node.m_nNameLength};
     }
-    std::uint32_t MakeKey(std::string_view path);
-    std::uint32_t MakeChild(std::uint32_t parent, std::string_view name);
-    bool SortsBehindChildren(std::uint32_t parent, std::string_view name) const;
+    std::uint32_t MakeKey(const CRegistryText::CKey& section);
+    std::uint32_t MakeChild(std::uint32_t parent, std::string_view name, const char* inText);
     std::uint32_t FindChild(std::uint32_t parent, std::string_view name);
     void MakeIndex();
     void AddSection(std::uint32_t key, std::size_t position);
@@ -55,10 +63,14 @@ private:
     CRegistryText m_text;
     CPageVector<CNode> m_nodes;
     CPageVector<char> m_names;
-    std::vector<std::uint32_t> m_chain;  // the keys on the path that was made last, the root left out
-    bool m_bAscends = true;              // so far all siblings came in the order of their names without case
-    std::size_t m_nSteps = 0;            // from sibling to sibling, in all look-ups so far
-    CKeyIndex m_index;                   // made when it is worth it
+    struct CLink {
+        std::uint32_t m_nKey;
+        std::size_t m_nPathEnd;  // where the names below it begin in the path
+    };
+    std::vector<CLink> m_chain;  // the keys on the path that was made last, the root left out
+    bool m_bAscends = true;      // so far all siblings came in the order of their names without case
+    std::size_t m_nSteps = 0;    // from sibling to sibling, in all look-ups so far
+    CKeyIndex m_index;           // made when it is worth it
     std::unordered_map<std::uint32_t, std::vector<std::size_t>> m_moreSections;  // of keys that stand twice in the file
     std::unordered_map<std::uint32_t, std::string> m_links;
 };

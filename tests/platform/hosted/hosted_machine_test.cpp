@@ -10,6 +10,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "platform/folder_kinds.h"
 #include "platform/hosted/hosted_host.h"
 #include "tests/support/prefix.h"
 #include "tests/support/search.h"
@@ -97,14 +98,44 @@ TEST_F(HostedMachine, ReadsItsIdentityOutOfTheRegistry) {
     EXPECT_EQ(machine.GetSystemDirectory(), "C:\\windows\\system32");
     EXPECT_EQ(machine.GetTempPath(), "C:\\users\\tester\\Temp\\");
     const CFolderFunction folder = machine.LoadFolderLibrary();
-    EXPECT_TRUE(folder(5, text));
+    EXPECT_TRUE(folder(CSIDL_PERSONAL, text));
     EXPECT_EQ(text, "C:\\users\\tester\\Documents") << "user shell folders are expanded";
-    EXPECT_TRUE(folder(35, text));
+    EXPECT_TRUE(folder(CSIDL_COMMON_APPDATA, text));
     EXPECT_EQ(text, "C:\\ProgramData");
-    EXPECT_TRUE(folder(38, text));
+    EXPECT_TRUE(folder(CSIDL_PROGRAM_FILES, text));
     EXPECT_EQ(text, "C:\\Program Files");
-    EXPECT_FALSE(folder(26, text));
+    EXPECT_FALSE(folder(CSIDL_APPDATA, text));
     EXPECT_TRUE(machine.TakeNotices().empty());
+}
+
+// As the capture does: through links, and of what stands twice the last.
+TEST_F(HostedMachine, IdentityIsReadAsACaptureReadsIt) {
+    const auto link = [](const std::string& key, const std::string& target) {
+        std::string line = "\n[" + key + "] 1\n#link\n\"SymbolicLinkValue\"=hex(6):";
+        constexpr std::string_view kDigits = "0123456789abcdef";
+        for (const char c : target)
+            line.append({kDigits[static_cast<unsigned char>(c) >> 4], kDigits[c & 15], ',', '0', '0', ','});
+        line.back() = '\n';
+        return line;
+    };
+    const CPrefix prefix(
+        "\n[System\\\\ControlSet001\\\\Control\\\\ComputerName\\\\ComputerName] 1\n\"ComputerName\"=\"LINKED\"\n"
+        "\n[Software\\\\Microsoft\\\\Windows NT\\\\CURRENTVERSION] 1\n\"systemroot\"=\"c:\\\\windows\"\n"
+        "\n[Software\\\\Microsoft\\\\Windows\\\\CurrentVersion] 1\n\"ProgramFilesDir\"=\"c:\\\\Programs\"\n",
+        link("Environment", "\\Registry\\User\\S-1-5-21-0-0-0-1000\\Real") + "\n[Real] 1\n\"TEMP\"=\"d:\\\\t\"\n");
+    std::string system = prefix.Read("system.reg");
+    system.erase(system.find("[System\\\\CurrentControlSet"), std::string("[System\\\\CurrentControlSet").size());
+    system.insert(system.find("\\\\Control\\\\ComputerName"), "[System\\\\ControlSet002");
+    prefix.Write("system.reg",
+                 system + link("System\\\\CurrentControlSet", "\\Registry\\Machine\\System\\ControlSet001"));
+    CHostedMachine& machine = Open(prefix);
+    CString text;
+    EXPECT_TRUE(machine.GetComputerName(text));
+    EXPECT_EQ(text, "LINKED");
+    EXPECT_EQ(machine.GetSystemDirectory(), "C:\\windows\\system32") << "drives have capitals";
+    EXPECT_EQ(machine.GetTempPath(), "D:\\t\\");
+    EXPECT_TRUE(machine.LoadFolderLibrary()(CSIDL_PROGRAM_FILES, text));
+    EXPECT_EQ(text, "C:\\Programs");
 }
 
 TEST_F(HostedMachine, TellsAnotherVersionThanTheRegistryWhereWineWould) {
@@ -124,18 +155,25 @@ TEST_F(HostedMachine, DamagedRegistryTextIsToldAndTheRestCounts) {
     prefix.Write("system.reg", whole.substr(0, whole.find("ProgramFilesDir") + 20));
     fs::remove(prefix / "user.reg");
     CHostedMachine& machine = Open(prefix);
-    const std::vector<CString> notices = machine.TakeNotices();
+    std::vector<CString> notices = machine.TakeNotices();
     ASSERT_EQ(notices.size(), 2U);
-    EXPECT_NE(notices[0].find("system.reg is cut off"), CString::npos) << notices[0];
+    EXPECT_EQ(notices[0], (prefix / "user.reg") + ": open: No such file or directory (2); HKCU stays empty");
+    EXPECT_TRUE(notices[1].starts_with((prefix / "system.reg") + " is cut off: line ")) << notices[1];
     EXPECT_FALSE(machine.IsPresent()) << "half a registry is no machine to take a snapshot of";
-    EXPECT_EQ(machine.GetProblem(), notices[0]);
-    EXPECT_NE(notices[1].find("user.reg: open: No such file"), CString::npos);
+    EXPECT_EQ(machine.GetProblem(), notices[1]);
     EXPECT_EQ(machine.GetVersion().m_dwBuildNumber, 7601U);
     prefix.Write("user.reg", "garbage");
-    EXPECT_NE(Open(prefix).TakeNotices()[1].find("user.reg is no registry text"), CString::npos);
-    prefix.Write("system.reg", whole + "no value\n");
-    EXPECT_NE(Open(prefix).TakeNotices()[0].find("system.reg is damaged"), CString::npos);
-    EXPECT_TRUE(m_pMachine->IsPresent()) << "a line that cannot be read costs that line";
+    prefix.Write("system.reg", whole + "[Key] 1\n\"a\"=broken\n");
+    notices = Open(prefix).TakeNotices();
+    EXPECT_EQ(notices, std::vector<CString>{(prefix / "user.reg") + " is no registry text of Wine; HKCU stays empty"});
+    EXPECT_TRUE(m_pMachine->IsPresent());
+    HKEY key = 0;
+    ASSERT_EQ(m_pMachine->RegOpenKeyEx(HKEY_LOCAL_MACHINE, "Key", key), ERROR_SUCCESS);
+    notices = m_pMachine->TakeNotices();
+    ASSERT_EQ(notices.size(), 1U) << "a line that cannot be read costs that line, and is told when it is met";
+    EXPECT_NE(notices[0].find("system.reg is damaged: line "), CString::npos);
+    prefix.Write("system.reg", "REGEDIT4\n");
+    EXPECT_FALSE(Open(prefix).IsPresent());
 }
 
 TEST_F(HostedMachine, DrivesAreTheLinksAndTheHostsRootIsAShare) {
@@ -155,6 +193,10 @@ TEST_F(HostedMachine, DrivesAreTheLinksAndTheHostsRootIsAShare) {
     EXPECT_EQ(machine.GetVolumeLabel("D:\\", label), ERROR_SUCCESS);
     EXPECT_EQ(label, "My Disc");
     EXPECT_EQ(machine.GetConnection("Z:", label), ERROR_NOT_CONNECTED);
+    fs::remove(prefix / "dosdevices/c:");
+    fs::create_directory_symlink("../moved", prefix / "dosdevices/c:");
+    EXPECT_EQ(Open(prefix).GetDriveType("C:\\"), DRIVE_FIXED) << "drive_c is there, wherever the link leads";
+    EXPECT_TRUE(m_pMachine->DirectoryExists("C:\\windows"));
 }
 
 TEST_F(HostedMachine, PathsAreFoundWithoutRegardToCaseAndStayOnTheirDrive) {

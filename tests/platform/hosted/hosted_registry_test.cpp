@@ -154,7 +154,7 @@ TEST_F(HostedRegistry, LinksThatFanOutComeToAnEnd) {
     EXPECT_GT(count, 200'000U);
     EXPECT_LT(count, 1'000'000U);
     ASSERT_EQ(m_registry.GetProblems().size(), 1U);
-    EXPECT_NE(m_registry.GetProblems().front().find("links lead to the same keys"), std::string::npos);
+    EXPECT_NE(m_registry.GetProblems().front().m_strSentence.find("links lead to the same keys"), std::string::npos);
     EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE).size(), count) << "each walk begins anew";
     EXPECT_EQ(m_registry.GetProblems().size(), 1U) << "told once";
 }
@@ -186,7 +186,7 @@ TEST_F(HostedRegistry, NamesThatDifferInCaseAloneAreOpenedExactly) {
         writer.GetRoot().m_subkeys.back()->m_name = name;
         writer.GetRoot().m_subkeys.back()->Set("is", REG_BINARY, name);
     }
-    std::string problem;
+    CNotice problem;
     auto hive = CRegfHive::Read(BytesOf(writer.Build()), {}, "HIVE", problem);
     m_registry.SetRoot(HKEY_LOCAL_MACHINE, {{&m_registry.AddHive(std::move(hive)), 0}, {}});
     EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE),

@@ -18,9 +18,9 @@ std::unique_ptr<CRegfHive> Open(std::string_view bytes, const std::vector<std::s
     std::vector<CFileBytes> logBytes;
     for (const std::string& log : logs)
         logBytes.push_back(BytesOf(log));
-    std::string problem;
+    CNotice problem;
     auto hive = CRegfHive::Read(BytesOf(bytes), logBytes, "HIVE", problem);
-    EXPECT_EQ(hive == nullptr, !problem.empty());
+    EXPECT_EQ(hive == nullptr, !problem.m_strSentence.empty());
     return hive;
 }
 
@@ -29,8 +29,8 @@ Lines ListAll(std::string_view bytes, const std::vector<std::string>& logs = {})
     const auto hive = Open(bytes, logs);
     if (hive == nullptr) return {"(no hive)"};
     Lines lines = ListHive(*hive);
-    for (const std::string& problem : hive->GetProblems())
-        lines.push_back("! " + problem);
+    for (const CNotice& problem : hive->GetProblems())
+        lines.push_back("! " + problem.m_strSentence);
     return lines;
 }
 
@@ -434,13 +434,13 @@ TEST(RegfHive, LogsAreFoundBesideTheFile) {
     folder.Write("ntuser.dat.LOG2", MakeLog(hive, {ChangeFirst(hive, 9, "nine..")}));
     folder.Write("ntuser.dat.LOG1", MakeLog(hive, {ChangeFirst(hive, 8, "eight.")}));
     folder.Write("ntuser.dat.LOG3", MakeLog(hive, {ChangeFirst(hive, 10, "ten...")}));
-    std::string problem;
+    CNotice problem;
     const auto opened = CRegfHive::Open(path, problem);
-    ASSERT_NE(opened, nullptr) << problem;
+    ASSERT_NE(opened, nullptr) << problem.m_strSentence;
     EXPECT_EQ(FirstOf(ListHive(*opened)), "nine..");
     EXPECT_EQ(folder.Read("NTUSER.DAT"), hive) << "nothing is written";
     EXPECT_EQ(CRegfHive::Open(folder / "none", problem), nullptr);
-    EXPECT_NE(problem.find("none: open: "), std::string::npos) << problem;
+    EXPECT_NE(problem.m_strSentence.find("none: open: "), std::string::npos) << problem.m_strSentence;
 }
 
 }  // namespace

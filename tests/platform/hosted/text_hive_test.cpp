@@ -73,11 +73,11 @@ TEST(TextHive, DamageIsTold) {
     CTextHive cut = Open("[Key] 1\n\"a\"=\"1\"\n\"b\"=\"2");
     EXPECT_EQ(ListHive(cut), (Lines{"Key", "Key: a (1) 1~"}));
     ASSERT_EQ(cut.GetProblems().size(), 1U);
-    EXPECT_NE(cut.GetProblems().front().find("TEXT is cut off: "), std::string::npos);
+    EXPECT_NE(cut.GetProblems().front().m_strSentence.find("TEXT is cut off: "), std::string::npos);
     CTextHive damaged = Open("[Key] 1\n\"a\"=\"1\"\nbroken\n\"b\"=\"2\"\n");
     EXPECT_EQ(ListHive(damaged).size(), 3U);
     ASSERT_EQ(damaged.GetProblems().size(), 1U);
-    EXPECT_NE(damaged.GetProblems().front().find("TEXT is damaged: "), std::string::npos);
+    EXPECT_NE(damaged.GetProblems().front().m_strSentence.find("TEXT is damaged: "), std::string::npos);
 }
 
 }  // namespace

@@ -183,41 +183,69 @@ TEST_F(Volume, AnAccountIsChosen) {
     EXPECT_EQ(Text(HKEY_CURRENT_USER, "Who", ""), "error 2");
     setenv("DELVANE_USER", "Carl", 1);
     EXPECT_FALSE(Open(volume).IsPresent());
-    EXPECT_NE(m_pMachine->GetProblem().find("DELVANE_USER names no account of "), std::string::npos);
+    EXPECT_EQ(m_pMachine->GetProblem(),
+              "DELVANE_USER names no account of " + volume.GetPath() + ": Carl; there are Anna, Ben");
 }
 
 TEST_F(Volume, AHiveThatIsMissingOrDamagedCostsItself) {
     CVolume volume;
+    const std::string classes = volume.Account() + "/AppData/Local/Microsoft/Windows/UsrClass.dat";
     fs::remove(volume / volume.Config("SAM"));
-    volume.Write(volume.Config("SYSTEM"), "regf");
-    volume.Write(volume.Account() + "/AppData/Local/Microsoft/Windows/UsrClass.dat", "nothing of the kind");
+    volume.Write(classes, "nothing of the kind");
     CHostedMachine& machine = Open(volume);
     EXPECT_TRUE(machine.IsPresent());
-    EXPECT_EQ(ComputerName(), "");
     EXPECT_EQ(Text(HKEY_CLASSES_ROOT, ".a", ""), "machine");
     EXPECT_EQ(Text(HKEY_CURRENT_USER, "Environment", "TEMP"), "%USERPROFILE%\\Temp");
     CKeyInfo info;
     machine.RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
-    EXPECT_EQ(info.m_nSubkeys, 2U) << "SOFTWARE and SECURITY";
-    std::vector<CString> notices = machine.TakeNotices();
-    ASSERT_EQ(notices.size(), 3U) << "one line for each";
-    for (const char* const name :
-         {"SYSTEM is no registry hive", "holds no hive SAM", "UsrClass.dat is no registry hive"}) {
-        EXPECT_EQ(std::count_if(notices.begin(), notices.end(),
-                                [&](const CString& notice) { return notice.find(name) != CString::npos; }),
-                  1)
-            << name;
-    }
+    EXPECT_EQ(info.m_nSubkeys, 3U) << "SOFTWARE, SYSTEM and SECURITY";
+    EXPECT_EQ(machine.TakeNotices(),
+              (std::vector<CString>{(volume / volume.Config("SAM")) + " is missing; HKLM\\SAM is left out",
+                                    (volume / classes) + " is no registry hive; the user's classes are left out"}));
     EXPECT_TRUE(machine.TakeNotices().empty()) << "told once";
+    volume.WriteHives();
+    volume.Write(volume.Account() + "/NTUSER.DAT", "regf");
+    Open(volume);
+    EXPECT_EQ(Text(HKEY_CURRENT_USER, "Environment", "TEMP"), "error 2");
+    EXPECT_EQ(Text(HKEY_CLASSES_ROOT, ".a", ""), "user") << "the user's classes are another file";
+    EXPECT_EQ(m_pMachine->TakeNotices(),
+              std::vector<CString>{(volume / volume.Account()) + "/NTUSER.DAT is no registry hive; HKCU stays empty"});
     fs::remove_all(volume / "Users");
     EXPECT_TRUE(Open(volume).IsPresent());
     EXPECT_EQ(User(), "");
     EXPECT_EQ(Text(HKEY_CURRENT_USER, "Environment", "TEMP"), "error 2");
+    EXPECT_EQ(Text(HKEY_CLASSES_ROOT, ".a", ""), "machine");
     volume.m_system.GetRoot().Make("Select").Set("Current", 4, std::string("\7\0\0\0", 4));
     volume.WriteHives();
-    notices = Open(volume).TakeNotices();
+    const std::vector<CString> notices = Open(volume).TakeNotices();
     ASSERT_EQ(notices.size(), 1U);
     EXPECT_NE(notices.front().find("CurrentControlSet is missing"), CString::npos);
+}
+
+TEST_F(Volume, WithoutItsMachineHivesItIsNoMachine) {
+    CVolume volume;
+    const std::string whole = volume.Read(volume.Config("SYSTEM"));
+    struct {
+        const char* m_hive;
+        std::string m_bytes;
+        const char* m_problem;
+    } const kCases[] = {
+        {"SOFTWARE", "", " is no registry hive"},
+        {"SYSTEM", "regf", " is no registry hive"},
+        {"SYSTEM", whole.substr(0, whole.size() - 1), " is cut off: it is shorter than its head says"},
+    };
+    for (const auto& test : kCases) {
+        SCOPED_TRACE(test.m_problem);
+        volume.WriteHives();
+        volume.Write(volume.Config(test.m_hive), test.m_bytes);
+        CHostedMachine& machine = Open(volume);
+        EXPECT_FALSE(machine.IsPresent());
+        EXPECT_EQ(machine.GetProblem(), (volume / volume.Config(test.m_hive)) + test.m_problem);
+        const std::vector<CString> notices = machine.TakeNotices();
+        EXPECT_EQ(std::count(notices.begin(), notices.end(), machine.GetProblem()), 1);
+    }
+    fs::remove(volume / volume.Config("SYSTEM"));
+    EXPECT_FALSE(Open(volume).IsPresent());
 }
 
 TEST_F(Volume, HivesAreReadAnewWhenTheyHaveChanged) {
