@@ -199,8 +199,8 @@ CString CRunContext::GetHelpPath() const {
 }
 
 void CRunContext::TellNotices() {
-    for (const CString& notice : GetMachine().TakeNotices())
-        Say(notice);
+    for (const CNotice& notice : GetMachine().TakeNotices())
+        Say(notice.m_strSentence);
 }
 
 void CRunContext::Say(CString sentence) {

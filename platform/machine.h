@@ -14,6 +14,7 @@
 
 #include "platform/errors.h"
 #include "platform/image.h"
+#include "platform/notice.h"
 #include "platform/text.h"
 #include "platform/version_block.h"
 
@@ -146,9 +147,9 @@ public:
     // how to name it.
     virtual bool IsPresent() const = 0;
     virtual CString GetProblem() const = 0;
-    // What the user should be told and has not been told yet, a sentence each: a variable that names no machine, a
-    // damaged registry file. Asked for at the start and after each capture.
-    virtual std::vector<CString> TakeNotices() = 0;
+    // What the user should be told and has not been told yet: a variable that names no machine, a damaged registry
+    // file. Asked for at the start and after each capture.
+    virtual std::vector<CNotice> TakeNotices() = 0;
 
     // Identity.
     virtual CVersionRecord GetVersion() = 0;

@@ -26,16 +26,16 @@ CHostedMachine::CHostedMachine(CMachineChoice choice)
     if (m_pIdentity != nullptr) m_paths.SetDrives(m_pIdentity->GetDrives());
 }
 
-std::vector<CString> CHostedMachine::TakeNotices() {
-    std::vector<CString> notices;
+std::vector<CNotice> CHostedMachine::TakeNotices() {
+    std::vector<CNotice> notices;
     if (m_pIdentity != nullptr) {
-        for (CNotice& notice : m_pIdentity->GetNotices())
-            notices.push_back(std::move(notice.m_strSentence));
+        notices = m_pIdentity->GetNotices();
     } else if (m_choice.m_bVariable) {
-        notices = {m_choice.m_strProblem};
+        notices = {{m_choice.m_strProblem}};
     }
-    notices.insert(notices.end(), m_searches.GetNotices().begin(), m_searches.GetNotices().end());
-    std::erase_if(notices, [this](const CString& notice) { return !m_told.insert(notice).second; });
+    for (const CString& sentence : m_searches.GetNotices())
+        notices.push_back({sentence});
+    std::erase_if(notices, [this](const CNotice& notice) { return !m_told.insert(notice.m_strSentence).second; });
     return notices;
 }
 

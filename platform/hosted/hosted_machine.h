@@ -25,7 +25,7 @@ public:
     CString GetProblem() const override {
         return m_pIdentity != nullptr ? m_pIdentity->GetProblem() : m_choice.m_strProblem;
     }
-    std::vector<CString> TakeNotices() override;
+    std::vector<CNotice> TakeNotices() override;
 
     CVersionRecord GetVersion() override;
     bool GetUserName(CString& name) override;

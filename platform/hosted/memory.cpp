@@ -41,7 +41,7 @@ void* TakePages(std::size_t size) {
     munmap(begin + lead + whole, kPageBlock - lead);
     char* const block = begin + lead;
     // Neither call is needed for the memory to work, so their failures do not matter.
-    madvise(block, whole, MADV_HUGEPAGE);
+    if (size >= kPageBlock) madvise(block, whole, MADV_HUGEPAGE);
 #ifdef MADV_POPULATE_WRITE
     madvise(block, size, MADV_POPULATE_WRITE);
 #endif

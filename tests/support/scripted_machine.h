@@ -28,7 +28,7 @@ public:
 
     bool IsPresent() const override { return m_bPresent; }
     CString GetProblem() const override { return m_bPresent ? "" : "no machine here"; }
-    std::vector<CString> TakeNotices() override { return std::exchange(m_notices, {}); }
+    std::vector<CNotice> TakeNotices() override { return std::exchange(m_notices, {}); }
     CVersionRecord GetVersion() override { return m_version; }
     bool GetUserName(CString& name) override;
     bool GetComputerName(CString& name) override;
@@ -63,7 +63,7 @@ public:
 
     CScriptedRegistry m_registry{"HKCR\n  .x\\\nHKCU\n  Software\\\nHKLM\n  SOFTWARE\\\n"};
     bool m_bPresent = true;
-    std::vector<CString> m_notices;
+    std::vector<CNotice> m_notices;
     CVersionRecord m_version{VER_PLATFORM_WIN32_NT, 5, 0, 2195, "Service Pack 4"};
     CString m_strUser = "tester";
     CString m_strComputer = "BENCH";

@@ -93,11 +93,10 @@ std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name, 
         static_cast<std::uint32_t>(inText != nullptr ? static_cast<std::size_t>(inText - m_bytes.GetBytes().data())
                                                      : m_bytes.m_nSize + m_names.size());
     node.m_nNameLength = static_cast<std::uint32_t>(name.size());
-    if (inText == nullptr) m_names.Append(name.data(), name.size());
+    node.m_nSiblingBefore = last;
+    if (inText == nullptr) m_names += name;
     m_nodes.push_back(node);
-    CNode& above = m_nodes[parent];
-    (last == 0 ? above.m_nFirstChild : m_nodes[last].m_nNextSibling) = child;
-    above.m_nLastChild = child;
+    m_nodes[parent].m_nLastChild = child;
     if (m_index.IsMade()) m_index.Add(child, parent, name);
     return child;
 }
@@ -110,10 +109,10 @@ std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) 
         return found == CKeyIndex::kNoKey ? 0 : found;
     }
     std::uint32_t found = 0;
-    for (std::uint32_t key = m_nodes[parent].m_nFirstChild; key != 0; key = m_nodes[key].m_nNextSibling) {
+    for (std::uint32_t key = m_nodes[parent].m_nLastChild; key != 0; key = m_nodes[key].m_nSiblingBefore) {
         ++m_nSteps;
         if (NameOf(key) == name) return key;
-        if (found == 0 && KeyNamesEqual(NameOf(key), name)) found = key;
+        if (KeyNamesEqual(NameOf(key), name)) found = key;
     }
     if (m_nSteps > CKeyIndex::kStepsWithout) MakeIndex();
     return found;
@@ -122,7 +121,7 @@ std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) 
 void CTextHive::MakeIndex() {
     m_index.Make(m_nodes.size());
     for (std::uint32_t parent = 0; parent < m_nodes.size(); ++parent) {
-        for (std::uint32_t key = m_nodes[parent].m_nFirstChild; key != 0; key = m_nodes[key].m_nNextSibling)
+        for (std::uint32_t key = m_nodes[parent].m_nLastChild; key != 0; key = m_nodes[key].m_nSiblingBefore)
             m_index.Add(key, parent, NameOf(key));
     }
 }
@@ -158,8 +157,11 @@ void CTextHive::ReadLink(std::uint32_t key) {
 
 bool CTextHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
     const CNode& node = m_nodes[key];
-    for (std::uint32_t child = node.m_nFirstChild; child != 0; child = m_nodes[child].m_nNextSibling)
-        contents.m_subkeys.push_back({contents.Add(NameOf(child)), child});
+    for (std::uint32_t child = node.m_nLastChild; child != 0; child = m_nodes[child].m_nSiblingBefore)
+        contents.m_subkeys.push_back({{}, child});
+    std::reverse(contents.m_subkeys.begin(), contents.m_subkeys.end());
+    for (CKeyContents::CSubkey& subkey : contents.m_subkeys)
+        subkey.m_name = contents.Add(NameOf(subkey.m_nKey));
     if (node.m_nSection != 0) ReadSection(node.m_nSection, contents);
     if (!m_moreSections.empty()) {
         const auto more = m_moreSections.find(key);

@@ -39,9 +39,8 @@ private:
     struct CNode {
         std::uint32_t m_nName = 0;  // where it begins in the text, or behind its size in m_names
         std::uint32_t m_nNameLength = 0;
-        std::uint32_t m_nFirstChild = 0;  // 0: none, since nobody has the root for a child
-        std::uint32_t m_nLastChild = 0;
-        std::uint32_t m_nNextSibling = 0;
+        std::uint32_t m_nLastChild = 0;  // 0: none, since nobody has the root for a child
+        std::uint32_t m_nSiblingBefore = 0;
         std::uint32_t m_nSection = 0;  // where its values begin in the text; 0: it has no section
     };
     std::string_view NameOf(std::uint32_t key) const {
@@ -62,7 +61,7 @@ private:
     std::string m_name;
     CRegistryText m_text;
     CPageVector<CNode> m_nodes;
-    CPageVector<char> m_names;
+    std::string m_names;
     struct CLink {
         std::uint32_t m_nKey;
         std::size_t m_nPathEnd;  // where the names below it begin in the path

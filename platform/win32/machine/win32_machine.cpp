@@ -69,11 +69,11 @@ private:
 
 }  // namespace
 
-std::vector<CString> CWin32Machine::TakeNotices() {
-    std::vector<CString> notices;
+std::vector<CNotice> CWin32Machine::TakeNotices() {
+    std::vector<CNotice> notices;
     const auto take = [&notices](const std::vector<CString>& from, std::size_t& taken) {
-        notices.insert(notices.end(), from.begin() + static_cast<std::ptrdiff_t>(taken), from.end());
-        taken = from.size();
+        for (; taken < from.size(); ++taken)
+            notices.push_back({from[taken]});
     };
     take(m_searches.GetNotices(), m_nSearchNotices);
     take(m_registry.GetNotices(), m_nRegistryNotices);

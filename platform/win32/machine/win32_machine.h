@@ -15,7 +15,7 @@ class CWin32Machine : public CMachine {
 public:
     bool IsPresent() const override { return true; }
     CString GetProblem() const override { return {}; }
-    std::vector<CString> TakeNotices() override;
+    std::vector<CNotice> TakeNotices() override;
 
     CVersionRecord GetVersion() override;
     bool GetUserName(CString& name) override;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -155,25 +156,69 @@ TEST_F(HostedMachine, DamagedRegistryTextIsToldAndTheRestCounts) {
     prefix.Write("system.reg", whole.substr(0, whole.find("ProgramFilesDir") + 20));
     fs::remove(prefix / "user.reg");
     CHostedMachine& machine = Open(prefix);
-    std::vector<CString> notices = machine.TakeNotices();
+    std::vector<CNotice> notices = machine.TakeNotices();
     ASSERT_EQ(notices.size(), 2U);
-    EXPECT_EQ(notices[0], (prefix / "user.reg") + ": open: No such file or directory (2); HKCU stays empty");
-    EXPECT_TRUE(notices[1].starts_with((prefix / "system.reg") + " is cut off: line ")) << notices[1];
+    const std::string why = "open: No such file or directory (2); HKCU stays empty";
+    EXPECT_EQ(notices[0], (CNotice{(prefix / "user.reg") + ": " + why, prefix / "user.reg", ERROR_FILE_NOT_FOUND}));
+    EXPECT_EQ(notices[0].GetReason(), why);
+    EXPECT_EQ(notices[1].GetReason(), "is cut off: line 13: the last line has no end");
     EXPECT_FALSE(machine.IsPresent()) << "half a registry is no machine to take a snapshot of";
-    EXPECT_EQ(machine.GetProblem(), notices[1]);
+    EXPECT_EQ(machine.GetProblem(), notices[1].m_strSentence);
     EXPECT_EQ(machine.GetVersion().m_dwBuildNumber, 7601U);
     prefix.Write("user.reg", "garbage");
     prefix.Write("system.reg", whole + "[Key] 1\n\"a\"=broken\n");
     notices = Open(prefix).TakeNotices();
-    EXPECT_EQ(notices, std::vector<CString>{(prefix / "user.reg") + " is no registry text of Wine; HKCU stays empty"});
+    ASSERT_EQ(notices.size(), 1U);
+    EXPECT_EQ(notices[0].m_strSentence, (prefix / "user.reg") + " is no registry text of Wine; HKCU stays empty");
+    EXPECT_EQ(notices[0].m_dwCode, ERROR_NOT_REGISTRY_FILE);
     EXPECT_TRUE(m_pMachine->IsPresent());
     HKEY key = 0;
     ASSERT_EQ(m_pMachine->RegOpenKeyEx(HKEY_LOCAL_MACHINE, "Key", key), ERROR_SUCCESS);
     notices = m_pMachine->TakeNotices();
     ASSERT_EQ(notices.size(), 1U) << "a line that cannot be read costs that line, and is told when it is met";
-    EXPECT_NE(notices[0].find("system.reg is damaged: line "), CString::npos);
+    EXPECT_NE(notices[0].m_strSentence.find("system.reg is damaged: line "), CString::npos);
+    EXPECT_EQ(notices[0].m_dwCode, ERROR_REGISTRY_CORRUPT);
     prefix.Write("system.reg", "REGEDIT4\n");
     EXPECT_FALSE(Open(prefix).IsPresent());
+}
+
+// Another process stands in for the server: a process does not see its own locks.
+TEST_F(HostedMachine, AWineThatRunsIsToldAtACapture) {
+    const CPrefix prefix;
+    struct stat status {};
+    ASSERT_EQ(stat(prefix.GetPath().c_str(), &status), 0);
+    std::array<char, 64> name{};
+    std::snprintf(name.data(), name.size(), "wine/server-%llx-%llx/lock",
+                  static_cast<unsigned long long>(status.st_dev), static_cast<unsigned long long>(status.st_ino));
+    const std::string lockFile = m_home.Write(name.data());
+    setenv("XDG_RUNTIME_DIR", m_home.GetPath().c_str(), 1);
+    CKeyInfo info;
+    Open(prefix).RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
+    EXPECT_TRUE(m_pMachine->TakeNotices().empty()) << "the lock is nobody's";
+    const CDescriptor file(open(lockFile.c_str(), O_RDWR));
+    int channel[2];
+    ASSERT_EQ(pipe(channel), 0);
+    const pid_t server = fork();
+    if (server == 0) {
+        struct flock lock {};
+        lock.l_type = F_WRLCK;
+        lock.l_len = 1;
+        const bool isLocked = fcntl(file.Get(), F_SETLK, &lock) == 0 && write(channel[1], "", 1) == 1;
+        if (isLocked) pause();
+        _exit(0);
+    }
+    close(channel[1]);
+    char byte = 0;
+    EXPECT_EQ(read(channel[0], &byte, 1), 1);
+    close(channel[0]);
+    EXPECT_TRUE(Open(prefix).TakeNotices().empty()) << "nor is it a matter of comparisons";
+    m_pMachine->RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
+    const std::vector<CNotice> notices = m_pMachine->TakeNotices();
+    kill(server, SIGKILL);
+    waitpid(server, nullptr, 0);
+    unsetenv("XDG_RUNTIME_DIR");
+    ASSERT_EQ(notices.size(), 1U);
+    EXPECT_NE(notices[0].m_strSentence.find("wineserver -w"), CString::npos);
 }
 
 TEST_F(HostedMachine, DrivesAreTheLinksAndTheHostsRootIsAShare) {
@@ -196,7 +241,7 @@ TEST_F(HostedMachine, DrivesAreTheLinksAndTheHostsRootIsAShare) {
     fs::remove(prefix / "dosdevices/c:");
     fs::create_directory_symlink("../moved", prefix / "dosdevices/c:");
     EXPECT_EQ(Open(prefix).GetDriveType("C:\\"), DRIVE_FIXED) << "drive_c is there, wherever the link leads";
-    EXPECT_TRUE(m_pMachine->DirectoryExists("C:\\windows"));
+    EXPECT_TRUE(m_pHost->DirectoryExists("C:\\windows"));
 }
 
 TEST_F(HostedMachine, PathsAreFoundWithoutRegardToCaseAndStayOnTheirDrive) {
@@ -345,7 +390,7 @@ TEST_F(HostedMachine, WithoutAMachineItsOwnFilesStillWork) {
     CHostedMachine machine({{}, "nothing here", true});
     m_pHost = std::make_unique<CHostedHost>(machine.GetPaths(), m_home.GetPath());
     EXPECT_FALSE(machine.IsPresent());
-    EXPECT_EQ(machine.TakeNotices(), std::vector<CString>{"nothing here"});
+    EXPECT_EQ(machine.TakeNotices(), std::vector<CNotice>{{"nothing here"}});
     EXPECT_EQ(SearchOf(machine, "C:"), nullptr);
     EXPECT_EQ(machine.GetDriveType("C:\\"), DRIVE_FIXED) << "what two snapshots hold may be compared";
     std::string host = m_home.GetPath() + "/x";
