@@ -8,16 +8,17 @@ namespace delvane {
 bool CInstallApp::InitInstance() {
     theContext.Initialize();
     theContext.ParseCommandLine();
-    CMainDlg dialog;
     if (theContext.m_bSilent) {
-        dialog.RunUnattended();
+        CMainDlg().RunUnattended();
     } else {
         CString problem;
         std::unique_ptr<CToolkit> toolkit = LoadToolkit(problem);
         if (toolkit != nullptr) {
             theContext.SetToolkit(std::move(toolkit));
-            dialog.RunVisible();
-            theContext.SetToolkit(nullptr);  // it does not outlive the run
+            // However the run ends, the toolkit does not outlive it.
+            const auto forget = [](CRunContext* context) { context->SetToolkit(nullptr); };
+            const std::unique_ptr<CRunContext, decltype(forget)> run(&theContext, forget);
+            CMainDlg().RunVisible();
         } else {
             theContext.Say("no window can be shown: " + problem +
                            "; add /s for an unattended run (--help lists the switches)");

@@ -1,5 +1,4 @@
 // The program's entry: the one place that chooses a concrete machine.
-#include <exception>
 #include <iostream>
 #include <string_view>
 
@@ -24,8 +23,8 @@ int main(int argumentCount, char** arguments) {
         theApp.SetCommandLine(MakeCommandLine(argumentCount - 1, arguments + 1));
         theApp.InitInstance();
         return theApp.ExitInstance();
-    } catch (const std::exception& error) {
-        std::cerr << "delvane: " << error.what() << '\n';
-        return kExitNotStarted;
+    } catch (...) {
+        theContext.Say(DescribeCurrentException());
+        return theApp.m_nExitCode | kExitNotStarted;
     }
 }

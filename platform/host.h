@@ -67,8 +67,8 @@ public:
     // Keeps other processes from the folder of the program's own files until this one ends. False where another one
     // has it.
     virtual bool LockProgramFolder() = 0;
-    // Opens a document with the program that the system has for it; nobody waits for it.
-    virtual void OpenDocument(std::string_view path) = 0;
+    // Opens a document with the program that the system has for it; nobody waits for it. False where there is none.
+    virtual bool OpenDocument(std::string_view path) = 0;
 };
 
 // Asked by searches and file writers: throws CInterrupted once a CInterruptGuard has seen a request to end.

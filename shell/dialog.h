@@ -1,6 +1,7 @@
 // The base of all dialogs: a template, and handlers for what its window tells.
 #pragma once
 
+#include <exception>
 #include <memory>
 
 #include "platform/toolkit.h"
@@ -13,7 +14,8 @@ public:
     CDialog(const CDialog&) = delete;
     CDialog& operator=(const CDialog&) = delete;
 
-    // Shows the dialog until it is ended, and gives its result: IDOK or IDCANCEL.
+    // Shows the dialog until it is ended, and gives its result: IDOK or IDCANCEL. What a handler throws ends the dialog
+    // and comes out here.
     std::uint32_t DoModal();
 
 protected:
@@ -29,14 +31,24 @@ protected:
     void EndDialog(std::uint32_t result) { m_pWindow->End(result); }
     CDialogWindow& GetWindow() const { return *m_pWindow; }
 
-    void OnInit() override;
-    void OnControl(std::uint32_t id, EControlEvent event) override;
-    void OnMessage(std::uint32_t, std::uint32_t, std::uint32_t) override {}
-    void OnMenuOpening(std::size_t) override {}
+    virtual void OnPosted(std::uint32_t, std::uint32_t, std::uint32_t) {}  // a message that somebody posted
+    virtual void OnMenu(std::size_t) {}                                    // the menu of that number is about to open
 
 private:
+    // What the window tells. No exception of a handler goes through a window system: the first one ends the dialog.
+    void OnInit() final;
+    void OnControl(std::uint32_t id, EControlEvent event) final;
+    void OnMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) final;
+    void OnMenuOpening(std::size_t popup) final;
+    template <class Handler>
+    void Handle(Handler handler);
+    void Dispatch(std::uint32_t id, EControlEvent event);
+
     std::uint32_t m_nTemplate;
-    std::unique_ptr<CDialogWindow> m_pWindow;  // while the dialog is shown
+    // Of the last showing. It dies behind everything that a derived class holds, a thread that posts to it for
+    // instance.
+    std::unique_ptr<CDialogWindow> m_pWindow;
+    std::exception_ptr m_pFailure;  // what a handler threw
 };
 
 // The wait cursor as long as one lives.

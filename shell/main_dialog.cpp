@@ -1,12 +1,14 @@
 #include "shell/main_dialog.h"
 
+#include <optional>
+
 #include "core/app.h"
 #include "core/context.h"
-#include "report/master.h"
 #include "resources/dialogs.h"
 #include "shell/name_dialogs.h"
 #include "shell/options_dialog.h"
 #include "shell/progress_dialog.h"
+#include "shell/steps.h"
 
 namespace delvane {
 namespace {
@@ -32,17 +34,10 @@ void ShowError(const CString& text) {
     theContext.GetToolkit().ShowMessage(text, kProgramTitle, EMessageButtons::kOk, EMessageIcon::kError);
 }
 
-// A page that could not be finished is taken away, and false given.
-bool MakeReport(CMasterReport& report) {
-    bool complete = false;
-    try {
-        complete = report.GenerateReport();
-    } catch (...) {
-        theContext.Say("no report was made: " + DescribeCurrentException());
-        return false;  // whatever stood in its place still does
-    }
-    if (!complete) theContext.GetHost().DeleteFile(report.m_strReportPath);
-    return complete;
+// A failed report is told without a box.
+bool TellReport(const COutcome& outcome) {
+    if (!outcome.m_bDone) theContext.Say("no report was made: " + outcome.m_strReason);
+    return outcome.m_bDone;
 }
 
 }  // namespace
@@ -112,13 +107,13 @@ void CMainDlg::OnCommand(std::uint32_t id, EControlEvent event) {
     }
 }
 
-void CMainDlg::OnMessage(std::uint32_t message, std::uint32_t, std::uint32_t) {
+void CMainDlg::OnPosted(std::uint32_t message, std::uint32_t, std::uint32_t) {
     if (message == kMsgAutoBaseline) OnAutoBaseline();
     if (message == kMsgAutoCurrent) OnAutoCurrent();
     if (message == kMsgAutoCompare) OnAutoCompare();
 }
 
-void CMainDlg::OnMenuOpening(std::size_t popup) {
+void CMainDlg::OnMenu(std::size_t popup) {
     if (popup == 0) UpdateCompareState();
 }
 
@@ -154,53 +149,35 @@ void CMainDlg::OnLoad(std::unique_ptr<CSnapshot>& side) {
     UpdateCompareState();
 }
 
-// What the side held is gone from the start: a cancelled capture leaves it empty.
+// What the side held is gone from the start: a cancelled capture leaves it empty. A snapshot that cannot be saved stays
+// usable without a file.
 bool CMainDlg::CreateSide(std::unique_ptr<CSnapshot>& side, const CString& name) {
-    side.reset();
-    side = std::make_unique<CSnapshot>();
-    side->SetName(name);
-    std::uint32_t result = IDCANCEL;
-    {
+    std::optional<CWaitCursor> wait;
+    const COutcome outcome = CreateSnapshot(side, name, [&wait](CSnapshot& snapshot) {
         CProgressDlg progress;
-        progress.m_pSnapshot = side.get();
-        result = progress.DoModal();
-    }
-    const CWaitCursor wait;
+        progress.m_pSnapshot = &snapshot;
+        const bool isCaptured = progress.DoModal() == IDOK;
+        wait.emplace();
+        return isCaptured;
+    });
     theContext.TellNotices();
-    if (result != IDOK) {
-        side.reset();
-        return false;
+    if (!outcome.m_strReason.empty()) {
+        theContext.Say(NotDone(name, side != nullptr ? "saved" : "created", outcome.m_strReason));
     }
-    // A snapshot that cannot be saved stays usable without a file.
-    CString reason;
-    try {
-        if (!side->Save()) reason = side->GetError();
-    } catch (...) {
-        reason = DescribeCurrentException();
-    }
-    if (!reason.empty()) theContext.Say("snapshot \"" + name + "\" was not saved: " + reason);
-    return true;
+    return side != nullptr;
 }
 
 void CMainDlg::LoadSide(std::unique_ptr<CSnapshot>& side, const CString& name) {
-    side.reset();
-    side = std::make_unique<CSnapshot>();
-    side->SetName(name);
-    bool loaded = false;
-    try {
-        loaded = side->Load();
-    } catch (...) {
-        const CString path = theContext.GetHost().GetDisplayPath(side->GetLoadPath());
-        ShowError(path + ": " + DescribeCurrentException());
-    }
-    if (!loaded) side.reset();
+    const COutcome outcome = LoadSnapshot(side, name);
+    if (outcome.m_bDone) return;
+    theContext.Say(NotDone(name, "loaded", outcome.m_strReason));
+    if (outcome.m_bUnreadable) ShowError(outcome.m_strReason);
 }
 
 void CMainDlg::OnCompare() {
     CMasterReport report(*m_pCurrent, *m_pBaseline);
-    CHost& host = theContext.GetHost();
     std::uint32_t answer = IDNO;
-    if (host.FileExists(report.m_strReportPath)) {
+    if (theContext.GetHost().FileExists(report.m_strReportPath)) {
         answer = theContext.GetToolkit().ShowMessage(
             FormatString1("The Report \"%1\" already exists.\nIf you proceed, you will overwrite the existing "
                           "report.\n\nWould you prefer instead to view the existing report?",
@@ -210,9 +187,9 @@ void CMainDlg::OnCompare() {
     if (answer == IDCANCEL) return;
     if (answer == IDNO) {
         const CWaitCursor wait;
-        if (!MakeReport(report)) return;
+        if (!TellReport(MakeReport(report))) return;
     }
-    host.OpenDocument(report.m_strReportPath);
+    ShowDocument(report.m_strReportPath);
 }
 
 void CMainDlg::OnOptions() {
@@ -220,7 +197,7 @@ void CMainDlg::OnOptions() {
     if (options.DoModal() == IDOK) options.ApplyToContext();
 }
 
-void CMainDlg::OnUsing() { theContext.GetHost().OpenDocument(theContext.GetHelpPath()); }
+void CMainDlg::OnUsing() { ShowDocument(theContext.GetHelpPath()); }
 
 // The automatic steps.
 
@@ -255,11 +232,10 @@ void CMainDlg::OnAutoCurrent() {
 
 void CMainDlg::OnAutoCompare() {
     CMasterReport report(*m_pCurrent, *m_pBaseline);
-    CHost& host = theContext.GetHost();
-    const bool isKept = theContext.m_bUseExistingReport && host.FileExists(report.m_strReportPath);
-    const bool stands = isKept || MakeReport(report);
+    const bool isKept = theContext.m_bUseExistingReport && theContext.GetHost().FileExists(report.m_strReportPath);
+    const bool stands = isKept || TellReport(MakeReport(report));
     HideSplash();
-    if (stands && theContext.m_bDisplayReport) host.OpenDocument(report.m_strReportPath);
+    if (stands && theContext.m_bDisplayReport) ShowDocument(report.m_strReportPath);
 }
 
 // What the dialog shows.

@@ -25,8 +25,8 @@ public:
 protected:
     void OnInitDialog() override;
     void OnCommand(std::uint32_t id, EControlEvent event) override;
-    void OnMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
-    void OnMenuOpening(std::size_t popup) override;
+    void OnPosted(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
+    void OnMenu(std::size_t popup) override;
 
 private:
     // Of RunUnattended. Each gives true if the snapshot is in place or the report stands, and sets its bits of the exit

@@ -2,6 +2,7 @@
 
 #include "core/context.h"
 #include "resources/dialogs.h"
+#include "shell/steps.h"
 
 namespace delvane {
 namespace {
@@ -41,7 +42,7 @@ void CNewSnapshotDlg::OnCommand(std::uint32_t id, EControlEvent event) {
     if (event == EControlEvent::kSelected) GetWindow().PostMessage(kMsgChosen, 0, 0);
 }
 
-void CNewSnapshotDlg::OnMessage(std::uint32_t message, std::uint32_t, std::uint32_t) {
+void CNewSnapshotDlg::OnPosted(std::uint32_t message, std::uint32_t, std::uint32_t) {
     if (message == kMsgChosen) UpdateOkState();
 }
 
@@ -65,13 +66,10 @@ void CLoadSnapshotDlg::DoDataExchange(bool save) {
 }
 
 void CLoadSnapshotDlg::OnInitDialog() {
-    bool hasEntries = false;
-    for (const CString& name : theContext.GetHost().ListFiles(theContext.GetResultsDir())) {
-        if (mbsicmp(ExtensionOf(name), kEnding) != 0) continue;
-        GetWindow().AddEntry(IDC_SNAPSHOTS, name.substr(0, name.size() - kEnding.size()));
-        hasEntries = true;
-    }
-    GetWindow().Enable(IDC_SNAPSHOTS, hasEntries);
+    const std::vector<CString> names = ListSnapshots();
+    for (const CString& name : names)
+        GetWindow().AddEntry(IDC_SNAPSHOTS, name);
+    GetWindow().Enable(IDC_SNAPSHOTS, !names.empty());
     GetWindow().Enable(IDOK, false);
 }
 

@@ -24,29 +24,24 @@ constexpr CCounter kCounters[] = {
 
 CProgressDlg::CProgressDlg() : CDialog(IDD_PROGRESS) {}
 
-// The worker's last act is its last message, so there is nothing left to wait for.
-CProgressDlg::~CProgressDlg() {
-    if (m_worker.joinable()) m_worker.join();
-}
-
 void CProgressDlg::OnInitDialog() {
     for (const CCounter& counter : kCounters)
         GetWindow().SetText(counter.m_nField, "0");
     m_pProgress = std::make_unique<CCaptureProgress>();
     m_pProgress->m_pDialog = &GetWindow();
-    m_pSnapshot->m_pProgress = m_pProgress.get();
     // Capture lets nothing out.
-    m_worker = std::thread([snapshot = m_pSnapshot] { snapshot->Capture(nullptr); });
+    m_worker = std::jthread([snapshot = m_pSnapshot, progress = m_pProgress.get()] { snapshot->Capture(progress); });
 }
 
 void CProgressDlg::OnCancel() {
     if (m_pProgress != nullptr) m_pProgress->m_bKeepGoing = false;
 }
 
-void CProgressDlg::OnMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t) {
+void CProgressDlg::OnPosted(std::uint32_t message, std::uint32_t wParam, std::uint32_t) {
     if (message == kMsgCounted && m_pProgress != nullptr) {
         ShowCounters();
     } else if (message == kMsgEnded) {
+        m_worker.join();  // that message was its last act
         m_pProgress.reset();
         EndDialog(wParam == 0 ? IDOK : IDCANCEL);
     }

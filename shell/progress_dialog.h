@@ -10,12 +10,13 @@
 
 namespace delvane {
 
-// Ends with IDOK when the capture ran to its end, else with IDCANCEL. The record and the snapshot are the worker's
-// until its last message has been handled.
+// Ends with IDOK when the capture ran to its end, else with IDCANCEL. The snapshot is the worker's until its last
+// message has been handled; by then it has ended.
 class CProgressDlg : public CDialog {
 public:
     CProgressDlg();
-    ~CProgressDlg() override;
+    // However the dialog ended: the capture is cancelled, and waited for.
+    ~CProgressDlg() override { OnCancel(); }
 
     CSnapshot* m_pSnapshot = nullptr;               // to capture; set by the creator
     std::unique_ptr<CCaptureProgress> m_pProgress;  // while the capture runs
@@ -23,13 +24,13 @@ public:
 protected:
     void OnInitDialog() override;
     void OnOK() override {}  // only the worker's end ends the dialog
-    void OnCancel() override;
-    void OnMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
+    void OnCancel() final;
+    void OnPosted(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
 
 private:
     void ShowCounters();
 
-    std::thread m_worker;
+    std::jthread m_worker;  // the last member: it ends before what it works on
 };
 
 }  // namespace delvane

@@ -1,123 +1,76 @@
-// The steps of a run without a window.
-
+// A run without a window: its steps, and what it says of them.
 #include "core/app.h"
 #include "core/context.h"
-#include "report/master.h"
 #include "shell/main_dialog.h"
-#include "tree/archive.h"
+#include "shell/steps.h"
 
 namespace delvane {
 namespace {
 
-// Runs an action whose failure is told by false or by any exception. Gives what went wrong, in words, or nothing.
-template <class Action>
-CString ReasonOfFailure(Action action) {
-    try {
-        return action();
-    } catch (...) {
-        return DescribeCurrentException();
-    }
-}
-
-bool CreateSnapshot(CSnapshot& snapshot) {
-    const CInterruptGuard guard;
+bool CreateOnDemand(std::unique_ptr<CSnapshot>& side, const CString& name) {
     theContext.TellSkippedFolders();
-    const CString reason = ReasonOfFailure([&]() -> CString {
-        if (!snapshot.Capture(nullptr)) return snapshot.GetError();
-        if (!snapshot.Save()) return snapshot.GetError();
-        return {};
-    });
+    const COutcome outcome = CreateSnapshot(side, name, [](CSnapshot& snapshot) { return snapshot.Capture(nullptr); });
     theContext.TellNotices();
-    if (reason.empty()) {
-        if (!snapshot.GetGaps().IsEmpty()) {
-            const CString path = GapsPathOf(snapshot.GetSavePath());
-            theContext.Say("snapshot \"" + CString(snapshot.m_name) + "\": " + snapshot.GetGaps().GetSummary() + "; " +
+    if (outcome.m_bDone) {
+        if (!side->GetGaps().IsEmpty()) {
+            const CString path = GapsPathOf(side->GetSavePath());
+            theContext.Say("snapshot \"" + name + "\": " + side->GetGaps().GetSummary() + "; " +
                            path.substr(path.rfind('\\') + 1) + " lists them");
         }
         return true;
     }
-    // Without a machine the sentence tells everything, and it may have been said at the start.
+    side.reset();
+    // Without a machine the reason tells everything, and it may have been said at the start.
     const bool noMachine = !theContext.GetMachine().IsPresent();
-    theContext.Say(noMachine ? reason : "snapshot \"" + CString(snapshot.m_name) + "\" was not created: " + reason);
+    theContext.Say(noMachine ? outcome.m_strReason : NotDone(name, "created", outcome.m_strReason));
     theApp.m_nExitCode |= kExitCreateFailed;
     return false;
 }
 
-bool LoadSnapshot(CSnapshot& snapshot) {
-    // Loading replaces the name by the one that the file holds.
-    const CString name(snapshot.m_name);
-    const CString path = theContext.GetHost().GetDisplayPath(snapshot.GetLoadPath());
-    const CString reason = ReasonOfFailure([&]() -> CString {
-        try {
-            return snapshot.Load() ? CString() : snapshot.GetError();
-        } catch (const CArchiveError& error) {
-            const CString text = path + ": " + error.what();
-            theContext.GetErrorLog() << text << '\n' << std::flush;
-            return text;
-        } catch (const CFileError& error) {
-            theContext.GetErrorLog() << error.what() << '\n' << std::flush;
-            throw;
-        }
-    });
-    if (reason.empty()) return true;
-    theContext.Say("snapshot \"" + name + "\" was not loaded: " + reason);
+bool LoadOnDemand(std::unique_ptr<CSnapshot>& side, const CString& name) {
+    const COutcome outcome = LoadSnapshot(side, name);
+    if (outcome.m_bDone) return true;
+    if (outcome.m_bUnreadable) theContext.GetErrorLog() << outcome.m_strReason << '\n' << std::flush;
+    theContext.Say(NotDone(name, "loaded", outcome.m_strReason));
     theApp.m_nExitCode |= kExitLoadFailed;
     return false;
 }
 
-bool RunSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name, bool create) {
-    side.reset();
-    side = std::make_unique<CSnapshot>();
-    side->SetName(name);
-    if (create ? CreateSnapshot(*side) : LoadSnapshot(*side)) return true;
-    side.reset();
+bool RefuseReport(const CString& reason) {
+    theContext.Say("no report was made: " + reason);
+    theApp.m_nExitCode |= kExitNoReport;
     return false;
 }
 
 }  // namespace
 
 void CMainDlg::RunUnattended() {
+    const CInterruptGuard guard;
     if (!theContext.m_strBaselineName.empty() && !RunBaseline()) return;
     if (!theContext.m_strCurrentName.empty() && !RunCurrent()) return;
     if (theContext.m_bGenerateReport) RunReport();
 }
 
 bool CMainDlg::RunBaseline() {
-    return RunSnapshot(m_pBaseline, theContext.m_strBaselineName, theContext.m_bCreateBaseline);
+    const CString& name = theContext.m_strBaselineName;
+    return theContext.m_bCreateBaseline ? CreateOnDemand(m_pBaseline, name) : LoadOnDemand(m_pBaseline, name);
 }
 
 bool CMainDlg::RunCurrent() {
-    return RunSnapshot(m_pCurrent, theContext.m_strCurrentName, theContext.m_bCreateCurrent);
+    const CString& name = theContext.m_strCurrentName;
+    return theContext.m_bCreateCurrent ? CreateOnDemand(m_pCurrent, name) : LoadOnDemand(m_pCurrent, name);
 }
 
 bool CMainDlg::RunReport() {
     if (m_pBaseline == nullptr || m_pCurrent == nullptr) {
-        theContext.Say("no report was made: it needs a baseline (/b:NAME) and a current snapshot (/c:NAME)");
-        theApp.m_nExitCode |= kExitNoReport;
-        return false;
+        return RefuseReport("it needs a baseline (/b:NAME) and a current snapshot (/c:NAME)");
     }
     CMasterReport report(*m_pCurrent, *m_pBaseline);
-    CHost& host = theContext.GetHost();
-    if (!theContext.m_bUseExistingReport || !host.FileExists(report.m_strReportPath)) {
-        bool complete = false;
-        const CString reason = ReasonOfFailure([&]() -> CString {
-            complete = report.GenerateReport();
-            return {};
-        });
-        if (!reason.empty()) {
-            // The page was not finished, and whatever stood in its place still does.
-            theContext.Say("no report was made: " + reason);
-            theApp.m_nExitCode |= kExitNoReport;
-            return false;
-        }
-        if (!complete) {
-            host.DeleteFile(report.m_strReportPath);
-            theContext.Say("no report was made: the snapshots could not be compared");
-            theApp.m_nExitCode |= kExitNoReport;
-            return false;
-        }
+    if (!theContext.m_bUseExistingReport || !theContext.GetHost().FileExists(report.m_strReportPath)) {
+        const COutcome outcome = MakeReport(report);
+        if (!outcome.m_bDone) return RefuseReport(outcome.m_strReason);
     }
-    if (theContext.m_bDisplayReport) host.OpenDocument(report.m_strReportPath);
+    if (theContext.m_bDisplayReport) ShowDocument(report.m_strReportPath);
     return true;
 }
 

@@ -3,15 +3,17 @@
 #include "tree/node.h"
 
 namespace delvane {
-CArchiveError::CArchiveError(std::size_t offset, std::string_view reason)
-    : std::runtime_error("damaged at byte " + std::to_string(offset) + ": " + CString(reason)), m_nOffset(offset) {}
+CArchiveError::CArchiveError(std::size_t offset, std::string_view reason, std::string_view fault)
+    : std::runtime_error(CString(fault) + " at byte " + std::to_string(offset) + ": " + CString(reason)),
+      m_nOffset(offset) {}
 
 CArchive::CArchive(CFileWriter& file) : m_pFile(&file), m_buffer(new char[kBufferSize]) {}
 
 void CArchive::FailShort(std::size_t size) const {
-    throw CArchiveError(GetOffset(), "the file ends after " +
-                                         std::to_string(static_cast<std::size_t>(m_pEnd - m_pNext)) + " of " +
-                                         std::to_string(size) + " bytes");
+    throw CArchiveError(GetOffset(),
+                        "the file ends after " + std::to_string(static_cast<std::size_t>(m_pEnd - m_pNext)) + " of " +
+                            std::to_string(size) + " bytes",
+                        "cut off");
 }
 
 std::size_t CArchive::ReadLongLength() {

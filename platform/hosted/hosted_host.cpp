@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "platform/hosted/choice.h"
+#include "platform/hosted/files/host_file.h"
 #include "platform/hosted/files/own_file.h"
 #include "platform/hosted/hosted_machine.h"
 
@@ -97,12 +98,15 @@ bool CHostedHost::LockProgramFolder() {
     return !m_lock || flock(m_lock.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
-void CHostedHost::OpenDocument(std::string_view path) {
-    if (const std::optional<std::string> hostPath = m_paths.Find(path)) OpenHostDocument(*hostPath);
+bool CHostedHost::OpenDocument(std::string_view path) {
+    const std::optional<std::string> hostPath = m_paths.Find(path);
+    return hostPath && OpenHostDocument(*hostPath);
 }
 
 // Started with a standard stream closed, the program would give its number to a file, and a message would go there.
 void PrepareStandardStreams() {
+    for (const int signal : kIgnoredSignals)
+        std::signal(signal, SIG_IGN);
     int stream = open("/dev/null", O_RDWR);
     while (stream >= 0 && stream <= STDERR_FILENO)
         stream = open("/dev/null", O_RDWR);
@@ -110,7 +114,6 @@ void PrepareStandardStreams() {
 }
 
 CSystem MakeSystem() {
-    std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is a failed write, not the program's end
     auto machine = std::make_unique<CHostedMachine>(ChooseMachine());
     auto host = std::make_unique<CHostedHost>(machine->GetPaths(), ChooseProgramFolder());
     return {std::move(machine), std::move(host)};

@@ -34,7 +34,7 @@ public:
     CString GetDisplayPath(std::string_view path) const override { return m_paths.ToDisplay(path); }
     CString GetMachinePath(std::string_view path) const override;
     bool LockProgramFolder() override;
-    void OpenDocument(std::string_view path) override;
+    bool OpenDocument(std::string_view path) override;
 
 private:
     const CPathMap& m_paths;

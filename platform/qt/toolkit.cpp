@@ -55,6 +55,15 @@ protected:
     }
 };
 
+// Sorted without regard to case, as a list box of Windows has it.
+class CSortedItem : public QListWidgetItem {
+public:
+    using QListWidgetItem::QListWidgetItem;
+    bool operator<(const QListWidgetItem& other) const override {
+        return QString::compare(text(), other.text(), Qt::CaseInsensitive) < 0;
+    }
+};
+
 class CQtWindow : public QDialog, public CDialogWindow {
 public:
     CQtWindow(QWidget* parent, const CDialogTemplate& dialog, CDialogEvents& events, const QPixmap& drives)
@@ -110,7 +119,9 @@ public:
     }
     void Enable(std::uint32_t id, bool enabled) override { m_controls.at(id)->setEnabled(enabled); }
     void EnableMenuEntry(std::uint32_t id, bool enabled) override { m_actions.at(id)->setEnabled(enabled); }
-    void AddEntry(std::uint32_t id, std::string_view text) override { Get<QListWidget>(id).addItem(ToQt(text)); }
+    void AddEntry(std::uint32_t id, std::string_view text) override {
+        Get<QListWidget>(id).addItem(new CSortedItem(ToQt(text)));
+    }
     void AddItem(std::uint32_t id, std::string_view text, std::uint32_t image, bool selected) override {
         auto* const item = new QListWidgetItem(GetDriveIcon(image), ToQt(text), &Get<QListWidget>(id));
         item->setSelected(selected);

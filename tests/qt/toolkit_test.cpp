@@ -165,7 +165,7 @@ TEST(QtToolkit, ListsAndThreeStateBoxes) {
     EXPECT_EQ(std::count(options.m_log.begin(), options.m_log.end(), "1021/0"), 4);
 
     CRecorder load(IDD_LOAD_SNAPSHOT);
-    load.m_pWindow->AddEntry(IDC_SNAPSHOTS, "b");
+    load.m_pWindow->AddEntry(IDC_SNAPSHOTS, "B");
     load.m_pWindow->AddEntry(IDC_SNAPSHOTS, "a");
     load.Run([&](QWidget& widget) {
         EXPECT_EQ(load.m_pWindow->GetText(IDC_SNAPSHOTS), "") << "nothing is selected at the start";

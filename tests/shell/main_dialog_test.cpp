@@ -60,8 +60,38 @@ TEST_F(UnattendedRun, AnUnreadableSnapshotIsLoggedInOneLine) {
     m_pHost->m_files["C:\\Delvane\\Results\\a.dvs"] = "VLED";
     CMainDlg().RunUnattended();
     EXPECT_EQ(theApp.m_nExitCode, kExitLoadFailed);
-    EXPECT_EQ(ErrorLog(), "C:\\Delvane\\Results\\a.dvs: damaged at byte 4: the file ends after 0 of 4 bytes\n");
+    EXPECT_EQ(ErrorLog(), "C:\\Delvane\\Results\\a.dvs: cut off at byte 4: the file ends after 0 of 4 bytes\n");
     EXPECT_FALSE(m_pHost->FileExists("C:\\Delvane\\Results\\never.dvs"));
+}
+
+TEST_F(UnattendedRun, ANameThatIsNearlyThatOfASnapshotIsOffered) {
+    const struct {
+        const char* m_name;
+        const char* m_words;
+    } kCases[] = {
+        {"before", "; did you mean \"Before\"?"},  // on a system that tells them apart
+        {"Befor", "; did you mean \"Before\"?"},      {"Bef\u00E4re", "; did you mean \"Before\"?"},
+        {"Before.dvs", "; did you mean \"Before\"?"}, {"Bafora", ""},
+    };
+    for (const auto& test : kCases) {
+        Start("C: fixed", CString("/s /b:") + test.m_name);
+        m_pHost->m_files["C:\\Delvane\\Results\\Before.dvs"] = "x";
+        m_pHost->m_directories.emplace_back("C:\\Delvane\\Results");
+        testing::internal::CaptureStderr();
+        CMainDlg().RunUnattended();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+                  CString("delvane: snapshot \"") + test.m_name + "\" was not loaded: C:\\Delvane\\Results\\" +
+                      test.m_name + ".dvs: open: not there (2)" + test.m_words + "\n");
+    }
+}
+
+TEST_F(UnattendedRun, WhereNoProgramOpensTheReportItsPlaceIsSaid) {
+    Start("C: fixed", "/s /bc:a /cc:b /gd");
+    m_pHost->m_bHasOpener = false;
+    testing::internal::CaptureStderr();
+    CMainDlg().RunUnattended();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "delvane: C:\\Delvane\\Results\\b - a.htm: open: no program was found that opens it\n");
 }
 
 }  // namespace

@@ -100,7 +100,10 @@ public:
     CString GetDisplayPath(std::string_view path) const override { return CString(path); }
     CString GetMachinePath(std::string_view path) const override { return CString(path); }
     bool LockProgramFolder() override { return !m_bLocked; }
-    void OpenDocument(std::string_view path) override { m_opened.emplace_back(path); }
+    bool OpenDocument(std::string_view path) override {
+        if (m_bHasOpener) m_opened.emplace_back(path);
+        return m_bHasOpener;
+    }
 
     CString m_strProgram = "C:\\Delvane\\delvane.exe";
     CString m_strDocuments = "C:\\Delvane documents";
@@ -110,6 +113,7 @@ public:
     bool m_bReadOnly = false;
     bool m_bLocked = false;  // another process has the program's folder
     std::size_t m_nFreeBytes = SIZE_MAX;
+    bool m_bHasOpener = true;
     std::vector<CString> m_opened;  // documents
 
 private:

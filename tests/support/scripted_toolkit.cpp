@@ -80,7 +80,8 @@ void CScriptedWindow::EnableMenuEntry(std::uint32_t id, bool enabled) {
 // Lists are sorted.
 void CScriptedWindow::AddEntry(std::uint32_t id, std::string_view text) {
     auto& entries = m_entries.at(id);
-    entries.insert(std::upper_bound(entries.begin(), entries.end(), text), CString(text));
+    const auto isBefore = [](std::string_view a, std::string_view b) { return mbsicmp(a, b) < 0; };
+    entries.insert(std::upper_bound(entries.begin(), entries.end(), text, isBefore), CString(text));
 }
 
 void CScriptedWindow::AddItem(std::uint32_t, std::string_view text, std::uint32_t image, bool selected) {

@@ -287,7 +287,7 @@ TEST(Toolkit, ListsAndThreeStateBoxes) {
 
     CRecorder load(IDD_LOAD_SNAPSHOT);
     load.m_onInit = [&] {
-        load.m_pWindow->AddEntry(IDC_SNAPSHOTS, "b");
+        load.m_pWindow->AddEntry(IDC_SNAPSHOTS, "B");
         load.m_pWindow->AddEntry(IDC_SNAPSHOTS, "a");
     };
     load.Run({[&](HWND handle) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -15,6 +16,9 @@ namespace delvane {
 
 // The Win32 error number for an errno.
 std::uint32_t Win32Error(int error);
+
+// A pipe that nobody reads and a limit of the file size are failed writes, not the program's end.
+inline constexpr std::array kIgnoredSignals = {SIGPIPE, SIGXFSZ};
 
 // A file descriptor and its close.
 class CDescriptor {

@@ -138,15 +138,33 @@ CFileBytes ReadOwnFile(const std::optional<std::string>& hostPath, std::string_v
     return bytes;
 }
 
-void OpenHostDocument(const std::string& hostPath) {
+bool OpenHostDocument(const std::string& hostPath) {
     // The opener may live as long as the browser does: a shell starts it in the background and ends, so that nobody
     // has to wait for it. Its output does not belong on ours.
     const char* const arguments[] = {
-        "sh", "-c", "xdg-open \"$1\" >/dev/null 2>&1 </dev/null &", "sh", hostPath.c_str(), nullptr};
+        "sh",
+        "-c",
+        "command -v xdg-open >/dev/null && { xdg-open \"$1\" >/dev/null 2>&1 </dev/null & }",
+        "sh",
+        hostPath.c_str(),
+        nullptr};
+    // What this process ignores, a child would ignore too.
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : kIgnoredSignals)
+        sigaddset(&signals, signal);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     pid_t child = 0;
-    if (posix_spawnp(&child, "sh", nullptr, nullptr, const_cast<char* const*>(arguments), environ) == 0) {
-        waitpid(child, nullptr, 0);
+    int status = -1;
+    if (posix_spawnp(&child, "sh", nullptr, &attributes, const_cast<char* const*>(arguments), environ) == 0) {
+        while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+        }
     }
+    posix_spawnattr_destroy(&attributes);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 }  // namespace delvane

@@ -25,7 +25,7 @@ std::unique_ptr<std::ostream> CreateHostTextFile(const std::string& hostPath);
 CFileBytes ReadOwnFile(const std::optional<std::string>& hostPath, std::string_view shownPath, std::uint64_t limit,
                        bool headOnly);
 
-// Starts the desktop's own opener for the document.
-void OpenHostDocument(const std::string& hostPath);
+// Starts the desktop's own opener for the document. False where there is none.
+bool OpenHostDocument(const std::string& hostPath);
 
 }  // namespace delvane

@@ -93,10 +93,12 @@ bool CWin32Host::LockProgramFolder() {
     return true;
 }
 
-void CWin32Host::OpenDocument(std::string_view path) {
+bool CWin32Host::OpenDocument(std::string_view path) {
     const HRESULT initialized = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE);
-    ShellExecuteA(nullptr, nullptr, CString(path).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+    const HINSTANCE result = ShellExecuteA(nullptr, nullptr, CString(path).c_str(), nullptr, nullptr, SW_SHOWNORMAL);
     if (SUCCEEDED(initialized)) CoUninitialize();
+    constexpr INT_PTR kLargestError = 32;
+    return reinterpret_cast<INT_PTR>(result) > kLargestError;
 }
 
 CString CWin32Host::GetDocumentFolder() { return ExecutableFolder(); }

@@ -31,7 +31,7 @@ public:
     CString GetDisplayPath(std::string_view path) const override { return CString(path); }
     CString GetMachinePath(std::string_view path) const override { return CString(path); }
     bool LockProgramFolder() override;
-    void OpenDocument(std::string_view path) override;
+    bool OpenDocument(std::string_view path) override;
 
 private:
     class CLock;

@@ -1,0 +1,125 @@
+#include "shell/steps.h"
+
+#include <algorithm>
+
+#include "core/context.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::string_view kEnding = ".dvs";
+
+std::size_t CountLetters(std::string_view text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+// Whether one letter more, less or other makes the one of the other.
+bool DifferByOneLetter(std::string_view a, std::string_view b) {
+    const auto head = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+    a.remove_prefix(static_cast<std::size_t>(head.first - a.begin()));
+    b.remove_prefix(static_cast<std::size_t>(head.second - b.begin()));
+    const auto tail = std::mismatch(a.rbegin(), a.rend(), b.rbegin(), b.rend());
+    a.remove_suffix(static_cast<std::size_t>(tail.first - a.rbegin()));
+    b.remove_suffix(static_cast<std::size_t>(tail.second - b.rbegin()));
+    return CountLetters(a) <= 1 && CountLetters(b) <= 1;
+}
+
+// The snapshot that was probably meant, as a question behind a sentence; empty where there is none like it.
+CString SuggestionFor(std::string_view name) {
+    const CString wanted = FoldCase(name);
+    for (const CString& other : ListSnapshots()) {
+        if (other == name) continue;
+        const CString folded = FoldCase(other);
+        if (wanted == folded + CString(kEnding) || DifferByOneLetter(wanted, folded)) {
+            return "; did you mean \"" + other + "\"?";
+        }
+    }
+    return {};
+}
+
+std::unique_ptr<CSnapshot> NewSnapshot(const CString& name) {
+    auto snapshot = std::make_unique<CSnapshot>();
+    snapshot->SetName(name);
+    return snapshot;
+}
+
+}  // namespace
+
+COutcome CreateSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name,
+                        const std::function<bool(CSnapshot&)>& capture) {
+    side.reset();  // two trees at a time would be one too many
+    COutcome outcome;
+    bool isCaptured = false;
+    try {
+        side = NewSnapshot(name);
+        isCaptured = capture(*side);
+        outcome.m_bDone = isCaptured && side->Save();
+        if (!outcome.m_bDone) outcome.m_strReason = side->GetError();
+    } catch (...) {
+        outcome.m_strReason = DescribeCurrentException();
+    }
+    if (!isCaptured) side.reset();
+    return outcome;
+}
+
+COutcome LoadSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name) {
+    side.reset();
+    COutcome outcome;
+    CString path;  // of the file that was asked for: what is loaded has a name and a directory of its own
+    try {
+        side = NewSnapshot(name);
+        path = theContext.GetHost().GetDisplayPath(side->GetLoadPath());
+        const bool isThere = theContext.GetHost().FileExists(side->GetLoadPath());
+        outcome.m_bDone = side->Load();
+        if (!outcome.m_bDone) outcome.m_strReason = side->GetError() + (isThere ? CString() : SuggestionFor(name));
+    } catch (const CFileError& error) {
+        outcome.m_bUnreadable = true;
+        outcome.m_strReason = error.what();
+    } catch (...) {
+        outcome.m_bUnreadable = true;
+        outcome.m_strReason = path + ": " + DescribeCurrentException();
+    }
+    if (!outcome.m_bDone) side.reset();
+    return outcome;
+}
+
+COutcome MakeReport(CMasterReport& report) {
+    COutcome outcome;
+    try {
+        outcome.m_bDone = report.GenerateReport();
+        if (!outcome.m_bDone) {
+            outcome.m_strReason = "the snapshots could not be compared";
+            theContext.GetHost().DeleteFile(report.m_strReportPath);
+        }
+    } catch (...) {
+        outcome.m_strReason = DescribeCurrentException();
+    }
+    return outcome;
+}
+
+CString NotDone(const CString& name, std::string_view what, const CString& reason) {
+    return "snapshot \"" + name + "\" was not " + CString(what) + ": " + reason;
+}
+
+void ShowDocument(const CString& path) {
+    CHost& host = theContext.GetHost();
+    if (host.OpenDocument(path)) return;
+    theContext.Say(host.GetDisplayPath(path) + (host.FileExists(path)
+                                                       ? ": open: no program was found that opens it"
+                                                       : ": open: there is no such file"));
+}
+
+std::vector<CString> ListSnapshots() {
+    std::vector<CString> names;
+    for (const CString& name : theContext.GetHost().ListFiles(theContext.GetResultsDir())) {
+        if (mbsicmp(ExtensionOf(name), kEnding) == 0) names.push_back(name.substr(0, name.size() - kEnding.size()));
+    }
+    std::sort(names.begin(), names.end(), [](const CString& a, const CString& b) {
+        const int order = mbsicmp(a, b);
+        return order != 0 ? order < 0 : a < b;
+    });
+    return names;
+}
+
+}  // namespace delvane
