@@ -1,5 +1,6 @@
 #include "platform/file_stream.h"
 
+#include <locale>
 #include <streambuf>
 #include <vector>
 
@@ -41,6 +42,7 @@ private:
 CFileStream::CFileStream(std::unique_ptr<CFileWriter> file)
     : std::ostream(nullptr), m_pBuffer(std::make_unique<CBuffer>(std::move(file))) {
     rdbuf(m_pBuffer.get());
+    imbue(std::locale::classic());
     exceptions(std::ios_base::badbit);  // hands the writer's own exception on
 }
 

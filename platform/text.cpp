@@ -1,5 +1,9 @@
 #include "platform/text.h"
 
+#include <array>
+#include <cassert>
+#include <charconv>
+
 namespace delvane {
 
 bool IsPrefixNoCase(std::string_view prefix, std::string_view text) {
@@ -33,6 +37,68 @@ CString GroupedDecimalText(std::int64_t number) {
         digits.insert(at, 1, ',');
     }
     return digits;
+}
+
+CString ThreeDigitText(double number) {
+    std::array<char, 32> text{};
+    const auto result = std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::general, 3);
+    return {text.data(), result.ptr};
+}
+
+CString CalendarText(const std::tm& time, std::string_view format) {
+    static constexpr std::string_view kDays = "SunMonTueWedThuFriSat";
+    static constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
+    const auto word = [](std::string_view words, int index) {
+        return words.substr(static_cast<std::size_t>(index) * 3, 3);
+    };
+    const auto twoDigits = [](int number) {
+        return CString{static_cast<char>('0' + number / 10 % 10), static_cast<char>('0' + number % 10)};
+    };
+    CString text;
+    for (std::size_t i = 0; i < format.size(); ++i) {
+        if (format[i] != '%') {
+            text += format[i];
+            continue;
+        }
+        switch (format[++i]) {
+            case 'a':
+                text += word(kDays, time.tm_wday);
+                break;
+            case 'b':
+                text += word(kMonths, time.tm_mon);
+                break;
+            case 'd':
+                text += twoDigits(time.tm_mday);
+                break;
+            case 'm':
+                text += twoDigits(time.tm_mon + 1);
+                break;
+            case 'y':
+                text += twoDigits((time.tm_year + 1900) % 100);
+                break;
+            case 'Y':
+                text += std::to_string(time.tm_year + 1900);
+                break;
+            case 'H':
+                text += twoDigits(time.tm_hour);
+                break;
+            case 'I':
+                text += twoDigits(time.tm_hour % 12 == 0 ? 12 : time.tm_hour % 12);
+                break;
+            case 'M':
+                text += twoDigits(time.tm_min);
+                break;
+            case 'S':
+                text += twoDigits(time.tm_sec);
+                break;
+            case 'p':
+                text += time.tm_hour < 12 ? "AM" : "PM";
+                break;
+            default:
+                assert(!"a conversion that is not known");
+        }
+    }
+    return text;
 }
 
 std::string_view ExtensionOf(std::string_view fileName) {

@@ -9,6 +9,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <ctime>
 #include <string>
 #include <string_view>
 
@@ -54,9 +55,14 @@ CString MakeLower(std::string_view text);
 CString FormatString1(std::string_view text, std::string_view first);
 CString FormatString2(std::string_view text, std::string_view first, std::string_view second);
 
+// None of these depends on a locale, which a window system may set.
+//
 // A number in decimal, and one with a comma between each group of three digits.
 CString DecimalText(std::int64_t number);
 CString GroupedDecimalText(std::int64_t number);
+
+// A number as the format %.3g gives it.
+CString ThreeDigitText(double number);
 
 // _splitpath: the extension of a file name, its period included, at most 255 bytes; empty if there is none.
 std::string_view ExtensionOf(std::string_view fileName);
@@ -65,8 +71,12 @@ std::string_view ExtensionOf(std::string_view fileName);
 constexpr std::uint64_t kTicksPerSecond = 10'000'000;
 constexpr std::uint64_t kUnixEpochTicks = 116'444'736'000'000'000;
 
-// A time in local calendar form by a strftime format, in the C locale's words. The zone is the process's (TZ is
-// honoured). Empty for ticks of 2^63 and above, which calendar conversion does not take.
-CString LocalTimeText(std::uint64_t ticks, const char* format);
+// A time of the calendar by a format of strftime, in English words whatever the locale: of its conversions %a %b %d %m
+// %y %Y %H %I %M %S %p.
+CString CalendarText(const std::tm& time, std::string_view format);
+
+// A time in local calendar form by such a format. The zone is the process's (TZ is honoured). Empty for ticks of 2^63
+// and above, which calendar conversion does not take.
+CString LocalTimeText(std::uint64_t ticks, std::string_view format);
 
 }  // namespace delvane

@@ -1,7 +1,6 @@
 // What the file section writes.
 #include <array>
 #include <cmath>
-#include <cstdio>
 
 #include "capture/executable.h"
 #include "report/file.h"
@@ -23,9 +22,7 @@ CString SizeText(const CDelvFileObj& file) {
     const CString exact = " (" + GroupedDecimalText(size) + " bytes)";
     for (const CUnit& unit : kUnits) {
         if (size <= std::int64_t{1} << unit.m_power) continue;
-        std::array<char, 32> text{};
-        std::snprintf(text.data(), text.size(), "%.3g", std::ldexp(static_cast<double>(size), -unit.m_power));
-        return CString(text.data()) + unit.m_name + exact;
+        return ThreeDigitText(std::ldexp(static_cast<double>(size), -unit.m_power)) + unit.m_name + exact;
     }
     return DecimalText(size) + " bytes" + exact;
 }

@@ -1,11 +1,10 @@
-#include <array>
 #include <ctime>
 
 #include "platform/text.h"
 
 namespace delvane {
 
-CString LocalTimeText(std::uint64_t ticks, const char* format) {
+CString LocalTimeText(std::uint64_t ticks, std::string_view format) {
     if (ticks >> 63 != 0) return {};
     // localtime would look at the zone file again at each call; once in a process is enough.
     static const bool zoneIsRead = (tzset(), true);
@@ -15,8 +14,7 @@ CString LocalTimeText(std::uint64_t ticks, const char* format) {
     const std::time_t time = static_cast<std::time_t>(seconds);
     std::tm calendar{};
     if (localtime_r(&time, &calendar) == nullptr) return {};
-    std::array<char, 128> text{};
-    return CString(text.data(), std::strftime(text.data(), text.size(), format, &calendar));
+    return CalendarText(calendar, format);
 }
 
 }  // namespace delvane

@@ -1,4 +1,3 @@
-#include <array>
 #include <cstdlib>
 #include <ctime>
 #include <string_view>
@@ -47,7 +46,7 @@ bool ZoneOfVariable(std::uint64_t& ticks) {
 
 }  // namespace
 
-CString LocalTimeText(std::uint64_t ticks, const char* format) {
+CString LocalTimeText(std::uint64_t ticks, std::string_view format) {
     if (ticks >> 63 != 0) return {};
     SYSTEMTIME local{};
     if (ZoneOfVariable(ticks)) {
@@ -64,8 +63,7 @@ CString LocalTimeText(std::uint64_t ticks, const char* format) {
     calendar.tm_hour = local.wHour;
     calendar.tm_min = local.wMinute;
     calendar.tm_sec = local.wSecond;
-    std::array<char, 128> text{};
-    return CString(text.data(), std::strftime(text.data(), text.size(), format, &calendar));
+    return CalendarText(calendar, format);
 }
 
 }  // namespace delvane

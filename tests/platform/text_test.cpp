@@ -61,7 +61,9 @@ TEST(Text, TheExtensionBeginsWithTheLastPeriod) {
 TEST(Text, TimesPrintInTheLocalZone) {
     const std::uint64_t ticks = 126'227'808'000'000'000;  // 1 January 2001, 00:00 UTC
     EXPECT_EQ(LocalTimeText(ticks, "%m/%d/%y %I:%M %p"), "01/01/01 12:00 AM");
-    EXPECT_EQ(LocalTimeText(0, "%Y-%m-%d"), "1601-01-01");
+    EXPECT_EQ(LocalTimeText(ticks - kTicksPerSecond, "%a %b %d %H:%M:%S %Y"), "Sun Dec 31 23:59:59 2000");
+    EXPECT_EQ(LocalTimeText(ticks + 45'000 * kTicksPerSecond, "%y %I:%M %p"), "01 12:30 PM");
+    EXPECT_EQ(LocalTimeText(0, "%Y-%m-%d %y"), "1601-01-01 01");
     EXPECT_EQ(LocalTimeText(std::uint64_t{1} << 63, "%Y"), "");
 }
 

@@ -91,7 +91,7 @@ void RaiseDescriptorLimit() {
 // that ends the capture.
 void ThrowIfExhausted(std::string_view path, int error) {
     if (error != EMFILE && error != ENFILE && error != ENOMEM) return;
-    throw CFileError(path, "open directory", Win32Error(error), std::strerror(error));
+    throw CFileError(path, "open directory", Win32Error(error), ErrorText(error));
 }
 
 // Whether the failure says that nothing is there: a link that leads nowhere or round in a circle, or an entry that has

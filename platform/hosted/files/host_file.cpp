@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -10,6 +11,11 @@
 #include "platform/machine.h"
 
 namespace delvane {
+
+const char* ErrorText(int error) {
+    const char* const text = strerrordesc_np(error);
+    return text != nullptr ? text : "unknown error";
+}
 
 std::uint32_t Win32Error(int error) {
     switch (error) {

@@ -14,8 +14,9 @@
 
 namespace delvane {
 
-// The Win32 error number for an errno.
+// The Win32 error number for an errno, and what it says, in English whatever the locale.
 std::uint32_t Win32Error(int error);
+const char* ErrorText(int error);
 
 // A pipe that nobody reads and a limit of the file size are failed writes, not the program's end.
 inline constexpr std::array kIgnoredSignals = {SIGPIPE, SIGXFSZ};

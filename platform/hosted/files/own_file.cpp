@@ -19,7 +19,7 @@ namespace delvane {
 namespace {
 
 CFileError ErrorOf(std::string_view shownPath, std::string_view action, int error) {
-    return {shownPath, action, Win32Error(error), std::strerror(error)};
+    return {shownPath, action, Win32Error(error), ErrorText(error)};
 }
 
 std::string DirectoryOf(const std::string& path) {
@@ -28,7 +28,7 @@ std::string DirectoryOf(const std::string& path) {
 }
 
 [[noreturn]] void ThrowOpenError(std::string_view shownPath, std::string_view action, int error) {
-    throw CFileOpenError(shownPath, action, Win32Error(error), std::strerror(error));
+    throw CFileOpenError(shownPath, action, Win32Error(error), ErrorText(error));
 }
 
 // Whether a new file may take this place, with errno if not: nothing is there, or a regular file that may be written.

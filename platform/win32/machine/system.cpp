@@ -9,8 +9,14 @@ namespace delvane {
 
 CString ErrorText(std::uint32_t code) {
     std::array<wchar_t, 512> text{};
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0,
-                                        text.data(), static_cast<DWORD>(text.size()), nullptr);
+    // In English, as all that the program says, or else in the user's language.
+    constexpr DWORD kEnglish = 0x0409;
+    DWORD length = 0;
+    for (const DWORD language : {kEnglish, DWORD{0}}) {
+        if (length != 0) break;
+        length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, language,
+                                text.data(), static_cast<DWORD>(text.size()), nullptr);
+    }
     std::wstring_view words(text.data(), length);
     while (!words.empty() && (words.back() <= L' ' || words.back() == L'.'))
         words.remove_suffix(1);
