@@ -343,6 +343,8 @@ private:
     QPixmap m_picture;
 };
 
+bool g_isUp = false;  // there is a toolkit, and a window may be open
+
 class CQtToolkit : public CToolkit {
 public:
     CQtToolkit() : m_application(m_nArguments, m_arguments) {
@@ -353,7 +355,9 @@ public:
             icon.addFile(QString(":/icon-%1.png").arg(size));
         QApplication::setWindowIcon(icon);
         QApplication::setQuitOnLastWindowClosed(false);
+        g_isUp = true;
     }
+    ~CQtToolkit() override { g_isUp = false; }
 
     std::unique_ptr<CDialogWindow> CreateDialog(const CDialogTemplate& dialog, CDialogEvents& events) override {
         return std::make_unique<CQtWindow>(QApplication::activeWindow(), dialog, events, m_drives);
@@ -424,16 +428,29 @@ private:
     int m_nWaiting = 0;
 };
 
-// Qt gives up where it cannot reach the display: one sentence instead of its own, and an end that a script can tell
-// from a crash.
-void OnFatal(QtMsgType type, const QMessageLogContext&, const QString&) {
-    if (type != QtFatalMsg) return;
-    std::fputs(
-        "delvane: no window can be shown: the display does not answer, or Qt cannot use it; add /s for an "
-        "unattended run (--help lists the switches)\n",
-        stderr);
+// Qt gives up where it cannot reach the display, and calls exit from within its loop where the display goes away: one
+// sentence instead of its own, and an end that a script can tell from a crash. Nothing may be destroyed on that way,
+// since the window that is open stands on the stack.
+[[noreturn]] void EndWith(const char* sentence, int code) {
+    std::fputs(sentence, stderr);
+    std::_Exit(code);
+}
+
+void OnExit() {
+    constexpr int kExitNotStarted = 64;  // or could not go on
+    if (g_isUp)
+        EndWith("delvane: the display has gone away, and the windows with it; what was saved stays\n", kExitNotStarted);
+}
+
+void OnQtMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (g_isUp && (type == QtFatalMsg || text.contains(QLatin1String("connection broke")))) OnExit();
     constexpr int kExitNoWindow = 32;
-    std::_Exit(kExitNoWindow);
+    if (type == QtFatalMsg) {
+        EndWith(
+            "delvane: no window can be shown: the display does not answer, or Qt cannot use it; add /s for an "
+            "unattended run (--help lists the switches)\n",
+            kExitNoWindow);
+    }
 }
 
 }  // namespace
@@ -441,6 +458,7 @@ void OnFatal(QtMsgType type, const QMessageLogContext&, const QString&) {
 }  // namespace delvane
 
 extern "C" __attribute__((visibility("default"))) delvane::CToolkit* DelvaneMakeToolkit() {
-    qInstallMessageHandler(delvane::OnFatal);
+    qInstallMessageHandler(delvane::OnQtMessage);
+    std::atexit(delvane::OnExit);
     return new delvane::CQtToolkit;
 }
