@@ -67,15 +67,25 @@ CString CInstallApp::GetNextToken() {
 void CRunContext::ParseCommandLine() {
     for (CString token = theApp.GetNextToken(); !token.empty(); token = theApp.GetNextToken())
         ParseSwitch(token);
+    if (!m_bSilent) return;
+    for (const CString& sentence : m_lstPassedOver)
+        Say(sentence);
 }
 
-void CRunContext::BadSwitch(const CString& token) {
+void CRunContext::BadSwitch(const CString& token, std::string_view reason) {
     GetErrorLog() << FormatString1("Bad Cmdline Switch: %1\n", token) << std::flush;
+    PassOver(token, reason);
+}
+
+// Whether the run is an unattended one, which says so, is known at the end of the line.
+void CRunContext::PassOver(const CString& token, std::string_view reason) {
+    m_lstPassedOver.push_back(FormatString2("switch passed over: %1: %2", token, reason));
 }
 
 // The tests run in this order and the first that fits decides.
 void CRunContext::ParseSwitch(const CString& token) {
-    if (token.size() > kLongestToken || (token.front() != '-' && token.front() != '/')) return BadSwitch(token);
+    if (token.size() > kLongestToken) return BadSwitch(token, "it has more than 259 bytes");
+    if (token.front() != '-' && token.front() != '/') return BadSwitch(token, "a switch begins with / or -");
     if (token.size() == 7 && HasWord(token, 1, "nologo")) {
         m_bNoLogo = true;
     } else if (HasWord(token, 1, "s")) {
@@ -85,7 +95,10 @@ void CRunContext::ParseSwitch(const CString& token) {
     } else if (HasWord(token, 1, "c")) {
         ParseName(token, m_strCurrentName, m_bCreateCurrent);
     } else if (HasWord(token, 1, "res:")) {
-        m_strResultsDir = token.find('\\') == CString::npos ? CString() : token.substr(5);
+        m_strResultsDir = MakeResultsPath(token.substr(5));
+        if (m_strResultsDir.find('\\') != CString::npos) return;
+        m_strResultsDir.clear();
+        PassOver(token, "a directory is known by a separator behind it");
     } else if (HasWord(token, 1, "g")) {
         ParseReportFlags(token);
     } else if (HasWord(token, 1, "ext")) {
@@ -107,21 +120,22 @@ void CRunContext::ParseSwitch(const CString& token) {
     }
 }
 
-// /b:name, /bl:name, /bc:name. Forms without the colon are dropped without a word.
+// /b:name, /bl:name, /bc:name. Forms without the colon are dropped, and the log knows nothing of them.
 void CRunContext::ParseName(const CString& token, CString& name, bool& create) {
-    if (token.size() < 3) return BadSwitch(token);
+    static constexpr std::string_view kForm = "a name stands behind a colon, as in /bc:NAME or /b:NAME";
+    if (token.size() < 3) return BadSwitch(token, kForm);
     std::size_t value = 0;
     if (token[2] == ':') {
         value = 3;
     } else if (token.size() > 3 && token[3] == ':' && (Lower(token[2]) == 'l' || Lower(token[2]) == 'c')) {
         value = 4;
     } else {
-        return;
+        return PassOver(token, kForm);
     }
     const bool creates = Lower(token[2]) == 'c';
     if (value < token.size() && token[value] == '"') ++value;
     name = token.substr(value);
-    if (name.empty()) return BadSwitch(token);
+    if (name.empty()) return BadSwitch(token, "no name stands behind the colon");
     if (name.back() == '"') name.pop_back();
     if (creates) create = true;
 }

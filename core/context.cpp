@@ -76,8 +76,8 @@ void CRunContext::TellSkippedFolders() {
         for (const int kind : {CSIDL_PROGRAM_FILES, CSIDL_WINDOWS, CSIDL_APPDATA, CSIDL_COMMON_APPDATA}) {
             const CString& folder = *GetFolder(kind);
             if (mbsicmp(top, folder) != 0 && !IsPrefixNoCase(top + "\\", folder)) continue;
-            return Say("nothing below " + top + " is captured, as the program's own files lie there (" + own +
-                       "); put them into a folder of their own at the top of a drive");
+            return Notice("nothing below " + top + " is captured, as the program's own files lie there (" + own +
+                          "); put them into a folder of their own at the top of a drive");
         }
     };
     const std::vector<CString> own = GetOwnFolders();
@@ -200,14 +200,21 @@ CString CRunContext::GetHelpPath() const {
 
 void CRunContext::TellNotices() {
     for (const CNotice& notice : GetMachine().TakeNotices())
-        Say(notice.m_strSentence);
+        Notice(notice.m_strSentence);
 }
 
-void CRunContext::Say(CString sentence) {
+void CRunContext::Notice(const CString& sentence) {
+    if (Say(sentence)) m_lstNotices.push_back(sentence);
+}
+
+bool CRunContext::Say(CString sentence) {
     // One line, and nothing that a terminal would obey, whatever a name in it holds.
     const auto isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
     std::replace_if(sentence.begin(), sentence.end(), isControl, ' ');
-    if (!sentence.empty() && m_said.insert(sentence).second) std::cerr << "delvane: " << sentence << '\n' << std::flush;
+    if (sentence.empty() || !m_said.insert(sentence).second) return false;
+    std::cerr.clear();  // what could not be written before may be written now
+    std::cerr << "delvane: " << sentence << '\n' << std::flush;
+    return true;
 }
 
 }  // namespace delvane

@@ -7,6 +7,7 @@
 #include <ostream>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/folder_kinds.h"
@@ -65,10 +66,12 @@ public:
     bool WriteConfig() const;
     // The error log, created (or emptied) at the first call. A log that cannot be created takes entries and loses them.
     std::ostream& GetErrorLog();
-    // Writes a plain sentence to standard error, once: the same sentence a second time is not said again.
-    void Say(CString sentence);
+    // Writes a plain sentence to standard error, once: the same sentence a second time is not said again, and false.
+    bool Say(CString sentence);
     // Says what the machine has found wrong with itself since the last call.
     void TellNotices();
+    // What TellNotices and TellSkippedFolders have said since the last call, for a message box.
+    CStringList TakeNotices() { return std::exchange(m_lstNotices, {}); }
 
     bool m_bWin98 = false;
     bool m_bWinNT4 = false;
@@ -121,6 +124,7 @@ public:
     std::unique_ptr<std::ostream> m_pErrorLog;
 
 private:
+    void Notice(const CString& sentence);
     void ReadSystemVersion();
     void FillSkipLists();
     CString* GetFolderCache(int kind);
@@ -134,11 +138,14 @@ private:
     void ParseReportFlags(const CString& token);
     void ParseDrive(const CString& token);
     void ParseOption(const CString& token, std::size_t wordLength, bool& option);
-    void BadSwitch(const CString& token);
+    void BadSwitch(const CString& token, std::string_view reason = "there is no such switch");
+    void PassOver(const CString& token, std::string_view reason);
 
     CSystem m_system;
     std::unique_ptr<CToolkit> m_pToolkit;
     std::set<CString> m_said;
+    CStringList m_lstPassedOver;  // what an unattended run says of switches that do nothing
+    CStringList m_lstNotices;     // for the next message box
 };
 
 extern CRunContext theContext;

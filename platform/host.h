@@ -75,10 +75,13 @@ public:
 void ThrowIfInterrupted();
 
 // While one lives, a request to end the process (SIGINT, SIGTERM, SIGHUP) makes searches and file writers throw
-// CInterrupted instead of ending the process at once. One at a time.
+// CInterrupted instead of ending the process at once. They nest, and the outermost decides what becomes of a request:
+// one whose owner answers CInterrupted leaves it at that; one that only lets something be cleaned up, as every file
+// writer holds, ends the process when it dies.
 class CInterruptGuard {
 public:
-    CInterruptGuard();
+    enum class EOwner { kAnswers, kCleansUp };
+    explicit CInterruptGuard(EOwner owner);
     ~CInterruptGuard();
     CInterruptGuard(const CInterruptGuard&) = delete;
     CInterruptGuard& operator=(const CInterruptGuard&) = delete;
@@ -97,10 +100,17 @@ struct CSystem {
 CSystem MakeSystem();
 
 // The text of the command line behind the program's name. Where the system hands over separate arguments, they stand
-// with blanks between them, a blank or tab inside an argument is held by one of the two bytes below, and an ordinary
-// host path behind /res: takes the host form.
+// with blanks between them, and a blank or tab inside an argument is held by one of the two bytes below.
 constexpr char kHeldBlank = '\x1F';
 constexpr char kHeldTab = '\x1E';
 CString MakeCommandLine(int argumentCount, const char* const* arguments);
+
+// What was typed as a directory, as a path of the program: off Windows an ordinary path of the host takes the host
+// form, a relative one from the working directory. A drive path, a path already in that form and a bare word stay as
+// they are.
+CString MakeResultsPath(CString typed);
+
+// Whether what the program says goes to a terminal, where a line can be written over.
+bool HasTerminal();
 
 }  // namespace delvane

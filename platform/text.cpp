@@ -101,6 +101,15 @@ CString CalendarText(const std::tm& time, std::string_view format) {
     return text;
 }
 
+CString SingleSeparators(std::string_view path) {
+    const auto isSeparator = [](char c) { return c == '\\' || c == '/'; };
+    CString text(path.substr(0, 1));
+    for (std::size_t i = 1; i < path.size(); ++i) {
+        if (i == 1 || !isSeparator(path[i]) || !isSeparator(path[i - 1])) text += path[i];
+    }
+    return text;
+}
+
 std::string_view ExtensionOf(std::string_view fileName) {
     const std::size_t separator = fileName.find_last_of("\\/:");
     const std::size_t period = fileName.rfind('.');

@@ -64,6 +64,9 @@ CString GroupedDecimalText(std::int64_t number);
 // A number as the format %.3g gives it.
 CString ThreeDigitText(double number);
 
+// A path with one separator where several stand in a row, but for the two that a share's name begins with.
+CString SingleSeparators(std::string_view path);
+
 // _splitpath: the extension of a file name, its period included, at most 255 bytes; empty if there is none.
 std::string_view ExtensionOf(std::string_view fileName);
 

@@ -128,7 +128,7 @@ public:
 };
 
 enum class EMessageButtons { kOk, kYesNo, kYesNoCancel };
-enum class EMessageIcon { kQuestion, kError };
+enum class EMessageIcon { kQuestion, kWarning, kError };
 
 class CToolkit {
 public:

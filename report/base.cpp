@@ -29,6 +29,10 @@ void CReportObj::AddObjError(int section, CDelvObj& object, std::string_view tex
     m_pMaster->AddObjError(section, object, text);
 }
 
+void CReportObj::CountCompared(std::size_t nodes) {
+    if (m_pMaster != nullptr) m_pMaster->CountCompared(nodes);
+}
+
 void CReportObj::WriteSummary(std::ostream&) {}
 void CReportObj::WriteDetails(std::ostream&) {}
 void CReportObj::WriteRawData(std::ostream&) {}

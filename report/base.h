@@ -36,6 +36,9 @@ public:
     virtual void AddError(int section, CDelvObj& object, std::uint32_t textId);
     virtual void AddObjError(int section, CDelvObj& object, std::string_view text);
 
+    // Told of each pair of lists that were compared. The base hands it on to the master report.
+    virtual void CountCompared(std::size_t nodes);
+
     // The three passes over the page. The base writes nothing.
     virtual void WriteSummary(std::ostream& stream);
     virtual void WriteDetails(std::ostream& stream);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <vector>
 
 #include "report/base.h"
@@ -31,6 +32,11 @@ public:
     void AddObjWarning(int section, CDelvObj& object, std::string_view text) override;
     void AddError(int section, CDelvObj& object, std::uint32_t textId) override;
     void AddObjError(int section, CDelvObj& object, std::string_view text) override;
+    void CountCompared(std::size_t nodes) override {
+        if (m_pfnCompared) m_pfnCompared(nodes);
+    }
+
+    std::function<void(std::size_t nodes)> m_pfnCompared;  // set by whoever wants to know how far a comparison is
 
     CReportObj& GetSection(ESubtree subtree) override;
 

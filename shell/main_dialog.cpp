@@ -30,9 +30,10 @@ struct CFieldIds {
 constexpr CFieldIds kBaselineFields = {1003, 1006, 1007, 1009, 1016};
 constexpr CFieldIds kCurrentFields = {1017, 1020, 1021, 1022, 1023};
 
-void ShowError(const CString& text) {
-    theContext.GetToolkit().ShowMessage(text, kProgramTitle, EMessageButtons::kOk, EMessageIcon::kError);
+void ShowBox(const CString& text, EMessageIcon icon) {
+    theContext.GetToolkit().ShowMessage(text, kProgramTitle, EMessageButtons::kOk, icon);
 }
+void ShowError(const CString& text) { ShowBox(text, EMessageIcon::kError); }
 
 // A failed report is told without a box.
 bool TellReport(const COutcome& outcome) {
@@ -153,6 +154,7 @@ void CMainDlg::OnLoad(std::unique_ptr<CSnapshot>& side) {
 // usable without a file.
 bool CMainDlg::CreateSide(std::unique_ptr<CSnapshot>& side, const CString& name) {
     std::optional<CWaitCursor> wait;
+    theContext.TellSkippedFolders();
     const COutcome outcome = CreateSnapshot(side, name, [&wait](CSnapshot& snapshot) {
         CProgressDlg progress;
         progress.m_pSnapshot = &snapshot;
@@ -164,7 +166,12 @@ bool CMainDlg::CreateSide(std::unique_ptr<CSnapshot>& side, const CString& name)
     if (!outcome.m_strReason.empty()) {
         theContext.Say(NotDone(name, side != nullptr ? "saved" : "created", outcome.m_strReason));
     }
-    return side != nullptr;
+    if (side == nullptr) return false;
+    CString notices;
+    for (const CString& notice : theContext.TakeNotices())
+        notices += (notices.empty() ? "" : "\n\n") + notice;
+    if (!notices.empty()) ShowBox(notices, EMessageIcon::kWarning);
+    return true;
 }
 
 void CMainDlg::LoadSide(std::unique_ptr<CSnapshot>& side, const CString& name) {

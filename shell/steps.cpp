@@ -105,9 +105,8 @@ CString NotDone(const CString& name, std::string_view what, const CString& reaso
 void ShowDocument(const CString& path) {
     CHost& host = theContext.GetHost();
     if (host.OpenDocument(path)) return;
-    theContext.Say(host.GetDisplayPath(path) + (host.FileExists(path)
-                                                       ? ": open: no program was found that opens it"
-                                                       : ": open: there is no such file"));
+    theContext.Say(host.GetDisplayPath(path) + (host.FileExists(path) ? ": open: no program was found that opens it"
+                                                                      : ": open: there is no such file"));
 }
 
 std::vector<CString> ListSnapshots() {

@@ -1,6 +1,7 @@
 // A run without a window: its steps, and what it says of them.
 #include "core/app.h"
 #include "core/context.h"
+#include "shell/counter_line.h"
 #include "shell/main_dialog.h"
 #include "shell/steps.h"
 
@@ -9,7 +10,10 @@ namespace {
 
 bool CreateOnDemand(std::unique_ptr<CSnapshot>& side, const CString& name) {
     theContext.TellSkippedFolders();
-    const COutcome outcome = CreateSnapshot(side, name, [](CSnapshot& snapshot) { return snapshot.Capture(nullptr); });
+    const COutcome outcome = CreateSnapshot(side, name, [](CSnapshot& snapshot) {
+        CCounterLine line;
+        return snapshot.Capture(line.GetProgress());
+    });
     theContext.TellNotices();
     if (outcome.m_bDone) {
         if (!side->GetGaps().IsEmpty()) {
@@ -36,6 +40,12 @@ bool LoadOnDemand(std::unique_ptr<CSnapshot>& side, const CString& name) {
     return false;
 }
 
+COutcome MakeWithCounters(CMasterReport& report) {
+    CCounterLine line;
+    report.m_pfnCompared = [&line](std::size_t nodes) { line.CountCompared(nodes); };
+    return MakeReport(report);
+}
+
 bool RefuseReport(const CString& reason) {
     theContext.Say("no report was made: " + reason);
     theApp.m_nExitCode |= kExitNoReport;
@@ -45,7 +55,7 @@ bool RefuseReport(const CString& reason) {
 }  // namespace
 
 void CMainDlg::RunUnattended() {
-    const CInterruptGuard guard;
+    const CInterruptGuard guard(CInterruptGuard::EOwner::kAnswers);
     if (!theContext.m_strBaselineName.empty() && !RunBaseline()) return;
     if (!theContext.m_strCurrentName.empty() && !RunCurrent()) return;
     if (theContext.m_bGenerateReport) RunReport();
@@ -67,7 +77,7 @@ bool CMainDlg::RunReport() {
     }
     CMasterReport report(*m_pCurrent, *m_pBaseline);
     if (!theContext.m_bUseExistingReport || !theContext.GetHost().FileExists(report.m_strReportPath)) {
-        const COutcome outcome = MakeReport(report);
+        const COutcome outcome = MakeWithCounters(report);
         if (!outcome.m_bDone) return RefuseReport(outcome.m_strReason);
     }
     if (theContext.m_bDisplayReport) ShowDocument(report.m_strReportPath);

@@ -145,6 +145,7 @@ bool CompareLists(const CNodeList& current, const CNodeList& baseline, CReportOb
             (*a++)->ReportAdded(report);
         }
     }
+    report.CountCompared(current.size() + baseline.size());
     return true;
 }
 

@@ -113,6 +113,8 @@ void PrepareStandardStreams() {
     if (stream >= 0) close(stream);
 }
 
+bool HasTerminal() { return isatty(STDERR_FILENO) != 0; }
+
 CSystem MakeSystem() {
     auto machine = std::make_unique<CHostedMachine>(ChooseMachine());
     auto host = std::make_unique<CHostedHost>(machine->GetPaths(), ChooseProgramFolder());

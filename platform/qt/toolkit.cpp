@@ -369,7 +369,9 @@ public:
         box.setWindowTitle(ToQt(title));
         box.setTextFormat(Qt::PlainText);
         box.setText(ToQt(text));
-        box.setIcon(icon == EMessageIcon::kQuestion ? QMessageBox::Question : QMessageBox::Critical);
+        box.setIcon(icon == EMessageIcon::kQuestion  ? QMessageBox::Question
+                    : icon == EMessageIcon::kWarning ? QMessageBox::Warning
+                                                     : QMessageBox::Critical);
         box.setStandardButtons(buttons == EMessageButtons::kOk ? QMessageBox::StandardButtons(QMessageBox::Ok)
                                : buttons == EMessageButtons::kYesNo
                                    ? QMessageBox::Yes | QMessageBox::No

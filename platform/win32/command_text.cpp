@@ -45,4 +45,6 @@ CString MakeCommandLine(int, const char* const*) {
     return result;
 }
 
+CString MakeResultsPath(CString typed) { return typed; }
+
 }  // namespace delvane

@@ -18,6 +18,8 @@ public:
         m_bConsole = GetConsoleMode(handle, &mode) != 0;
     }
 
+    bool IsConsole() const { return m_bConsole; }
+
 protected:
     int_type overflow(int_type c) override {
         if (traits_type::eq_int_type(c, traits_type::eof())) return traits_type::not_eof(c);
@@ -55,24 +57,31 @@ private:
 
 // What the stream writes to from now on: what the program was started with, else the console of whoever started it.
 // With neither it writes nowhere.
-void Connect(std::ostream& stream, DWORD which) {
+// Gives whether that is a console.
+bool Connect(std::ostream& stream, DWORD which) {
     HANDLE handle = GetStdHandle(which);
     if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {
-        if (GetConsoleWindow() == nullptr && AttachConsole(ATTACH_PARENT_PROCESS) == 0) return;
+        if (GetConsoleWindow() == nullptr && AttachConsole(ATTACH_PARENT_PROCESS) == 0) return false;
         handle = CreateFileA("CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                              OPEN_EXISTING, 0, nullptr);
-        if (handle == INVALID_HANDLE_VALUE) return;
+        if (handle == INVALID_HANDLE_VALUE) return false;
     }
     // They live as long as the process.
-    stream.rdbuf(new CHandleBuffer(handle));
+    auto* const buffer = new CHandleBuffer(handle);
+    stream.rdbuf(buffer);
     stream.clear();
+    return buffer->IsConsole();
 }
+
+bool g_hasTerminal = false;
 
 }  // namespace
 
 void PrepareStandardStreams() {
     Connect(std::cout, STD_OUTPUT_HANDLE);
-    Connect(std::cerr, STD_ERROR_HANDLE);
+    g_hasTerminal = Connect(std::cerr, STD_ERROR_HANDLE);
 }
+
+bool HasTerminal() { return g_hasTerminal; }
 
 }  // namespace delvane

@@ -7,7 +7,9 @@ namespace delvane {
 namespace {
 
 std::atomic<bool> g_requested = false;
-bool g_delivered = false;  // somebody was told of it
+bool g_answered = false;  // it became an exception that somebody answers
+int g_guards = 0;         // how many live
+CInterruptGuard::EOwner g_outermost;
 
 // Ctrl+C, Ctrl+Break, the console's close box, the end of the session. Called on a thread of its own; the system ends
 // the process when the handler of one of the last two returns, or some seconds later.
@@ -20,23 +22,25 @@ BOOL WINAPI OnControl(DWORD event) {
 
 }  // namespace
 
-CInterruptGuard::CInterruptGuard() {
+CInterruptGuard::CInterruptGuard(EOwner owner) {
+    if (g_guards++ != 0) return;
+    g_outermost = owner;
     g_requested = false;
-    g_delivered = false;
+    g_answered = false;
     SetConsoleCtrlHandler(OnControl, TRUE);
 }
 
 CInterruptGuard::~CInterruptGuard() {
+    if (--g_guards != 0) return;
     SetConsoleCtrlHandler(OnControl, FALSE);
-    // A request that came when nothing asked any more ends the process now.
     constexpr UINT kEndedByControl = 0xC000013A;
-    if (g_requested && !g_delivered) ExitProcess(kEndedByControl);
+    if (g_requested && !g_answered) ExitProcess(kEndedByControl);
     g_requested = false;
 }
 
 void ThrowIfInterrupted() {
     if (!g_requested.load(std::memory_order_relaxed)) return;
-    g_delivered = true;
+    g_answered = g_outermost == CInterruptGuard::EOwner::kAnswers;
     throw CInterrupted();
 }
 

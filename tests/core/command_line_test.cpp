@@ -41,6 +41,22 @@ TEST_F(CommandLine, FormsOfTheNameSwitchWithoutAColonAreDroppedInSilence) {
     EXPECT_FALSE(theContext.m_bCreateBaseline);
 }
 
+TEST_F(CommandLine, AnUnattendedRunSaysWhichSwitchesDoNothing) {
+    const char* const line = "/compare /bcBefore /bc: Before /c: /res:out /gx /b:\"x\" /q -s";
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(BadTokens(line), "/bc:\nBefore\n/c:\n/gx\n/q\n");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "delvane: switch passed over: /compare: a name stands behind a colon, as in /bc:NAME or /b:NAME\n"
+              "delvane: switch passed over: /bcBefore: a name stands behind a colon, as in /bc:NAME or /b:NAME\n"
+              "delvane: switch passed over: /bc:: no name stands behind the colon\n"
+              "delvane: switch passed over: Before: a switch begins with / or -\n"
+              "delvane: switch passed over: /c:: no name stands behind the colon\n"
+              "delvane: switch passed over: /res:out: a directory is known by a separator behind it\n"
+              "delvane: switch passed over: /gx: there is no such switch\n"
+              "delvane: switch passed over: /q: there is no such switch\n");
+    EXPECT_EQ(theApp.m_nExitCode, 0);
+}
+
 TEST_F(CommandLine, ATokenOverTheLimitIsRefusedWhole) {
     const CString longest = "/b:" + CString(256, 'n');
     EXPECT_EQ(BadTokens(longest), "");

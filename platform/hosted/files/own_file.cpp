@@ -79,6 +79,8 @@ public:
     }
 
 private:
+    // Dies last: by then the temporary file is gone.
+    const CInterruptGuard m_guard{CInterruptGuard::EOwner::kCleansUp};
     CDescriptor m_file;
     std::string m_strTemporary;  // empty once it has taken the target's place
     std::string m_strTarget;
@@ -96,6 +98,7 @@ std::unique_ptr<CFileWriter> CreateHostFile(const std::optional<std::string>& ho
     if (!MayTakePlace(target, mode)) ThrowOpenError(shownPath, "create", errno);
     // The name says whose it is, should a power failure leave it behind. It holds nothing of the target's name, which
     // may be as long as the file system allows.
+    const CInterruptGuard guard(CInterruptGuard::EOwner::kCleansUp);  // until the writer has its own
     const std::string stem = DirectoryOf(target) + "/.delvane-" + std::to_string(getpid()) + "-";
     for (int attempt = 0;; ++attempt) {
         std::string temporary = stem + std::to_string(attempt) + ".tmp";

@@ -97,7 +97,6 @@ std::optional<std::string> CPathMap::FindAnywhere(const CParts& parts) const {
     for (const std::string& name : parts.m_names)
         spelled = Join(spelled, name);
     if (Exists(spelled)) return spelled;
-    if (parts.m_pDrive == nullptr) return std::nullopt;
     std::string found = base;
     for (const std::string& name : parts.m_names) {
         std::string next = Join(found, name);
@@ -125,7 +124,7 @@ std::optional<std::string> CPathMap::FindForCreation(std::string_view path) cons
 }
 
 std::string CPathMap::ToDisplay(std::string_view path) const {
-    std::string text(path);
+    std::string text = SingleSeparators(path);
     if (!text.empty() && IsSeparator(text.front())) std::replace(text.begin(), text.end(), '\\', '/');
     return text;
 }

@@ -28,9 +28,9 @@ public:
     const CHostedDrive* FindDrive(char letter) const;
 
     // The path of the host for something that exists: as it is spelled, else the first match (by byte) in each
-    // directory without regard to case. A path in host form is taken as it is spelled alone. "." and ".." are worked
-    // out in the text and never lead above the drive's root. Nothing where there is no such thing, for a path of
-    // neither form and for a drive that is not there.
+    // directory without regard to case. "." and ".." are worked out in the text and never lead above the root
+    // of the drive or the host. Nothing where there is no such thing, for a path of neither form and for a drive that
+    // is not there.
     std::optional<std::string> Find(std::string_view path) const;
     // The path of the host for something to be made: its directory by Find, and in it the name as it stands there, or
     // as it is spelled.

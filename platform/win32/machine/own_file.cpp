@@ -79,6 +79,8 @@ public:
     }
 
 private:
+    // Dies last: by then the temporary file is gone.
+    const CInterruptGuard m_guard{CInterruptGuard::EOwner::kCleansUp};
     CHandle m_file;
     CString m_strTemporary;  // empty once it has taken the target's place
     CString m_strTarget;
@@ -97,6 +99,7 @@ std::unique_ptr<CFileWriter> CreateOwnFile(std::string_view path) {
     if (const std::uint32_t code = MayTakePlace(target); code != ERROR_SUCCESS) ThrowOpenError(path, "create", code);
     // The name says whose it is, should a power failure leave it behind. It holds nothing of the target's name, which
     // may be as long as the file system allows.
+    const CInterruptGuard guard(CInterruptGuard::EOwner::kCleansUp);  // until the writer has its own
     const CString stem = DirectoryOf(target) + "~delvane-" + std::to_string(GetCurrentProcessId()) + "-";
     for (int attempt = 0;; ++attempt) {
         CString temporary = stem + std::to_string(attempt) + ".tmp";

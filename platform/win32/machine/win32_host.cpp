@@ -74,11 +74,17 @@ std::vector<CString> CWin32Host::ListFiles(std::string_view folder) {
     return names;
 }
 
-CFileBytes CWin32Host::ReadFile(std::string_view path, std::uint64_t limit) { return ReadOwnFile(path, limit, false); }
+CFileBytes CWin32Host::ReadFile(std::string_view path, std::uint64_t limit) {
+    return ReadOwnFile(GetDisplayPath(path), limit, false);
+}
 
-CFileBytes CWin32Host::ReadFileHead(std::string_view path, std::size_t size) { return ReadOwnFile(path, size, true); }
+CFileBytes CWin32Host::ReadFileHead(std::string_view path, std::size_t size) {
+    return ReadOwnFile(GetDisplayPath(path), size, true);
+}
 
-std::unique_ptr<CFileWriter> CWin32Host::CreateFile(std::string_view path) { return CreateOwnFile(path); }
+std::unique_ptr<CFileWriter> CWin32Host::CreateFile(std::string_view path) {
+    return CreateOwnFile(GetDisplayPath(path));
+}
 
 std::unique_ptr<std::ostream> CWin32Host::CreateTextFile(std::string_view path) { return CreateOwnTextFile(path); }
 

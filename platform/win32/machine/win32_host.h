@@ -28,7 +28,7 @@ public:
     CFileBytes ReadFileHead(std::string_view path, std::size_t size) override;
     std::unique_ptr<CFileWriter> CreateFile(std::string_view path) override;
     std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) override;
-    CString GetDisplayPath(std::string_view path) const override { return CString(path); }
+    CString GetDisplayPath(std::string_view path) const override { return SingleSeparators(path); }
     CString GetMachinePath(std::string_view path) const override { return CString(path); }
     bool LockProgramFolder() override;
     bool OpenDocument(std::string_view path) override;

@@ -17,7 +17,9 @@ public:
 
     std::uint32_t ShowMessage(std::string_view text, std::string_view title, EMessageButtons buttons,
                               EMessageIcon icon) override {
-        UINT form = icon == EMessageIcon::kQuestion ? MB_ICONQUESTION : MB_ICONERROR;
+        UINT form = icon == EMessageIcon::kQuestion  ? MB_ICONQUESTION
+                    : icon == EMessageIcon::kWarning ? MB_ICONWARNING
+                                                     : MB_ICONERROR;
         if (buttons == EMessageButtons::kYesNo) form |= MB_YESNO;
         if (buttons == EMessageButtons::kYesNoCancel) form |= MB_YESNOCANCEL;
         // A question may come while the program is busy, and wants an ordinary cursor.

@@ -453,30 +453,50 @@ TEST_F(OwnFiles, ALinkIsWrittenThroughAndALargeFileRefused) {
     EXPECT_THROW(m_pHost->ReadFile(Host("real"), 2), CFileError);
 }
 
+TEST_F(OwnFiles, AreFoundWithoutRegardToCaseAnExactNameFirst) {
+    m_home.Write("Sub/BEFORE.DVS", "upper");
+    EXPECT_EQ(m_pHost->ReadFile(Host("sub/Before.dvs"), 10).GetBytes(), "upper");
+    m_home.Write("Sub/before.dvs", "lower");
+    EXPECT_EQ(m_pHost->ReadFile(Host("SUB/before.dvs"), 10).GetBytes(), "lower");
+    EXPECT_EQ(m_pHost->GetDisplayPath(Host("Sub/") + "\\x"), m_home / "Sub/x");
+}
+
 TEST_F(OwnFiles, ASignalEndsSearchesAndWritesWhileAGuardLives) {
     const auto search = SearchOf(*m_pMachine, "C:");
-    const auto file = m_pHost->CreateFile(Host("x"));
     CFindData data;
     {
-        const CInterruptGuard guard;
+        const CInterruptGuard guard(CInterruptGuard::EOwner::kAnswers);
+        const auto file = m_pHost->CreateFile(Host("x"));
         std::raise(SIGTERM);
         EXPECT_THROW(search->Next(data), CInterrupted);
         EXPECT_THROW(file->Write("x"), CInterrupted);
         EXPECT_THROW(file->Commit(), CInterrupted);
     }
     EXPECT_NO_THROW(search->Next(data));
-    EXPECT_FALSE(m_home.Exists("x"));
+    // Where nobody answers, the process ends as it was asked to, but not before the temporary file is gone.
+    const auto writeAlone = [this] {
+        const auto file = m_pHost->CreateFile(Host("x"));
+        std::raise(SIGTERM);
+        EXPECT_THROW(file->Write("x"), CInterrupted);
+    };
+    EXPECT_EXIT(writeAlone(), testing::KilledBySignal(SIGTERM), "");
+    EXPECT_TRUE(fs::is_empty(m_home.GetPath()));
 }
 
 TEST(CommandText, ArgumentsBecomeOneTextThatKeepsThemApart) {
-    const char* const arguments[] = {"/s",         "/bc:My Snap",  "",    "/res:/tmp/my results/", "-RES:C:/out/",
-                                     "/res:plain", "/res:\\tmp\\", "a\tb"};
-    EXPECT_EQ(MakeCommandLine(8, arguments),
-              "/s /bc:My\x1FSnap  /res:\\tmp\\my\x1Fresults\\ -RES:C:\\out\\ /res:plain /res:\\tmp\\ a\x1E"
+    const char* const arguments[] = {"/s", "/bc:My Snap", "", "/res:/tmp/x/", "a\tb"};
+    EXPECT_EQ(MakeCommandLine(5, arguments),
+              "/s /bc:My\x1FSnap  /res:/tmp/x/ a\x1E"
               "b");
-    const char* const relative[] = {"/res:out/"};
-    EXPECT_TRUE(MakeCommandLine(1, relative).starts_with("/res:\\"));
-    EXPECT_TRUE(MakeCommandLine(1, relative).ends_with("\\out\\"));
+}
+
+TEST(CommandText, AnOrdinaryPathTakesTheHostForm) {
+    EXPECT_EQ(MakeResultsPath("/tmp/my results/"), "\\tmp\\my results\\");
+    EXPECT_EQ(MakeResultsPath("C:/out/"), "C:\\out\\");
+    EXPECT_EQ(MakeResultsPath("plain"), "plain");
+    EXPECT_EQ(MakeResultsPath("\\tmp\\a/b\\"), "\\tmp\\a/b\\");
+    EXPECT_TRUE(MakeResultsPath("out/").starts_with("\\"));
+    EXPECT_TRUE(MakeResultsPath("out/").ends_with("\\out\\"));
 }
 
 }  // namespace

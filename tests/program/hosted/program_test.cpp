@@ -3,7 +3,9 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 
 #include "samples/image_writer.h"
 #include "tests/support/prefix.h"
@@ -124,6 +126,26 @@ TEST_F(Program, EachFailureHasItsBitAndOneSentence) {
         EXPECT_NE(m_errors.find(test.m_words), std::string::npos) << m_errors;
     }
     EXPECT_FALSE(m_home.Exists("Results/never.dvs"));
+}
+
+// A pipe that nobody reads, a full disk: what is said is lost, and the work is not.
+TEST_F(Program, WhatCannotBeSaidEndsNothing) {
+    const std::string pipe = m_home / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::thread reader([&] { std::ifstream(pipe).close(); });
+    EXPECT_EQ(Run("/s /bc:a /q 2>pipe; exit; :"), 0);
+    reader.join();
+    EXPECT_EQ(Run("/s /bc:b /q 2>/dev/full; exit; :"), 0);
+    EXPECT_TRUE(m_home.Exists("Results/a.dvs") && m_home.Exists("Results/b.dvs"));
+}
+
+// The limit counts what was typed, and not the folder that it is typed in.
+TEST_F(Program, ARelativeFolderMayBeTypedAnywhere) {
+    const std::string deep = std::string(120, 'a') + "/" + std::string(120, 'b');
+    m_home.MakeFolder(deep + "/out");
+    Run("--version; cd " + deep + "; '" + m_program + "' /s /bc:a /res:out/; exit; :", {},
+        "export DELVANE_HOME=" + m_home.GetPath() + " DELVANE_MACHINE=" + m_prefix.GetPath() + "; ");
+    EXPECT_TRUE(m_home.Exists(deep + "/out/a.dvs"));
 }
 
 // A process that cannot open directories any more must not call them empty.
