@@ -64,10 +64,18 @@ public:
     }
 };
 
+// The open dialogs, the innermost last. It is the parent of the next, whichever window has the focus at that moment:
+// between two dialogs none of ours may have it, and a dialog without a parent is none whose end gives the focus back.
+using COpenDialogs = std::vector<QWidget*>;
+
 class CQtWindow : public QDialog, public CDialogWindow {
 public:
-    CQtWindow(QWidget* parent, const CDialogTemplate& dialog, CDialogEvents& events, const QPixmap& drives)
-        : QDialog(parent), m_template(dialog), m_events(events), m_drives(drives) {
+    CQtWindow(COpenDialogs& open, const CDialogTemplate& dialog, CDialogEvents& events, const QPixmap& drives)
+        : QDialog(open.empty() ? nullptr : open.back()),
+          m_open(open),
+          m_template(dialog),
+          m_events(events),
+          m_drives(drives) {
         setWindowTitle(ToQt(dialog.m_title));
         setWindowModality(Qt::ApplicationModal);
         setWindowFlag(Qt::WindowContextHelpButtonHint, false);
@@ -81,8 +89,12 @@ public:
         QCoreApplication::postEvent(this, new CPostedEvent(message, wParam, lParam));
     }
     std::uint32_t RunModal() override {
+        m_open.push_back(this);
         m_events.OnInit();
         if (!m_bEnded) exec();
+        m_open.pop_back();
+        // A window manager that has just begun to show a dialog of a moment gives the focus to nobody.
+        if (parentWidget() != nullptr) parentWidget()->activateWindow();
         return m_nResult;
     }
     void End(std::uint32_t result) override {
@@ -307,6 +319,7 @@ private:
         if (m_pMenu != nullptr) m_pMenu->setGeometry(0, 0, width(), top);
     }
 
+    COpenDialogs& m_open;
     const CDialogTemplate& m_template;
     CDialogEvents& m_events;
     const QPixmap& m_drives;                       // the strip
@@ -360,12 +373,12 @@ public:
     ~CQtToolkit() override { g_isUp = false; }
 
     std::unique_ptr<CDialogWindow> CreateDialog(const CDialogTemplate& dialog, CDialogEvents& events) override {
-        return std::make_unique<CQtWindow>(QApplication::activeWindow(), dialog, events, m_drives);
+        return std::make_unique<CQtWindow>(m_open, dialog, events, m_drives);
     }
 
     std::uint32_t ShowMessage(std::string_view text, std::string_view title, EMessageButtons buttons,
                               EMessageIcon icon) override {
-        QMessageBox box(QApplication::activeWindow());
+        QMessageBox box(m_open.empty() ? nullptr : m_open.back());
         box.setWindowTitle(ToQt(title));
         box.setTextFormat(Qt::PlainText);
         box.setText(ToQt(text));
@@ -381,6 +394,7 @@ public:
         while (m_nWaiting > 0)
             EndWaitCursor();
         const int answer = box.exec();
+        if (!m_open.empty()) m_open.back()->activateWindow();
         while (m_nWaiting < waiting)
             BeginWaitCursor();
         switch (answer) {
@@ -426,6 +440,7 @@ private:
     char* m_arguments[2] = {m_name, nullptr};
     QApplication m_application;
     QPixmap m_drives{":/drives.png"};
+    COpenDialogs m_open;
     std::unique_ptr<CSplash> m_pSplash;
     int m_nWaiting = 0;
 };

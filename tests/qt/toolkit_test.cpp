@@ -24,9 +24,12 @@ extern "C" delvane::CToolkit* DelvaneMakeToolkit();
 namespace delvane {
 namespace {
 
+// One for all tests: there is one application in a process. It ends before the process does.
+std::unique_ptr<CToolkit> g_toolkit;
+
 CToolkit& Toolkit() {
-    static CToolkit* const toolkit = DelvaneMakeToolkit();  // as long as the process: there is one application
-    return *toolkit;
+    if (g_toolkit == nullptr) g_toolkit.reset(DelvaneMakeToolkit());
+    return *g_toolkit;
 }
 
 // A dialog that notes what it is told and ends with OK and Cancel.
@@ -221,5 +224,7 @@ extern "C" const char* __lsan_default_suppressions() { return "leak:libfontconfi
 int main(int argumentCount, char** arguments) {
     setenv("QT_QPA_PLATFORM", "offscreen", 1);
     testing::InitGoogleTest(&argumentCount, arguments);
-    return RUN_ALL_TESTS();
+    const int code = RUN_ALL_TESTS();
+    delvane::g_toolkit.reset();
+    return code;
 }
