@@ -219,7 +219,7 @@ bool CDelvRegKeyObj::Capture(CCaptureProgress* progress) {
         SortByName(m_values);
         SortByName(m_subkeys);
         CloseKey();
-        if (progress == nullptr || !progress->m_bKeepGoing) throw;
+        if (progress == nullptr || !progress->m_bForgives || !progress->m_bKeepGoing) throw;
         try {
             throw;
         } catch (const CRegistryError& error) {

@@ -48,8 +48,8 @@ public:
     bool Compare(CDelvObj& baseline, CReportObj& report) override;
     void ReportAdded(CReportObj& report) override;
     void ReportDeleted(CReportObj& report) override;
-    // False where the key cannot be opened. Where it fails part way: false with a progress record that goes on, else
-    // an exception.
+    // False where the key cannot be opened. Where it fails part way: false with a progress record that goes on and
+    // forgives, else an exception.
     bool Capture(CCaptureProgress* progress) override;
     HKEY* OpenKey() override;
 

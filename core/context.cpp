@@ -199,8 +199,10 @@ CString CRunContext::GetHelpPath() const {
 }
 
 void CRunContext::TellNotices() {
-    for (const CNotice& notice : GetMachine().TakeNotices())
+    for (const CNotice& notice : GetMachine().TakeNotices()) {
         Notice(notice.m_strSentence);
+        if (!notice.m_path.empty()) m_lstRegistryProblems.push_back(notice);
+    }
 }
 
 void CRunContext::Notice(const CString& sentence) {

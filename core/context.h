@@ -70,6 +70,8 @@ public:
     bool Say(CString sentence);
     // Says what the machine has found wrong with itself since the last call.
     void TellNotices();
+    // The registry files among it that are missing, damaged or cannot be read, of the whole run.
+    const std::vector<CNotice>& GetRegistryProblems() const { return m_lstRegistryProblems; }
     // What TellNotices and TellSkippedFolders have said since the last call, for a message box.
     CStringList TakeNotices() { return std::exchange(m_lstNotices, {}); }
 
@@ -145,7 +147,8 @@ private:
     std::unique_ptr<CToolkit> m_pToolkit;
     std::set<CString> m_said;
     CStringList m_lstPassedOver;  // what an unattended run says of switches that do nothing
-    CStringList m_lstNotices;     // for the next message box
+    std::vector<CNotice> m_lstRegistryProblems;
+    CStringList m_lstNotices;  // for the next message box
 };
 
 extern CRunContext theContext;

@@ -10,6 +10,7 @@ using namespace std::chrono_literals;
 
 CCounterLine::CCounterLine() : m_bTerminal(HasTerminal()), m_due(std::chrono::steady_clock::now() + 1s) {
     m_progress.m_pDialog = this;
+    m_progress.m_bForgives = false;  // a capture ends as it does without a terminal
 }
 
 CCounterLine::~CCounterLine() {

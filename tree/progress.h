@@ -36,6 +36,7 @@ struct CCaptureProgress {
     std::atomic<std::uint32_t> m_nValues = 0;
     std::atomic<bool> m_bUpdatePosted = false;  // an update is on its way and has not been handled
     std::atomic<bool> m_bKeepGoing = true;
+    bool m_bForgives = true;              // a key that fails part way costs itself and not the capture
     CMessageTarget* m_pDialog = nullptr;  // outlives the capture; null when nobody watches
 };
 

@@ -188,6 +188,9 @@ bool CSnapshot::Capture(CCaptureProgress* progress) {
         m_pRegistry->Capture(progress);
         m_pDrives->Capture(progress);
         m_pExtensions->Sort();
+        theContext.TellNotices();
+        for (const CNotice& problem : theContext.GetRegistryProblems())
+            GetGaps().Add({EGapKind::kRegistryFile, problem.m_path, {}, problem.m_dwCode, problem.GetReason()});
         ended(progress != nullptr && !progress->m_bKeepGoing);
         return true;
     } catch (const CUserException&) {

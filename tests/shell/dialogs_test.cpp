@@ -227,7 +227,7 @@ TEST_F(Dialogs, ACancelledQuestionLeavesItsSideAsItIs) {
 TEST_F(Dialogs, WhatIsWrongWithTheMachineIsToldInOneBoxBehindACapture) {
     m_pHost->m_strProgram = "C:\\program files\\Delvane\\delvane.exe";
     m_pHost->m_directories.emplace_back("C:\\program files\\Delvane");
-    m_pMachine->m_notices = {"C:\\a: damaged", "C:\\b: damaged"};
+    m_pMachine->m_notices = {{"C:\\a: damaged"}, {"C:\\b: damaged"}};
     testing::internal::CaptureStderr();
     Start(kDisks, "/nologo");
     AnswerName("a");
