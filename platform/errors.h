@@ -26,6 +26,7 @@ constexpr std::uint32_t ERROR_DISK_FULL = 112;
 constexpr std::uint32_t ERROR_INVALID_NAME = 123;
 constexpr std::uint32_t ERROR_ALREADY_EXISTS = 183;
 constexpr std::uint32_t ERROR_FILENAME_EXCED_RANGE = 206;
+constexpr std::uint32_t ERROR_FILE_TOO_LARGE = 223;
 constexpr std::uint32_t ERROR_MORE_DATA = 234;
 constexpr std::uint32_t ERROR_NO_MORE_ITEMS = 259;
 constexpr std::uint32_t ERROR_BADDB = 1009;

@@ -5,14 +5,18 @@
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/hosted/choice.h"
 #include "platform/hosted/files/host_file.h"
-#include "platform/hosted/files/own_file.h"
 #include "platform/hosted/hosted_machine.h"
+#include "platform/own_file.h"
+
+extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX wants the program to declare it
 
 namespace delvane {
 namespace {
@@ -20,6 +24,32 @@ namespace {
 bool IsFile(const std::string& path) {
     struct stat status {};
     return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+// Starts the desktop's own opener for the document. False where there is none.
+bool OpenOnDesktop(const std::string& path) {
+    // The opener may live as long as the browser does: a shell starts it in the background and ends, so that nobody
+    // has to wait for it. Its output does not belong on ours.
+    const char* const arguments[] = {
+        "sh", "-c",         "command -v xdg-open >/dev/null && { xdg-open \"$1\" >/dev/null 2>&1 </dev/null & }",
+        "sh", path.c_str(), nullptr};
+    // What this process ignores, a child would ignore too.
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : kIgnoredSignals)
+        sigaddset(&signals, signal);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigdefault(&attributes, &signals);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    pid_t child = 0;
+    int status = -1;
+    if (posix_spawnp(&child, "sh", nullptr, &attributes, const_cast<char* const*>(arguments), environ) == 0) {
+        while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+        }
+    }
+    posix_spawnattr_destroy(&attributes);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 }  // namespace
@@ -71,20 +101,19 @@ std::vector<CString> CHostedHost::ListFiles(std::string_view folder) {
 }
 
 CFileBytes CHostedHost::ReadFile(std::string_view path, std::uint64_t limit) {
-    return ReadOwnFile(m_paths.Find(path), GetDisplayPath(path), limit, false);
+    return ReadOwnFile(m_paths.Find(path).value_or(""), GetDisplayPath(path), limit, false);
 }
 
 CFileBytes CHostedHost::ReadFileHead(std::string_view path, std::size_t size) {
-    return ReadOwnFile(m_paths.Find(path), GetDisplayPath(path), size, true);
+    return ReadOwnFile(m_paths.Find(path).value_or(""), GetDisplayPath(path), size, true);
 }
 
 std::unique_ptr<CFileWriter> CHostedHost::CreateFile(std::string_view path) {
-    return CreateHostFile(m_paths.FindForCreation(path), GetDisplayPath(path));
+    return CreateOwnFile(m_paths.FindForCreation(path).value_or(""), GetDisplayPath(path));
 }
 
 std::unique_ptr<std::ostream> CHostedHost::CreateTextFile(std::string_view path) {
-    const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
-    return hostPath ? CreateHostTextFile(*hostPath) : nullptr;
+    return CreateOwnTextFile(m_paths.FindForCreation(path).value_or(""));
 }
 
 CString CHostedHost::GetMachinePath(std::string_view path) const {
@@ -100,7 +129,7 @@ bool CHostedHost::LockProgramFolder() {
 
 bool CHostedHost::OpenDocument(std::string_view path) {
     const std::optional<std::string> hostPath = m_paths.Find(path);
-    return hostPath && OpenHostDocument(*hostPath);
+    return hostPath && OpenOnDesktop(*hostPath);
 }
 
 // Started with a standard stream closed, the program would give its number to a file, and a message would go there.

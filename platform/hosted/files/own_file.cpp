@@ -1,19 +1,12 @@
-#include "platform/hosted/files/own_file.h"
+#include "platform/own_file.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <fstream>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "platform/hosted/files/host_file.h"
-
-extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX wants the program to declare it
 
 namespace delvane {
 namespace {
@@ -36,21 +29,21 @@ std::string DirectoryOf(const std::string& path) {
 bool MayTakePlace(const std::string& path, mode_t& mode) {
     struct stat status {};
     mode = 0;
-    if (stat(path.c_str(), &status) != 0) return errno == ENOENT;
+    if (stat(path.c_str(), &status) != 0) return errno == ENOENT && !path.empty();
     mode = status.st_mode & 07777;
     if (S_ISREG(status.st_mode)) return access(path.c_str(), W_OK) == 0;
     errno = S_ISDIR(status.st_mode) ? EISDIR : EACCES;
     return false;
 }
 
-class CHostFileWriter : public CFileWriter {
+class COwnFileWriter : public CFileWriter {
 public:
-    CHostFileWriter(CDescriptor file, std::string temporary, std::string target, std::string_view shownPath)
+    COwnFileWriter(CDescriptor file, std::string temporary, std::string target, std::string_view shownPath)
         : m_file(std::move(file)),
           m_strTemporary(std::move(temporary)),
           m_strTarget(std::move(target)),
           m_strShownPath(shownPath) {}
-    ~CHostFileWriter() override {
+    ~COwnFileWriter() override {
         if (!m_strTemporary.empty()) unlink(m_strTemporary.c_str());
     }
 
@@ -89,85 +82,45 @@ private:
 
 }  // namespace
 
-std::unique_ptr<CFileWriter> CreateHostFile(const std::optional<std::string>& hostPath, std::string_view shownPath) {
-    if (!hostPath) ThrowOpenError(shownPath, "create", ENOENT);
+std::unique_ptr<CFileWriter> CreateOwnFile(const std::string& path, std::string_view shownPath) {
     // Through a link, the file it leads to is replaced and not the link.
-    const std::string real = RealHostPath(*hostPath);
-    const std::string& target = real.empty() ? *hostPath : real;
+    const std::string real = RealHostPath(path);
+    const std::string& target = real.empty() ? path : real;
     mode_t mode = 0;
     if (!MayTakePlace(target, mode)) ThrowOpenError(shownPath, "create", errno);
-    // The name says whose it is, should a power failure leave it behind. It holds nothing of the target's name, which
-    // may be as long as the file system allows.
     const CInterruptGuard guard(CInterruptGuard::EOwner::kCleansUp);  // until the writer has its own
-    const std::string stem = DirectoryOf(target) + "/.delvane-" + std::to_string(getpid()) + "-";
-    for (int attempt = 0;; ++attempt) {
-        std::string temporary = stem + std::to_string(attempt) + ".tmp";
-        CDescriptor file(open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-        if (!file && (errno != EEXIST || attempt > 100)) ThrowOpenError(shownPath, "create", errno);
-        if (!file) continue;
-        if (mode != 0) fchmod(file.Get(), mode);  // the new file is as open to others as the one that it replaces
-        return std::make_unique<CHostFileWriter>(std::move(file), std::move(temporary), target, shownPath);
-    }
+    CDescriptor file;
+    int error = 0;
+    std::string temporary =
+        NameTemporary(DirectoryOf(target) + "/", static_cast<std::uint64_t>(getpid()), [&](const std::string& name) {
+            file.Reset(open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+            error = errno;
+            return file || error != EEXIST;
+        });
+    if (!file) ThrowOpenError(shownPath, "create", error);
+    if (mode != 0) fchmod(file.Get(), mode);  // the new file is as open to others as the one that it replaces
+    return std::make_unique<COwnFileWriter>(std::move(file), std::move(temporary), target, shownPath);
 }
 
-std::unique_ptr<std::ostream> CreateHostTextFile(const std::string& hostPath) {
+std::unique_ptr<std::ostream> CreateOwnTextFile(const std::string& path) {
     mode_t mode = 0;
-    if (!MayTakePlace(hostPath, mode)) return nullptr;
-    auto stream = std::make_unique<std::ofstream>(hostPath, std::ios::binary | std::ios::trunc);
+    if (!MayTakePlace(path, mode)) return nullptr;
+    auto stream = std::make_unique<std::ofstream>(path, std::ios::binary | std::ios::trunc);
     if (!stream->is_open()) return nullptr;
     return stream;
 }
 
-CFileBytes ReadOwnFile(const std::optional<std::string>& hostPath, std::string_view shownPath, std::uint64_t limit,
-                       bool headOnly) {
-    if (!hostPath) ThrowOpenError(shownPath, "open", ENOENT);
-    const std::optional<CHostFile> file = CHostFile::Open(*hostPath);
+CFileBytes ReadOwnFile(const std::string& path, std::string_view shownPath, std::uint64_t limit, bool headOnly) {
+    const std::optional<CHostFile> file = CHostFile::Open(path);
     if (!file) ThrowOpenError(shownPath, "open", errno);
-    if (file->GetSize() > limit && !headOnly) {
-        throw CFileError(shownPath, "read", Win32Error(EFBIG),
-                         "the file is larger than " + GroupedDecimalText(static_cast<std::int64_t>(limit)) + " bytes");
-    }
-    CFileBytes bytes;
-    if (file->GetSize() == 0) return bytes;
-    bytes.m_buffer = CPageBuffer(static_cast<std::size_t>(std::min(file->GetSize(), limit)));
-    while (bytes.m_nSize < bytes.m_buffer.GetSize()) {
-        const ssize_t got = read(file->GetDescriptor(), bytes.m_buffer.GetData() + bytes.m_nSize,
-                                 bytes.m_buffer.GetSize() - bytes.m_nSize);
-        if (got < 0 && errno == EINTR) continue;
+    return ReadOpenFile(file->GetSize(), shownPath, limit, headOnly, [&](char* into, std::size_t size) {
+        ssize_t got = 0;
+        do {
+            got = read(file->GetDescriptor(), into, size);
+        } while (got < 0 && errno == EINTR);
         if (got < 0) throw ErrorOf(shownPath, "read", errno);
-        if (got == 0) break;
-        bytes.m_nSize += static_cast<std::size_t>(got);
-    }
-    return bytes;
-}
-
-bool OpenHostDocument(const std::string& hostPath) {
-    // The opener may live as long as the browser does: a shell starts it in the background and ends, so that nobody
-    // has to wait for it. Its output does not belong on ours.
-    const char* const arguments[] = {
-        "sh",
-        "-c",
-        "command -v xdg-open >/dev/null && { xdg-open \"$1\" >/dev/null 2>&1 </dev/null & }",
-        "sh",
-        hostPath.c_str(),
-        nullptr};
-    // What this process ignores, a child would ignore too.
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : kIgnoredSignals)
-        sigaddset(&signals, signal);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setsigdefault(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    pid_t child = 0;
-    int status = -1;
-    if (posix_spawnp(&child, "sh", nullptr, &attributes, const_cast<char* const*>(arguments), environ) == 0) {
-        while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-        }
-    }
-    posix_spawnattr_destroy(&attributes);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        return static_cast<std::size_t>(got);
+    });
 }
 
 }  // namespace delvane

@@ -1,6 +1,6 @@
 #include "platform/hosted/registry/hive.h"
 
-#include "platform/hosted/files/own_file.h"
+#include "platform/own_file.h"
 
 namespace delvane {
 

@@ -15,9 +15,9 @@
 #include <dirent.h>
 
 #include "platform/hosted/files/host_file.h"
-#include "platform/hosted/files/own_file.h"
 #include "platform/hosted/registry/regf.h"
 #include "platform/hosted/registry/regf_log.h"
+#include "platform/own_file.h"
 #include "platform/utf.h"
 
 namespace delvane {

@@ -1,4 +1,4 @@
-#include "platform/win32/machine/own_file.h"
+#include "platform/own_file.h"
 
 #include <algorithm>
 #include <fstream>
@@ -94,52 +94,41 @@ CString DirectoryOf(const CString& path) {
 
 }  // namespace
 
-std::unique_ptr<CFileWriter> CreateOwnFile(std::string_view path) {
-    const CString target(path);
-    if (const std::uint32_t code = MayTakePlace(target); code != ERROR_SUCCESS) ThrowOpenError(path, "create", code);
-    // The name says whose it is, should a power failure leave it behind. It holds nothing of the target's name, which
-    // may be as long as the file system allows.
-    const CInterruptGuard guard(CInterruptGuard::EOwner::kCleansUp);  // until the writer has its own
-    const CString stem = DirectoryOf(target) + "~delvane-" + std::to_string(GetCurrentProcessId()) + "-";
-    for (int attempt = 0;; ++attempt) {
-        CString temporary = stem + std::to_string(attempt) + ".tmp";
-        CHandle file(
-            CreateFileA(temporary.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
-        if (file) return std::make_unique<COwnFileWriter>(std::move(file), std::move(temporary), target);
-        const DWORD code = GetLastError();
-        if (code != ERROR_FILE_EXISTS || attempt > 100) ThrowOpenError(path, "create", code);
+std::unique_ptr<CFileWriter> CreateOwnFile(const std::string& path, std::string_view shownPath) {
+    if (const std::uint32_t code = MayTakePlace(path); code != ERROR_SUCCESS) {
+        ThrowOpenError(shownPath, "create", code);
     }
+    const CInterruptGuard guard(CInterruptGuard::EOwner::kCleansUp);  // until the writer has its own
+    CHandle file;
+    DWORD code = 0;
+    std::string temporary = NameTemporary(DirectoryOf(path), GetCurrentProcessId(), [&](const std::string& name) {
+        file =
+            CHandle(CreateFileA(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        code = GetLastError();
+        return file || code != ERROR_FILE_EXISTS;
+    });
+    if (!file) ThrowOpenError(shownPath, "create", code);
+    return std::make_unique<COwnFileWriter>(std::move(file), std::move(temporary), path);
 }
 
-std::unique_ptr<std::ostream> CreateOwnTextFile(std::string_view path) {
-    const CString target(path);
-    if (MayTakePlace(target) != ERROR_SUCCESS) return nullptr;
-    auto stream = std::make_unique<std::ofstream>(target, std::ios::trunc);  // with CR LF
+std::unique_ptr<std::ostream> CreateOwnTextFile(const std::string& path) {
+    if (MayTakePlace(path) != ERROR_SUCCESS) return nullptr;
+    auto stream = std::make_unique<std::ofstream>(path, std::ios::trunc);  // with CR LF
     if (!stream->is_open()) return nullptr;
     return stream;
 }
 
-CFileBytes ReadOwnFile(std::string_view path, std::uint64_t limit, bool headOnly) {
+CFileBytes ReadOwnFile(const std::string& path, std::string_view shownPath, std::uint64_t limit, bool headOnly) {
     const CDiskFile file(path);
-    if (!file) ThrowOpenError(path, "open", GetLastError());
-    if (file.GetSize() > limit && !headOnly) {
-        throw CFileError(path, "read", ERROR_FILE_TOO_LARGE,
-                         "the file is larger than " + GroupedDecimalText(static_cast<std::int64_t>(limit)) + " bytes");
-    }
-    CFileBytes bytes;
-    if (file.GetSize() == 0) return bytes;
-    bytes.m_buffer = CPageBuffer(static_cast<std::size_t>(std::min(file.GetSize(), limit)));
-    while (bytes.m_nSize < bytes.m_buffer.GetSize()) {
+    if (!file) ThrowOpenError(shownPath, "open", GetLastError());
+    return ReadOpenFile(file.GetSize(), shownPath, limit, headOnly, [&](char* into, std::size_t size) {
         constexpr std::size_t kMostAtOnce = 1 << 24;
         DWORD got = 0;
-        const auto size = static_cast<DWORD>(std::min(bytes.m_buffer.GetSize() - bytes.m_nSize, kMostAtOnce));
-        if (ReadFile(file.Get(), bytes.m_buffer.GetData() + bytes.m_nSize, size, &got, nullptr) == 0) {
-            throw ErrorOf(path, "read", GetLastError());
+        if (ReadFile(file.Get(), into, static_cast<DWORD>(std::min(size, kMostAtOnce)), &got, nullptr) == 0) {
+            throw ErrorOf(shownPath, "read", GetLastError());
         }
-        if (got == 0) break;
-        bytes.m_nSize += got;
-    }
-    return bytes;
+        return std::size_t{got};
+    });
 }
 
 }  // namespace delvane

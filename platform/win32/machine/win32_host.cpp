@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "platform/win32/machine/own_file.h"
+#include "platform/own_file.h"
 #include "platform/win32/machine/system.h"
 #include "platform/win32/machine/win32_machine.h"
 
@@ -75,18 +75,23 @@ std::vector<CString> CWin32Host::ListFiles(std::string_view folder) {
 }
 
 CFileBytes CWin32Host::ReadFile(std::string_view path, std::uint64_t limit) {
-    return ReadOwnFile(GetDisplayPath(path), limit, false);
+    const CString shown = GetDisplayPath(path);
+    return ReadOwnFile(shown, shown, limit, false);
 }
 
 CFileBytes CWin32Host::ReadFileHead(std::string_view path, std::size_t size) {
-    return ReadOwnFile(GetDisplayPath(path), size, true);
+    const CString shown = GetDisplayPath(path);
+    return ReadOwnFile(shown, shown, size, true);
 }
 
 std::unique_ptr<CFileWriter> CWin32Host::CreateFile(std::string_view path) {
-    return CreateOwnFile(GetDisplayPath(path));
+    const CString shown = GetDisplayPath(path);
+    return CreateOwnFile(shown, shown);
 }
 
-std::unique_ptr<std::ostream> CWin32Host::CreateTextFile(std::string_view path) { return CreateOwnTextFile(path); }
+std::unique_ptr<std::ostream> CWin32Host::CreateTextFile(std::string_view path) {
+    return CreateOwnTextFile(CString(path));
+}
 
 // A mutex of the folder's name, for all sessions of the machine; one that another user made cannot even be opened.
 bool CWin32Host::LockProgramFolder() {
