@@ -1,7 +1,7 @@
 // The texts of Wine's registry files: escaped UTF-16 in quotation marks or brackets.
 //
-// A hundred megabytes are read at each capture, so a text is moved eight bytes at a time up to the first byte that
-// needs a decision. All is inline: the reader spends its time here.
+// A registry file is little else, and the reader spends its time here: a text is moved eight bytes at a time up to the
+// first byte that needs a decision, and all is inline.
 #pragma once
 
 #include <array>
