@@ -15,7 +15,7 @@ protected:
         auto snapshot = std::make_unique<CSnapshot>();
         snapshot->SetName("Snap");
         m_bComplete = snapshot->Capture(progress);
-        EXPECT_EQ(m_pMachine->m_registry.m_nOpen, 0U) << "every key was closed";
+        EXPECT_EQ(m_pMachine->m_registry.GetOpenCount(), 0U) << "every key was closed";
         return snapshot;
     }
     CString Walked(std::string_view registry, CCaptureProgress* progress = nullptr) {

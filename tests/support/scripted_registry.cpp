@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -30,13 +29,6 @@ std::vector<CString> TextsOf(std::string_view line) {
         }
     }
     return texts;
-}
-
-std::uint32_t Fill(CRoom& room, std::string_view bytes, std::uint32_t extra) {
-    const bool fits = room.m_nSize >= bytes.size() + extra;
-    room.m_nSize = static_cast<std::uint32_t>(bytes.size());
-    if (fits) std::memcpy(room.m_pBytes, bytes.data(), bytes.size());
-    return fits ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
 }  // namespace
@@ -104,21 +96,34 @@ CScriptedRegistry::CValue CScriptedRegistry::ParseValue(std::string_view line) {
     return value;
 }
 
-const CScriptedRegistry::CKey* CScriptedRegistry::Find(HKEY key) const {
-    if (key > 0 && key <= m_handles.size()) return m_handles[key - 1];
-    for (const auto& [name, root] : kRoots) {
+CScriptedRegistry::COpenKey* CScriptedRegistry::Find(HKEY key) {
+    if (key < HKEY_CLASSES_ROOT) return m_keys.Find(key);
+    static const CKey kEmptyHive;
+    COpenKey& root = m_roots[key];
+    root.Show(kEmptyHive);
+    for (const auto& [name, number] : kRoots) {
         for (const auto& hive : m_top.m_subkeys) {
-            if (root == key && hive->m_name == name) return hive.get();
+            if (number == key && hive->m_name == name) root.Show(*hive);
         }
     }
-    static const CKey kEmptyHive;
-    return key >= HKEY_CLASSES_ROOT ? &kEmptyHive : nullptr;
+    return &root;
+}
+
+void CScriptedRegistry::COpenKey::Show(const CKey& key) {
+    m_pKey = &key;
+    m_contents.Clear();
+    for (const auto& subkey : key.m_subkeys)
+        m_contents.m_subkeys.push_back({m_contents.Add(subkey->m_name), 0});
+    for (const CValue& value : key.m_values) {
+        const CKeyContents::CSpan name = m_contents.Add(value.m_name);
+        m_contents.m_values.push_back({name, value.m_dwType, m_contents.Add(value.m_data)});
+    }
 }
 
 std::uint32_t CScriptedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY& key) {
-    const CKey* const above = Find(parent);
+    const COpenKey* const above = Find(parent);
     if (above == nullptr) return ERROR_INVALID_HANDLE;
-    const auto& subkeys = above->m_subkeys;
+    const auto& subkeys = above->m_pKey->m_subkeys;
     auto found =
         std::find_if(subkeys.begin(), subkeys.end(), [&](const auto& candidate) { return candidate->m_name == name; });
     if (found == subkeys.end()) {
@@ -127,60 +132,46 @@ std::uint32_t CScriptedRegistry::OpenKey(HKEY parent, std::string_view name, HKE
     }
     if (found == subkeys.end()) return ERROR_FILE_NOT_FOUND;
     if ((*found)->m_refusal == "unopenable") return ERROR_ACCESS_DENIED;
-    m_handles.push_back(found->get());
-    key = static_cast<HKEY>(m_handles.size());
-    ++m_nOpen;
+    std::unique_ptr<COpenKey> opened = m_keys.Take();
+    opened->Show(**found);
+    key = m_keys.Add(std::move(opened));
     return ERROR_SUCCESS;
 }
 
-void CScriptedRegistry::CloseKey(HKEY key) {
-    if (key == 0 || key > m_handles.size() || m_handles[key - 1] == nullptr) return;
-    m_handles[key - 1] = nullptr;
-    --m_nOpen;
-}
-
 std::uint32_t CScriptedRegistry::QueryInfo(HKEY key, CKeyInfo& info) {
-    const CKey* const open = Find(key);
+    const COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
-    info = {};
-    info.m_nSubkeys = static_cast<std::uint32_t>(open->m_subkeys.size());
-    info.m_nValues = static_cast<std::uint32_t>(open->m_values.size() + (open->m_refusal == "shrinks" ? 1 : 0));
-    for (const auto& subkey : open->m_subkeys)
-        info.m_nLongestSubkey = std::max(info.m_nLongestSubkey, static_cast<std::uint32_t>(subkey->m_name.size()));
-    for (const CValue& value : open->m_values) {
-        const std::size_t known = value.m_data.size() - (value.m_refusal == "grows" ? 1 : 0);
-        info.m_nLongestValueName = std::max(info.m_nLongestValueName, static_cast<std::uint32_t>(value.m_name.size()));
-        info.m_nLargestData = std::max(info.m_nLargestData, static_cast<std::uint32_t>(known));
+    open->m_contents.QueryInfo(info);
+    if (open->m_pKey->m_refusal == "shrinks") ++info.m_nValues;
+    for (const CValue& value : open->m_pKey->m_values) {
+        if (value.m_refusal == "grows" && value.m_data.size() == info.m_nLargestData) --info.m_nLargestData;
     }
     return ERROR_SUCCESS;
 }
 
 std::uint32_t CScriptedRegistry::EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type,
                                            CRoom& data) {
-    const CKey* const open = Find(key);
+    const COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
-    if (index >= open->m_values.size()) return ERROR_NO_MORE_ITEMS;
-    const CValue& value = open->m_values[index];
-    type = value.m_dwType;
-    const bool empty = value.m_refusal == "late" || value.m_refusal == "vanishes";
-    const std::uint32_t result = Fill(data, empty ? CString() : value.m_data, 0);
-    return std::max(result, Fill(name, value.m_name, 1));
+    const std::uint32_t code = open->m_contents.EnumValue(index, name, type, data);
+    if (code == ERROR_NO_MORE_ITEMS) return code;
+    const CString& refusal = open->m_pKey->m_values[index].m_refusal;
+    if (refusal == "late" || refusal == "vanishes") data.m_nSize = 0;
+    return code;
 }
 
 std::uint32_t CScriptedRegistry::EnumKey(HKEY key, std::uint32_t index, CRoom& name) {
-    const CKey* const open = Find(key);
-    if (open == nullptr) return ERROR_INVALID_HANDLE;
-    if (index >= open->m_subkeys.size()) return ERROR_NO_MORE_ITEMS;
-    return Fill(name, open->m_subkeys[index]->m_name, 1);
+    const COpenKey* const open = Find(key);
+    return open == nullptr ? ERROR_INVALID_HANDLE : open->m_contents.EnumKey(index, name);
 }
 
 std::uint32_t CScriptedRegistry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
-    const CKey* const open = Find(key);
+    const COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
-    for (const CValue& value : open->m_values) {
+    for (const CValue& value : open->m_pKey->m_values) {
         if (mbsicmp(value.m_name, name) != 0 || value.m_refusal == "vanishes") continue;
         if (type != nullptr) *type = value.m_dwType;
-        if (data.m_pBytes != nullptr) return Fill(data, value.m_data, 0);
+        if (data.m_pBytes != nullptr) return FillRoom(data, value.m_data, false) ? ERROR_SUCCESS : ERROR_MORE_DATA;
         data.m_nSize = static_cast<std::uint32_t>(value.m_data.size());
         return ERROR_SUCCESS;
     }

@@ -1,11 +1,12 @@
 // A registry in memory, written as indented text, on which the refusals of real ones can be staged.
 #pragma once
 
+#include <map>
 #include <memory>
 #include <string_view>
 #include <vector>
 
-#include "platform/machine.h"
+#include "platform/open_keys.h"
 
 namespace delvane {
 
@@ -20,13 +21,13 @@ public:
     explicit CScriptedRegistry(std::string_view text = {});
 
     std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
-    void CloseKey(HKEY key);
+    void CloseKey(HKEY key) { m_keys.Close(key); }
     std::uint32_t QueryInfo(HKEY key, CKeyInfo& info);
     std::uint32_t EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data);
     std::uint32_t EnumKey(HKEY key, std::uint32_t index, CRoom& name);
     std::uint32_t QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data);
 
-    std::size_t m_nOpen = 0;  // keys that are open now
+    std::size_t GetOpenCount() const { return m_keys.GetCount(); }
 
 private:
     struct CValue {
@@ -43,10 +44,17 @@ private:
     };
 
     static CValue ParseValue(std::string_view line);
-    const CKey* Find(HKEY key) const;
+    struct COpenKey {
+        void Show(const CKey& key);
 
-    CKey m_top;                          // of the hives
-    std::vector<const CKey*> m_handles;  // by handle less one
+        const CKey* m_pKey = nullptr;
+        CKeyContents m_contents;
+    };
+    COpenKey* Find(HKEY key);
+
+    CKey m_top;  // of the hives
+    COpenKeys<COpenKey> m_keys;
+    std::map<HKEY, COpenKey> m_roots;
 };
 
 }  // namespace delvane

@@ -294,12 +294,16 @@ bool CRegfHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
     if ((U16(cell, kKeyFlags) & kFlagPredefined) != 0) return false;
     for (std::uint32_t child = node.m_nFirstChild; child - node.m_nFirstChild < node.m_nChildCount; ++child)
         contents.m_subkeys.push_back({AddKeyName(child, contents), child});
+    if (node.m_nChildCount < U32(cell, kKeySubkeyCount)) contents.m_dwError = ERROR_REGISTRY_CORRUPT;
     const std::size_t count = U32(cell, kKeyValueCount);
     if (count == 0) return true;
     const std::string_view list = GetCell(U32(cell, kKeyValues));
     const std::size_t listed = std::min(count, list.size() / 4);
     const ECounted verdict = m_counted[key];
-    if (verdict == ECounted::kBeyond) return true;
+    if (verdict == ECounted::kBeyond) {
+        contents.m_dwError = ERROR_REGISTRY_CORRUPT;
+        return true;
+    }
     const std::size_t begin = contents.m_bytes.size();
     // With what the values take in the file beside their names and data: empty ones count too.
     const auto handedOut = [&](std::size_t values) {
@@ -310,11 +314,13 @@ bool CRegfHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
         isWhole = AddValue(U32(list, i * 4), contents) && isWhole;
         if (verdict == ECounted::kWithin || m_nHandedOut + handedOut(i) <= GetMostHandedOut()) continue;
         contents.m_values.clear();
+        contents.m_dwError = ERROR_REGISTRY_CORRUPT;
         m_counted[key] = ECounted::kBeyond;
         NoteBadValue(key);
         if (m_nRefunds++ >= kMostRefunds) m_nHandedOut += handedOut(i);
         return true;
     }
+    if (!isWhole) contents.m_dwError = ERROR_REGISTRY_CORRUPT;
     if (verdict == ECounted::kWithin) return true;
     m_counted[key] = ECounted::kWithin;
     m_nHandedOut += handedOut(listed);

@@ -1,6 +1,15 @@
-// An open key holds all that it shows, decoded once: the number and the sizes of its values are asked for first and the
-// values one by one afterwards. Closed keys are kept for their memory, so a walk takes memory for as many keys as it
-// has open at a time.
+// What the calls see is one tree, made of hives as it is asked for:
+//
+//     predefined key   leads to a root: a key of a hive, or two of them laid over each other
+//     open key         one or two keys of hives, its layers; it holds all that it shows, decoded once, since the number
+//                      and the sizes of its values are asked for first and the values one by one afterwards
+//     its subkeys      those of the first layer, and those of the second that it has not; of two of one name each is
+//                      the other's second layer. A mount stands in place of a subkey, or beside them
+//     its values       those of the first layer, and those of the second that it has not
+//     a link           is followed when it is opened, by its path from a predefined key, over other links if need be
+//
+// Links may lead round in circles or fan out. A key that is open above is not opened again, which ends the circles, and
+// a walk opens a number of keys behind links, and bytes in them, which ends the rest.
 #include "platform/hosted/registry/registry.h"
 
 #include <algorithm>
@@ -45,6 +54,12 @@ struct CHostedRegistry::COpenKey {
     CKeyContents m_contents;
     std::vector<CLayers> m_children;  // by index, where the hive's numbers do not tell; else empty
 
+    void Forget() {
+        m_bRead = false;
+        m_nLastChild = 0;
+        m_nLastValue = 0;
+        m_answer.reset();
+    }
     CLayers GetChild(std::size_t index) const {
         if (!m_children.empty()) return m_children[index];
         return {{m_layers.m_first.m_pHive, m_contents.m_subkeys[index].m_nKey}, {}};
@@ -104,14 +119,7 @@ CHostedRegistry::COpenKey* CHostedRegistry::GetOpenKey(HKEY key) {
         }
         return root.get();
     }
-    return key != 0 && key <= m_open.size() ? m_open[key - 1].get() : nullptr;
-}
-
-std::unique_ptr<CHostedRegistry::COpenKey> CHostedRegistry::TakeOpenKey() {
-    if (m_spare.empty()) return std::make_unique<COpenKey>();
-    std::unique_ptr<COpenKey> key = std::move(m_spare.back());
-    m_spare.pop_back();
-    return key;
+    return m_open.Find(key);
 }
 
 std::uint32_t CHostedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY& key) {
@@ -133,39 +141,22 @@ std::uint32_t CHostedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY&
     if (std::find(m_unopenable.begin(), m_unopenable.end(), layers->m_first) != m_unopenable.end()) {
         return ERROR_INVALID_HANDLE;
     }
-    std::unique_ptr<COpenKey> opened = TakeOpenKey();
+    std::unique_ptr<COpenKey> opened = m_open.Take();
+    opened->Forget();
     opened->m_layers = *layers;
     opened->m_pParent = above;
     opened->m_nDepth = above->m_nDepth + 1;
     opened->m_bBehindLink = isLink || above->m_bBehindLink;
     const bool isRead = Read(*opened);
     if (!isRead || !CountBehindLinks(*opened)) {
-        opened->m_bRead = false;
-        m_spare.push_back(std::move(opened));
+        m_open.GiveBack(std::move(opened));
         return isRead ? ERROR_CANT_RESOLVE_FILENAME : ERROR_BADKEY;
     }
-    if (m_freeHandles.empty()) {
-        m_open.push_back(nullptr);
-        m_freeHandles.push_back(static_cast<HKEY>(m_open.size()));
-    }
-    key = m_freeHandles.back();
-    m_freeHandles.pop_back();
-    m_open[key - 1] = std::move(opened);
-    ++m_nOpen;
+    key = m_open.Add(std::move(opened));
     return ERROR_SUCCESS;
 }
 
-void CHostedRegistry::CloseKey(HKEY key) {
-    if (key == 0 || key > m_open.size() || m_open[key - 1] == nullptr) return;
-    COpenKey& closed = *m_open[key - 1];
-    closed.m_bRead = false;
-    closed.m_nLastChild = 0;
-    closed.m_nLastValue = 0;
-    closed.m_answer.reset();
-    m_spare.push_back(std::move(m_open[key - 1]));
-    m_freeHandles.push_back(key);
-    --m_nOpen;
-}
+void CHostedRegistry::CloseKey(HKEY key) { m_open.Close(key); }
 
 // False for a key behind a link once a walk has seen too many of them.
 bool CHostedRegistry::CountBehindLinks(const COpenKey& key) {
@@ -242,6 +233,7 @@ void CHostedRegistry::ReadSecondLayer(COpenKey& key) {
             key.m_children[found->second].m_second = place;
         }
     }
+    if (contents.m_dwError == ERROR_SUCCESS) contents.m_dwError = m_scratch.m_dwError;
     std::unordered_set<std::string> values;
     for (const CKeyContents::CValue& value : contents.m_values)
         values.insert(FoldKeyName(contents.Get(value.m_name)));
@@ -270,44 +262,24 @@ void CHostedRegistry::ApplyMounts(COpenKey& key) {
 std::uint32_t CHostedRegistry::QueryInfo(HKEY key, CKeyInfo& info) {
     COpenKey* const open = GetOpenKey(key);
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
-    if (open->m_pParent == nullptr && m_nOpen == 0) m_nBehindLinks = m_nBytesBehindLinks = 0;  // a walk begins
-    const CKeyContents& contents = open->m_contents;
-    std::size_t longestSubkey = 0;
-    std::size_t longestName = 0;
-    std::size_t largestData = 0;
-    for (const CKeyContents::CSubkey& subkey : contents.m_subkeys)
-        longestSubkey = std::max(longestSubkey, subkey.m_name.m_nLength);
-    for (const CKeyContents::CValue& value : contents.m_values) {
-        longestName = std::max(longestName, value.m_name.m_nLength);
-        largestData = std::max(largestData, value.m_data.m_nLength);
-    }
-    info.m_nSubkeys = static_cast<std::uint32_t>(contents.m_subkeys.size());
-    info.m_nLongestSubkey = static_cast<std::uint32_t>(longestSubkey);
-    info.m_nValues = static_cast<std::uint32_t>(contents.m_values.size());
-    info.m_nLongestValueName = static_cast<std::uint32_t>(longestName);
-    info.m_nLargestData = static_cast<std::uint32_t>(largestData);
+    if (open->m_pParent == nullptr && m_open.GetCount() == 0)
+        m_nBehindLinks = m_nBytesBehindLinks = 0;  // a walk begins
+    open->m_contents.QueryInfo(info);
     return ERROR_SUCCESS;
 }
 
 std::uint32_t CHostedRegistry::EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) {
     COpenKey* const open = GetOpenKey(key);
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
-    const CKeyContents& contents = open->m_contents;
-    if (index >= contents.m_values.size()) return ERROR_NO_MORE_ITEMS;
-    const CKeyContents::CValue& value = contents.m_values[index];
     open->m_nLastValue = index;
-    type = value.m_dwType;
-    const bool nameFits = FillRoom(name, contents.Get(value.m_name), true);
-    const bool dataFits = FillRoom(data, contents.Get(value.m_data), false);
-    return nameFits && dataFits ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    return open->m_contents.EnumValue(index, name, type, data);
 }
 
 std::uint32_t CHostedRegistry::EnumKey(HKEY key, std::uint32_t index, CRoom& name) {
     COpenKey* const open = GetOpenKey(key);
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
-    if (index >= open->m_contents.m_subkeys.size()) return ERROR_NO_MORE_ITEMS;
     open->m_nLastChild = index;
-    return FillRoom(name, open->GetChildName(index), true) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    return open->m_contents.EnumKey(index, name);
 }
 
 std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {

@@ -62,7 +62,7 @@ public:
     std::optional<CString> FindText(HKEY root, std::string_view path, std::string_view name);
     std::optional<std::uint32_t> FindNumber(HKEY root, std::string_view path, std::string_view name);
     std::vector<CString> ListSubkeys(HKEY root, std::string_view path);
-    std::size_t GetOpenCount() const { return m_nOpen; }
+    std::size_t GetOpenCount() const { return m_open.GetCount(); }
     // What was found wrong so far.
     std::vector<CNotice> GetProblems() const;
 
@@ -87,7 +87,6 @@ private:
     struct COpenKey;
 
     COpenKey* GetOpenKey(HKEY key);
-    std::unique_ptr<COpenKey> TakeOpenKey();
     bool Read(COpenKey& key);
     void ReadSecondLayer(COpenKey& key);
     void ApplyMounts(COpenKey& key);
@@ -111,12 +110,9 @@ private:
     std::vector<CNotice> m_problems;
     std::vector<CWatchedFile> m_files;
 
-    std::vector<std::unique_ptr<COpenKey>> m_open;  // by handle less one; null where it is closed
-    std::vector<HKEY> m_freeHandles;
-    std::vector<std::unique_ptr<COpenKey>> m_spare;  // closed, kept for their memory
+    COpenKeys<COpenKey> m_open;
     std::map<HKEY, std::unique_ptr<COpenKey>> m_openRoots;
     CKeyContents m_scratch;
-    std::size_t m_nOpen = 0;
     std::size_t m_nBehindLinks = 0;         // keys that this walk has opened behind links,
     std::uint64_t m_nBytesBehindLinks = 0;  // and what they hold
 };

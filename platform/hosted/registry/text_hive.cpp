@@ -176,10 +176,12 @@ bool CTextHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
 
 void CTextHive::ReadSection(std::size_t position, CKeyContents& contents) {
     m_text.SetPosition(position);
+    const std::size_t problems = m_text.GetProblemCount();
     for (CRegistryText::CValue value; m_text.NextValue(value);) {
         const CKeyContents::CSpan name = contents.Add(value.m_name);
         contents.m_values.push_back({name, value.m_dwType, contents.Add(value.m_data)});
     }
+    if (m_text.GetProblemCount() != problems) contents.m_dwError = ERROR_REGISTRY_CORRUPT;
 }
 
 std::optional<std::uint32_t> CTextHive::FindSubkey(std::uint32_t key, std::string_view name) {

@@ -46,43 +46,29 @@ bool EqualNoCase(std::wstring_view a, std::wstring_view b) {
 }  // namespace
 
 struct CWin32Registry::COpenKey {
-    struct CPart {
-        std::uint32_t m_nOffset;
-        std::uint32_t m_nLength;
-    };
-    struct CValue {
-        CPart m_name;
-        CPart m_data;
-        std::uint32_t m_nType;
-    };
-
     ::HKEY m_key = nullptr;
     const COpenKey* m_pParent = nullptr;
     std::wstring m_realPath;
     bool m_bBehindLink = false;
     bool m_bRead = false;
-    std::uint32_t m_dwError = ERROR_SUCCESS;  // why an entry is missing
-    std::vector<char> m_bytes;                // names and data
-    std::vector<CPart> m_subkeys;
-    std::vector<CValue> m_values;
+    CKeyContents m_contents;
 
-    std::string_view TextOf(const CPart& part) const { return {m_bytes.data() + part.m_nOffset, part.m_nLength}; }
-    CPart Keep(const char* bytes, std::uint32_t length) {
-        const auto offset = static_cast<std::uint32_t>(m_bytes.size());
-        m_bytes.insert(m_bytes.end(), bytes, bytes + length);
-        return {offset, length};
+    ~COpenKey() {
+        if (m_pParent != nullptr) Close();  // else it is a predefined one
+    }
+    void Close() {
+        if (m_key != nullptr) RegCloseKey(m_key);
+        m_key = nullptr;
     }
     std::uint32_t Read();
+    std::uint32_t ReadOnce() { return m_bRead ? ERROR_SUCCESS : Read(); }
     void ReadValues(std::uint32_t count, std::vector<char>& name, std::vector<char>& data);
     void ReadSubkeys(std::uint32_t count, std::vector<char>& name);
 };
 
 std::uint32_t CWin32Registry::COpenKey::Read() {
     m_bRead = true;
-    m_dwError = ERROR_SUCCESS;
-    m_bytes.clear();
-    m_subkeys.clear();
-    m_values.clear();
+    m_contents.Clear();
     DWORD subkeys = 0;
     DWORD longestSubkey = 0;
     DWORD values = 0;
@@ -103,7 +89,7 @@ std::uint32_t CWin32Registry::COpenKey::Read() {
 // As many as were counted; the list may have shrunk since. An entry that cannot be read costs itself.
 void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>& name, std::vector<char>& data) {
     constexpr std::size_t kLargest = std::size_t{1} << 30;
-    m_values.reserve(count);
+    m_contents.m_values.reserve(count);
     for (DWORD index = 0; index < count; ++index) {
         auto nameLength = static_cast<DWORD>(name.size());
         auto dataLength = static_cast<DWORD>(data.size());
@@ -111,7 +97,8 @@ void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>
         const LSTATUS code = RegEnumValueA(m_key, index, name.data(), &nameLength, nullptr, &type,
                                            reinterpret_cast<BYTE*>(data.data()), &dataLength);
         if (code == 0) {
-            m_values.push_back({Keep(name.data(), nameLength), Keep(data.data(), dataLength), type});
+            const CKeyContents::CSpan kept = m_contents.Add({name.data(), nameLength});
+            m_contents.m_values.push_back({kept, type, m_contents.Add({data.data(), dataLength})});
         } else if (code == static_cast<LSTATUS>(ERROR_MORE_DATA) && data.size() < kLargest) {
             name.resize(name.size() * 2);
             data.resize(std::max<std::size_t>(data.size() * 2, dataLength));
@@ -119,37 +106,33 @@ void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>
         } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
             break;
         } else {
-            m_dwError = static_cast<std::uint32_t>(code);
+            m_contents.m_dwError = static_cast<std::uint32_t>(code);
         }
     }
 }
 
 void CWin32Registry::COpenKey::ReadSubkeys(std::uint32_t count, std::vector<char>& name) {
     constexpr std::size_t kLongest = std::size_t{1} << 20;
-    m_subkeys.reserve(count);
+    m_contents.m_subkeys.reserve(count);
     for (DWORD index = 0; index < count; ++index) {
         auto length = static_cast<DWORD>(name.size());
         const LSTATUS code = RegEnumKeyExA(m_key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
         if (code == 0) {
-            m_subkeys.push_back(Keep(name.data(), length));
+            m_contents.m_subkeys.push_back({m_contents.Add({name.data(), length}), 0});
         } else if (code == static_cast<LSTATUS>(ERROR_MORE_DATA) && name.size() < kLongest) {
             name.resize(name.size() * 2);
             --index;
         } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
             break;
         } else {
-            m_dwError = static_cast<std::uint32_t>(code);
+            m_contents.m_dwError = static_cast<std::uint32_t>(code);
         }
     }
 }
 
 CWin32Registry::CWin32Registry() = default;
 
-CWin32Registry::~CWin32Registry() {
-    for (const std::unique_ptr<COpenKey>& key : m_keys) {
-        if (key != nullptr) RegCloseKey(key->m_key);
-    }
-}
+CWin32Registry::~CWin32Registry() = default;
 
 CWin32Registry::COpenKey* CWin32Registry::FindPredefined(HKEY key) {
     for (const std::unique_ptr<COpenKey>& known : m_predefined) {
@@ -163,7 +146,7 @@ CWin32Registry::COpenKey* CWin32Registry::FindPredefined(HKEY key) {
 
 CWin32Registry::COpenKey* CWin32Registry::Find(HKEY key) {
     if (key >= HKEY_CLASSES_ROOT) return FindPredefined(key);
-    return key == 0 || key > m_keys.size() ? nullptr : m_keys[key - 1].get();
+    return m_keys.Find(key);
 }
 
 // Whether the key is another one than those that it lies in. A key of its parent's path and its own name stands where
@@ -195,33 +178,22 @@ std::uint32_t CWin32Registry::OpenKey(HKEY parent, std::string_view name, HKEY& 
     const LSTATUS code = RegOpenKeyExA(above->m_key, CString(name).c_str(), 0, KEY_READ, &opened);
     if (code != 0) return static_cast<std::uint32_t>(code);
     if (IsPredefined(opened)) return ERROR_INVALID_HANDLE;
-    if (m_spare.empty()) m_spare.push_back(std::make_unique<COpenKey>());
-    std::unique_ptr<COpenKey> made = std::move(m_spare.back());
-    m_spare.pop_back();
+    std::unique_ptr<COpenKey> made = m_keys.Take();
     made->m_key = opened;
     made->m_pParent = above;
     made->m_bRead = false;
     if (!MayShow(*above, *made)) {
-        RegCloseKey(opened);
-        m_spare.push_back(std::move(made));
+        made->Close();
+        m_keys.GiveBack(std::move(made));
         return ERROR_CANT_RESOLVE_FILENAME;
     }
-    if (m_free.empty()) {
-        m_keys.emplace_back();
-        m_free.push_back(static_cast<HKEY>(m_keys.size()));
-    }
-    key = m_free.back();
-    m_free.pop_back();
-    m_keys[key - 1] = std::move(made);
+    key = m_keys.Add(std::move(made));
     return ERROR_SUCCESS;
 }
 
 void CWin32Registry::CloseKey(HKEY key) {
-    if (key >= HKEY_CLASSES_ROOT || Find(key) == nullptr) return;
-    std::unique_ptr<COpenKey>& open = m_keys[key - 1];
-    RegCloseKey(open->m_key);
-    m_spare.push_back(std::move(open));
-    m_free.push_back(key);
+    if (COpenKey* const open = m_keys.Find(key)) open->Close();
+    m_keys.Close(key);
 }
 
 std::uint32_t CWin32Registry::QueryInfo(HKEY key, CKeyInfo& info) {
@@ -229,37 +201,22 @@ std::uint32_t CWin32Registry::QueryInfo(HKEY key, CKeyInfo& info) {
     COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
     if (const std::uint32_t code = open->Read(); code != ERROR_SUCCESS) return code;
-    info = {};
-    info.m_dwError = open->m_dwError;
-    info.m_nSubkeys = static_cast<std::uint32_t>(open->m_subkeys.size());
-    info.m_nValues = static_cast<std::uint32_t>(open->m_values.size());
-    for (const COpenKey::CPart& subkey : open->m_subkeys)
-        info.m_nLongestSubkey = std::max(info.m_nLongestSubkey, subkey.m_nLength);
-    for (const COpenKey::CValue& value : open->m_values) {
-        info.m_nLongestValueName = std::max(info.m_nLongestValueName, value.m_name.m_nLength);
-        info.m_nLargestData = std::max(info.m_nLargestData, value.m_data.m_nLength);
-    }
+    open->m_contents.QueryInfo(info);
     return ERROR_SUCCESS;
 }
 
 std::uint32_t CWin32Registry::EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) {
     COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
-    if (const std::uint32_t code = open->m_bRead ? ERROR_SUCCESS : open->Read(); code != ERROR_SUCCESS) return code;
-    if (index >= open->m_values.size()) return ERROR_NO_MORE_ITEMS;
-    const COpenKey::CValue& value = open->m_values[index];
-    type = value.m_nType;
-    const bool nameFits = FillRoom(name, open->TextOf(value.m_name), true);
-    const bool dataFits = FillRoom(data, open->TextOf(value.m_data), false);
-    return nameFits && dataFits ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    if (const std::uint32_t code = open->ReadOnce(); code != ERROR_SUCCESS) return code;
+    return open->m_contents.EnumValue(index, name, type, data);
 }
 
 std::uint32_t CWin32Registry::EnumKey(HKEY key, std::uint32_t index, CRoom& name) {
     COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
-    if (const std::uint32_t code = open->m_bRead ? ERROR_SUCCESS : open->Read(); code != ERROR_SUCCESS) return code;
-    if (index >= open->m_subkeys.size()) return ERROR_NO_MORE_ITEMS;
-    return FillRoom(name, open->TextOf(open->m_subkeys[index]), true) ? ERROR_SUCCESS : ERROR_MORE_DATA;
+    if (const std::uint32_t code = open->ReadOnce(); code != ERROR_SUCCESS) return code;
+    return open->m_contents.EnumKey(index, name);
 }
 
 std::uint32_t CWin32Registry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {

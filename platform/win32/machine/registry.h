@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/machine.h"
+#include "platform/open_keys.h"
 
 namespace delvane {
 
@@ -37,9 +37,7 @@ private:
     COpenKey* FindPredefined(HKEY key);
     bool MayShow(const COpenKey& parent, COpenKey& key);
 
-    std::vector<std::unique_ptr<COpenKey>> m_keys;  // by number; null where a number is free
-    std::vector<HKEY> m_free;
-    std::vector<std::unique_ptr<COpenKey>> m_spare;       // closed, kept for their buffers
+    COpenKeys<COpenKey> m_keys;
     std::vector<std::unique_ptr<COpenKey>> m_predefined;  // open at all times
     std::size_t m_nBehindLinks = 0;                       // keys behind links, in this walk
     std::vector<CString> m_notices;
