@@ -1,3 +1,12 @@
+// One pass over the text makes a table of its keys, in the order of the file: of each the parent's chain of children,
+// the name, and where its values begin. No value is looked at, and no name is copied that stands in the text as it is.
+//
+// A section names its key by the whole path. Wine writes sections in the order of their paths, so each is made from the
+// one before: of the path that both have in common the keys are known (the chain), and of the rest each name either
+// sorts behind its last sibling, and is a new key, or is looked for. Where a parent's children do not ascend, by an
+// editor's hand, they are searched one by one until that has taken long enough for a hash table of all keys to be worth
+// it. Keys without values have no section, so a path makes the parents that are missing; a key that has two sections
+// keeps the second aside, and later values replace earlier ones when it is read.
 #include "platform/hosted/registry/text_hive.h"
 
 #include <algorithm>
