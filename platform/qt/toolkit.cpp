@@ -152,7 +152,7 @@ protected:
     bool event(QEvent* happened) override {
         if (happened->type() == CPostedEvent::kType) {
             const auto* const posted = static_cast<CPostedEvent*>(happened);
-            m_events.OnMessage(posted->m_nMessage, posted->m_wParam, posted->m_lParam);
+            if (!m_bEnded) m_events.OnMessage(posted->m_nMessage, posted->m_wParam, posted->m_lParam);
             return true;
         }
         if (happened->type() == QEvent::FontChange) Place();
@@ -262,6 +262,7 @@ private:
         }
         if (m_pLabel != nullptr) m_pLabel->setBuddy(widget);
         m_pLabel = nullptr;
+        widget->setObjectName(QString::number(id));
         m_controls[id] = widget;
         m_widgets.push_back(widget);
     }
@@ -285,6 +286,7 @@ private:
                     action->setShortcut(QKeySequence(ToQt(entry.m_text.substr(tab + 1))));
                 const std::uint32_t id = entry.m_id;
                 connect(action, &QAction::triggered, [this, id] { Tell(id, EControlEvent::kClicked); });
+                action->setObjectName(QString::number(id));
                 m_actions[id] = action;
             }
         }
