@@ -94,10 +94,6 @@ void ThrowIfExhausted(std::string_view path, int error) {
     throw CFileError(path, "open directory", Win32Error(error), ErrorText(error));
 }
 
-// Whether the failure says that nothing is there: a link that leads nowhere or round in a circle, or an entry that has
-// gone since its directory was read.
-bool IsNothing(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
-
 }  // namespace
 
 // An open search: its directory, the sorted names, and the entry that was delivered last.
@@ -350,7 +346,7 @@ std::uint32_t CSearchSet::OpenDirectory(std::string_view path, CDescriptor& dire
         }
     }
     const std::optional<std::string> hostPath = m_paths.Find(path);
-    if (!hostPath) return ERROR_PATH_NOT_FOUND;
+    if (!hostPath) return Win32Error(errno);
     const std::uint32_t error = open(AT_FDCWD, hostPath->c_str());
     struct stat status {};
     if (error != ERROR_SUCCESS || fstat(directory.Get(), &status) != 0) {
@@ -400,7 +396,7 @@ void CSearchSet::Close(CLevel& level) {
 std::uint32_t CSearchSet::FindPath(std::string_view path, CFileWords& words) {
     ThrowIfInterrupted();
     const std::optional<std::string> hostPath = m_paths.Find(path);
-    if (!hostPath) return ERROR_FILE_NOT_FOUND;
+    if (!hostPath) return Win32Error(errno);
     const std::size_t nameStart = hostPath->rfind('/') + 1;
     const std::string directoryPath = hostPath->substr(0, nameStart);
     const CDescriptor directory(OpenUntouched(AT_FDCWD, directoryPath.c_str(), O_DIRECTORY));

@@ -52,6 +52,8 @@ std::uint32_t Win32Error(int error) {
     }
 }
 
+bool IsNothing(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
+
 void CDescriptor::Reset(int fd) {
     if (m_fd >= 0) close(m_fd);
     m_fd = fd;

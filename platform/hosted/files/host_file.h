@@ -21,6 +21,9 @@ const char* ErrorText(int error);
 // A pipe that nobody reads and a limit of the file size are failed writes, not the program's end.
 inline constexpr std::array kIgnoredSignals = {SIGPIPE, SIGXFSZ};
 
+// Whether an errno says that nothing is there: neither a file nor what a link leads to, or a circle of links.
+bool IsNothing(int error);
+
 // A file descriptor and its close.
 class CDescriptor {
 public:

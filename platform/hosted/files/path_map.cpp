@@ -1,6 +1,7 @@
 #include "platform/hosted/files/path_map.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <dirent.h>
 #include <memory>
 #include <sys/stat.h>
@@ -70,25 +71,31 @@ std::optional<std::string> CPathMap::FindName(const std::string& directory, std:
     if (stat(directory.c_str(), &status) != 0) return std::nullopt;
     const auto stamp = [](const timespec& time) { return std::pair(time.tv_sec, time.tv_nsec); };
     if (m_listing.m_directory != directory || m_listing.m_changed != stamp(status.st_ctim)) {
-        m_listing.m_directory = directory;
-        m_listing.m_changed = stamp(status.st_ctim);
-        m_listing.m_names.clear();
+        m_listing = {};
         const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.c_str()), &closedir);
         if (stream == nullptr) return std::nullopt;
+        m_listing.m_directory = directory;
+        m_listing.m_changed = stamp(status.st_ctim);
         while (const dirent* const entry = readdir(stream.get())) {
             std::string& found = m_listing.m_names[FoldCase(entry->d_name)];
             if (found.empty() || found > entry->d_name) found = entry->d_name;
         }
     }
     const auto found = m_listing.m_names.find(FoldCase(name));
-    return found == m_listing.m_names.end() ? std::nullopt : std::optional(found->second);
+    if (found != m_listing.m_names.end()) return found->second;
+    errno = ENOENT;
+    return std::nullopt;
 }
 
 std::optional<std::string> CPathMap::Find(std::string_view path) const {
+    errno = ENOENT;
     const std::optional<CParts> parts = Split(path);
     std::optional<std::string> found = parts ? FindAnywhere(*parts) : std::nullopt;
     if (!found || parts->m_pDrive == nullptr || !parts->m_pDrive->m_bConfined) return found;
-    return LiesWithin(RealHostPath(*found), parts->m_pDrive->m_realRoot) ? found : std::nullopt;
+    const std::string real = RealHostPath(*found);
+    if (LiesWithin(real, parts->m_pDrive->m_realRoot)) return found;
+    if (!real.empty()) errno = ENOENT;
+    return std::nullopt;
 }
 
 std::optional<std::string> CPathMap::FindAnywhere(const CParts& parts) const {
@@ -97,10 +104,12 @@ std::optional<std::string> CPathMap::FindAnywhere(const CParts& parts) const {
     for (const std::string& name : parts.m_names)
         spelled = Join(spelled, name);
     if (Exists(spelled)) return spelled;
+    if (!IsNothing(errno)) return std::nullopt;
     std::string found = base;
     for (const std::string& name : parts.m_names) {
         std::string next = Join(found, name);
         if (!Exists(next)) {
+            if (!IsNothing(errno)) return std::nullopt;
             const std::optional<std::string> other = FindName(found, name);
             if (!other) return std::nullopt;
             next = Join(found, *other);

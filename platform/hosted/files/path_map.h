@@ -29,7 +29,8 @@ public:
 
     // The path of the host for something that exists: as it is spelled, else the first match (by byte) in each
     // directory without regard to case. "." and ".." are worked out in the text and never lead above the root
-    // of the drive or the host. Nothing where there is no such thing, for a path of neither form and for a drive that
+    // of the drive or the host. Nothing, with an errno, where there is no such thing (IsNothing), where it cannot be
+    // looked up, for a path of neither form and for a drive that
     // is not there.
     std::optional<std::string> Find(std::string_view path) const;
     // The path of the host for something to be made: its directory by Find, and in it the name as it stands there, or

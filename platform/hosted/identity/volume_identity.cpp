@@ -107,7 +107,8 @@ std::string FindWindowsFolder(const std::string& volume) {
     const CPathMap paths = VolumeAsDrive(volume);
     for (const char* const name : {"Windows", "WINNT"}) {
         const auto hive = paths.Find("C:\\" + std::string(name) + "\\System32\\config\\SOFTWARE");
-        if (hive && IsRegularFile(*hive)) return NameOf(*paths.Find("C:\\" + std::string(name)));
+        const auto folder = paths.Find("C:\\" + std::string(name));
+        if (hive && folder && IsRegularFile(*hive)) return NameOf(*folder);
     }
     return {};
 }
@@ -151,7 +152,7 @@ void CVolumeIdentity::ChooseProfile() {
     }
 }
 
-std::vector<CVolumeIdentity::CProfile> CVolumeIdentity::FindProfiles() const {
+std::vector<CVolumeIdentity::CProfile> CVolumeIdentity::FindProfiles() {
     std::vector<CProfile> profiles;
     std::set<std::pair<dev_t, ino_t>> seen;  // one of the folders may be a link to another
     for (const CString& parent :
@@ -164,7 +165,14 @@ std::vector<CVolumeIdentity::CProfile> CVolumeIdentity::FindProfiles() const {
             folder.append("\\").append(name);
             const auto hive = m_paths.Find(folder + "\\NTUSER.DAT");
             struct stat status {};
-            if (!isAccount || name.starts_with('.') || !hive || stat(hive->c_str(), &status) != 0) continue;
+            if (!isAccount || name.starts_with('.')) continue;
+            if (!hive || stat(hive->c_str(), &status) != 0) {
+                if (IsNothing(errno)) continue;
+                const std::uint32_t code = Win32Error(errno);
+                const std::string path = *hostParent + "/" + name + "/NTUSER.DAT";
+                m_notices.push_back({path + ": " + ErrorWords(code) + "; the account is left out", path, code});
+                continue;
+            }
             if (!S_ISREG(status.st_mode) || !seen.emplace(status.st_dev, status.st_ino).second) continue;
             profiles.push_back({name, "C:\\" + NameOf(*hostParent) + "\\" + name, *hive,
                                 status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec});
@@ -257,7 +265,12 @@ void CVolumeIdentity::CompleteRegistry() {
 std::optional<CHostedRegistry::CLayers> CVolumeIdentity::MountUserClasses() {
     std::optional<std::string> hostPath;
     for (const char* const folder : kClassesFolders) {
-        if (!hostPath && !m_strProfile.empty()) hostPath = m_paths.Find(m_strProfile + folder + "\\UsrClass.dat");
+        if (hostPath || m_strProfile.empty()) continue;
+        hostPath = m_paths.Find(m_strProfile + folder + "\\UsrClass.dat");
+        if (hostPath || IsNothing(errno)) continue;
+        const std::uint32_t code = Win32Error(errno);
+        const std::string path = m_paths.Find(m_strProfile).value_or(m_folder) + "/.../UsrClass.dat";
+        m_pRegistry->AddProblem({path + ": " + ErrorWords(code) + "; the user's classes are left out", path, code});
     }
     CHostedRegistry::CPlace classes;
     if (hostPath) {

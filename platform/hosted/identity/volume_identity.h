@@ -44,7 +44,7 @@ private:
     };
 
     void ChooseProfile();
-    std::vector<CProfile> FindProfiles() const;
+    std::vector<CProfile> FindProfiles();
     std::unique_ptr<CHive> OpenHive(const std::string& hostPath, CNotice& problem);
     CHostedRegistry::CPlace AddSystemHive(const char* name, bool isMachine);
     void MountControlSet(CHostedRegistry::CPlace system);
