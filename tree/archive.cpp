@@ -27,7 +27,8 @@ std::uint32_t CArchive::ReadCount(std::size_t smallestRecord) {
     if (static_cast<std::int32_t>(count) <= 0) return 0;
     if (count > static_cast<std::size_t>(m_pEnd - m_pNext) / smallestRecord) {
         throw CArchiveError(offset,
-                            "a list of " + std::to_string(count) + " records does not fit into the rest of the file");
+                            "a list of " + std::to_string(count) + " records does not fit into the rest of the file",
+                            "cut off or damaged");
     }
     return count;
 }

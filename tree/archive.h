@@ -23,7 +23,7 @@ static_assert(std::endian::native == std::endian::little, "values are copied as 
 // The bytes of a snapshot file break a rule of its form. what() says which, and at which offset.
 class CArchiveError : public std::runtime_error {
 public:
-    // `fault` is "damaged", or "cut off" where the file ended too early.
+    // `fault` is "damaged"; "cut off" where the file ended too early; both where either may be.
     CArchiveError(std::size_t offset, std::string_view reason, std::string_view fault = "damaged");
     std::size_t GetOffset() const { return m_nOffset; }
 
