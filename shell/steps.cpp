@@ -14,8 +14,10 @@ std::size_t CountLetters(std::string_view text) {
         std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
-// Whether one letter more, less or other makes the one of the other.
+// Whether one letter more, less or other makes the one of the other. Of short names nearly all do so.
 bool DifferByOneLetter(std::string_view a, std::string_view b) {
+    constexpr std::size_t kShortest = 3;
+    if (CountLetters(a) < kShortest) return false;
     const auto head = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
     a.remove_prefix(static_cast<std::size_t>(head.first - a.begin()));
     b.remove_prefix(static_cast<std::size_t>(head.second - b.begin()));
