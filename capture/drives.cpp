@@ -56,12 +56,14 @@ bool CDelvDriveObj::Compare(CDelvObj& other, CReportObj& report) {
     if (!theContext.IsDriveSelected(m_name)) return false;
     if (m_nDriveType != baseline.m_nDriveType) {
         report.AddObjWarning(
-            0, *this, FormatString2(LoadResString(IDS_DRIVE_TYPES_DIFFER), GetTypeText(), baseline.GetTypeText()));
+            0, *this, FormatString2(LoadResString(IDS_DRIVE_TYPES_DIFFER), GetTypeText(), baseline.GetTypeText()),
+            IDS_DRIVE_TYPES_DIFFER);
         return false;
     }
     if (mbscmp(GetVolume(), baseline.GetVolume()) != 0) {
         report.AddObjWarning(0, *this,
-                             FormatString2(LoadResString(IDS_VOLUMES_DIFFER), GetVolume(), baseline.GetVolume()));
+                             FormatString2(LoadResString(IDS_VOLUMES_DIFFER), GetVolume(), baseline.GetVolume()),
+                             IDS_VOLUMES_DIFFER);
         return false;
     }
     return CDelvDirObj::Compare(other, report);
@@ -125,7 +127,8 @@ void CDelvAllDrives::NoteMissingDrives() {
 bool CDelvAllDrives::Compare(CDelvObj& other, CReportObj& report) {
     const CDelvAllDrives& baseline = static_cast<const CDelvAllDrives&>(other);
     const auto warn = [&](std::uint32_t drives, std::uint32_t textId) {
-        if (drives != 0) report.AddObjWarning(0, *this, FormatString1(LoadResString(textId), DriveNames(drives)));
+        if (drives != 0)
+            report.AddObjWarning(0, *this, FormatString1(LoadResString(textId), DriveNames(drives)), textId);
     };
     warn(baseline.m_dwDrives & ~m_dwDrives, IDS_DRIVES_ONLY_IN_BASELINE);
     warn(m_dwDrives & ~baseline.m_dwDrives, IDS_DRIVES_ONLY_IN_CURRENT);

@@ -20,7 +20,7 @@ bool IsExecutableFile(std::string_view path) {
     return theContext.GetMachine().MapAndLoad(path, image) || image.fDOSImage;
 }
 
-CDelvExeObj::CDelvExeObj(const CDelvFileObj& file) : m_strFullName(EncodeText(file.GetFullName())) {
+CDelvExeObj::CDelvExeObj(const CDelvFileObj& file) : m_pFile(&file), m_strFullName(EncodeText(file.GetFullName())) {
     m_name = file.m_name;
     m_fullName = CTextRef(m_strFullName.data());
     m_pParent = file.m_pParent;

@@ -19,6 +19,7 @@ public:
     // Reads kind and versions. Call it before reading the fields below, unless m_bAnalyzed says that it has run.
     void Analyze();
 
+    const CDelvFileObj* m_pFile;  // what it is a copy of
     CLoadedImage m_image;
     bool m_bAnalyzed = false;
     std::uint32_t m_bIsImage = 0;  // an executable image of any kind

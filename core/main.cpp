@@ -7,6 +7,7 @@
 #include "core/usage.h"
 #include "platform/host.h"
 #include "platform/machine.h"
+#include "review/calls.h"
 
 int main(int argumentCount, char** arguments) {
     using namespace delvane;
@@ -18,6 +19,7 @@ int main(int argumentCount, char** arguments) {
             return std::cout.good() ? 0 : 1;
         }
     }
+    if (const std::optional<int> exitCode = RunCall(argumentCount - 1, arguments + 1)) return *exitCode;
     try {
         theContext.SetSystem(MakeSystem());
         theApp.SetCommandLine(MakeCommandLine(argumentCount - 1, arguments + 1));

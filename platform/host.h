@@ -32,6 +32,7 @@ public:
 struct CFileBytes {
     CPageBuffer m_buffer;
     std::size_t m_nSize = 0;
+    std::uint64_t m_nFileSize = 0;  // of the whole, where the head alone was read
 
     std::string_view GetBytes() const { return {m_buffer.GetData(), m_nSize}; }
 };
@@ -105,9 +106,10 @@ constexpr char kHeldBlank = '\x1F';
 constexpr char kHeldTab = '\x1E';
 CString MakeCommandLine(int argumentCount, const char* const* arguments);
 
-// What was typed as a directory, as a path of the program: off Windows an ordinary path of the host takes the host
-// form, a relative one from the working directory. A drive path, a path already in that form and a bare word stay as
-// they are.
+// What was typed as a path, as a path of the program: off Windows an ordinary path of the host takes the host form, a
+// relative one from the working directory. A drive path and a path already in that form stay as they are.
+CString MakeOwnPath(std::string_view typed);
+// The same for what stands behind /res:, where a bare word stays as it is, and on Windows everything.
 CString MakeResultsPath(CString typed);
 
 // Whether what the program says goes to a terminal, where a line can be written over.

@@ -23,6 +23,7 @@ CFileBytes ReadOpenFile(std::uint64_t fileSize, std::string_view shownPath, std:
                          "the file is larger than " + GroupedDecimalText(static_cast<std::int64_t>(limit)) + " bytes");
     }
     CFileBytes bytes;
+    bytes.m_nFileSize = fileSize;
     if (fileSize == 0) return bytes;
     bytes.m_buffer = CPageBuffer(static_cast<std::size_t>(std::min(fileSize, limit)));
     while (bytes.m_nSize < bytes.m_buffer.GetSize()) {

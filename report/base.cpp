@@ -9,24 +9,24 @@ void CReportObj::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
     m_pMaster->AddInfo(section, object, textId);
 }
 
-void CReportObj::AddObjInfo(int section, CDelvObj& object, std::string_view text) {
-    m_pMaster->AddObjInfo(section, object, text);
+void CReportObj::AddObjInfo(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
+    m_pMaster->AddObjInfo(section, object, text, textId);
 }
 
 void CReportObj::AddWarning(int section, CDelvObj& object, std::uint32_t textId) {
     m_pMaster->AddWarning(section, object, textId);
 }
 
-void CReportObj::AddObjWarning(int section, CDelvObj& object, std::string_view text) {
-    m_pMaster->AddObjWarning(section, object, text);
+void CReportObj::AddObjWarning(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
+    m_pMaster->AddObjWarning(section, object, text, textId);
 }
 
 void CReportObj::AddError(int section, CDelvObj& object, std::uint32_t textId) {
     m_pMaster->AddError(section, object, textId);
 }
 
-void CReportObj::AddObjError(int section, CDelvObj& object, std::string_view text) {
-    m_pMaster->AddObjError(section, object, text);
+void CReportObj::AddObjError(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
+    m_pMaster->AddObjError(section, object, text, textId);
 }
 
 void CReportObj::CountCompared(std::size_t nodes) {

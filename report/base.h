@@ -28,13 +28,14 @@ public:
     CReportObj(const CReportObj&) = delete;
     CReportObj& operator=(const CReportObj&) = delete;
 
-    // Findings. The base hands them on to the master report.
+    // Findings. The base hands them on to the master report. A text that is put together names the id that it was made
+    // of.
     virtual void AddInfo(int section, CDelvObj& object, std::uint32_t textId);
-    virtual void AddObjInfo(int section, CDelvObj& object, std::string_view text);
+    virtual void AddObjInfo(int section, CDelvObj& object, std::string_view text, std::uint32_t textId = 0);
     virtual void AddWarning(int section, CDelvObj& object, std::uint32_t textId);
-    virtual void AddObjWarning(int section, CDelvObj& object, std::string_view text);
+    virtual void AddObjWarning(int section, CDelvObj& object, std::string_view text, std::uint32_t textId = 0);
     virtual void AddError(int section, CDelvObj& object, std::uint32_t textId);
-    virtual void AddObjError(int section, CDelvObj& object, std::string_view text);
+    virtual void AddObjError(int section, CDelvObj& object, std::string_view text, std::uint32_t textId = 0);
 
     // Told of each pair of lists that were compared. The base hands it on to the master report.
     virtual void CountCompared(std::size_t nodes);

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "report/base.h"
@@ -12,6 +13,12 @@ namespace delvane {
 
 class CDelvExeObj;
 class CDelvFileObj;
+
+// The areas that files belong into.
+enum class EFolderArea { kProgramFiles, kWindows, kStartMenu, kAppData, kDocuments };
+// A bit for each area of which a folder is a prefix of the path. The folder itself counts, and so does a sibling whose
+// name merely begins with the folder's.
+unsigned FindFolderAreas(std::string_view fullName);
 
 // The folders that sort the files are those of the machine and the user that compare, not of the snapshots.
 class CFileReport : public CReportObj {

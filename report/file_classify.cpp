@@ -16,11 +16,8 @@ namespace {
 constexpr std::array kStartMenus = {CSIDL_STARTMENU, CSIDL_COMMON_STARTMENU};
 constexpr std::array kAppData = {CSIDL_APPDATA, CSIDL_COMMON_APPDATA, CSIDL_LOCAL_APPDATA};
 constexpr std::array kDocuments = {CSIDL_PERSONAL, CSIDL_COMMON_DOCUMENTS};
-constexpr std::array kKnownAreas = {CSIDL_STARTMENU,        CSIDL_COMMON_STARTMENU, CSIDL_APPDATA,
-                                    CSIDL_COMMON_APPDATA,   CSIDL_LOCAL_APPDATA,    CSIDL_PERSONAL,
-                                    CSIDL_COMMON_DOCUMENTS, CSIDL_PROGRAM_FILES,    CSIDL_WINDOWS};
 
-bool IsInFolder(int kind, const CString& fullName) { return IsPrefixNoCase(*theContext.GetFolder(kind), fullName); }
+bool IsInFolder(int kind, std::string_view fullName) { return IsPrefixNoCase(*theContext.GetFolder(kind), fullName); }
 
 CDelvObj& DriveSetOf(CDelvObj& object) { return *FindSnapshot(&object)->m_pDrives; }
 
@@ -31,6 +28,21 @@ void Note(CFileReport& report, CObjectList& list, CDelvObj& object, int section,
 }
 
 }  // namespace
+
+unsigned FindFolderAreas(std::string_view fullName) {
+    unsigned areas = 0;
+    const auto look = [&](EFolderArea area, const auto& kinds) {
+        const bool isIn =
+            std::any_of(std::begin(kinds), std::end(kinds), [&](int kind) { return IsInFolder(kind, fullName); });
+        if (isIn) areas |= 1U << static_cast<unsigned>(area);
+    };
+    look(EFolderArea::kProgramFiles, std::array{CSIDL_PROGRAM_FILES});
+    look(EFolderArea::kWindows, std::array{CSIDL_WINDOWS});
+    look(EFolderArea::kStartMenu, kStartMenus);
+    look(EFolderArea::kAppData, kAppData);
+    look(EFolderArea::kDocuments, kDocuments);
+    return areas;
+}
 
 CFileReport::CFileReport() = default;
 CFileReport::~CFileReport() = default;
@@ -82,9 +94,7 @@ void CFileReport::AddAdded(CDelvObj& object) {
             NoteKind(*copy);
         }
     }
-    if (std::none_of(kKnownAreas.begin(), kKnownAreas.end(), [&](int kind) { return IsInFolder(kind, fullName); })) {
-        Note(*this, m_otherAdded, object, 5, IDS_FILES_OUTSIDE);
-    }
+    if (FindFolderAreas(fullName) == 0) Note(*this, m_otherAdded, object, 5, IDS_FILES_OUTSIDE);
 }
 
 void CFileReport::AddChanged(CDelvObj& object, CDelvObj& baseline) {
@@ -118,7 +128,7 @@ bool CFileReport::IsSystemFile(const CDelvObj& object, const CString& fullName) 
 
 void CFileReport::NoteSystemFile(CDelvObj& object, const CString& fullName) {
     if (!IsSystemFile(object, fullName)) return;
-    AddObjWarning(3, object, FormatString1(LoadResString(IDS_SYSTEM_FILE), object.m_name));
+    AddObjWarning(3, object, FormatString1(LoadResString(IDS_SYSTEM_FILE), object.m_name), IDS_SYSTEM_FILE);
 }
 
 CDelvExeObj* CFileReport::CopyIfExecutable(CDelvObj& object, const CString& fullName) {

@@ -11,14 +11,6 @@ namespace {
 constexpr std::string_view kRule = "<HR SIZE=5 NOSHADE>\n";
 constexpr std::string_view kThinRule = "<HR SIZE=4 WIDTH=100%>\n";
 
-// Snapshot names come out of files: one that holds a separator must not lead out of the results directory.
-CString FileNameOf(CString name) {
-    for (char& c : name) {
-        if (c == '\\' || c == '/' || c == '\0') c = '_';
-    }
-    return name;
-}
-
 CString FindingLine(std::string_view prefix, const CDelvObj& object, std::string_view text) {
     return FormatString1(prefix, DescribeObject(object)) + CString(text);
 }
@@ -26,6 +18,13 @@ CString FindingLine(std::string_view prefix, const CDelvObj& object, std::string
 CString LinkTo(std::string_view address) { return "<A HREF=\"" + CString(address) + "\">" + CString(address) + "</A>"; }
 
 }  // namespace
+
+CString FileNameOf(CString name) {
+    for (char& c : name) {
+        if (c == '\\' || c == '/' || c == '\0') c = '_';
+    }
+    return name;
+}
 
 CMasterReport::CMasterReport(CSnapshot& current, CSnapshot& baseline)
     : m_pCurrent(&current),
@@ -38,31 +37,41 @@ CMasterReport::CMasterReport(CSnapshot& current, CSnapshot& baseline)
     m_registryReport.m_pFileReport = &m_fileReport;
 }
 
-void CMasterReport::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
-    AddObjInfo(section, object, LoadResString(textId));
+void CMasterReport::File(std::string_view prefix, CFindings& lines, const CReportFinding& finding, int exitBit) {
+    lines[static_cast<std::size_t>(finding.m_nSection)].push_back(
+        FindingLine(prefix, *finding.m_pObject, finding.m_strText));
+    m_findings.push_back(finding);
+    theApp.m_nExitCode |= exitBit;
 }
 
-void CMasterReport::AddObjInfo(int section, CDelvObj& object, std::string_view text) {
-    m_lstInfo[static_cast<std::size_t>(section)].push_back(FindingLine("INFO - %1: ", object, text));
-    theApp.m_nExitCode |= kExitFindings;
+void CMasterReport::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
+    AddObjInfo(section, object, LoadResString(textId), textId);
+}
+
+void CMasterReport::AddObjInfo(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
+    File("INFO - %1: ", m_lstInfo, {section, &object, textId, CString(text)}, kExitFindings);
 }
 
 void CMasterReport::AddWarning(int section, CDelvObj& object, std::uint32_t textId) {
-    AddObjWarning(section, object, LoadResString(textId));
+    AddObjWarning(section, object, LoadResString(textId), textId);
 }
 
-void CMasterReport::AddObjWarning(int section, CDelvObj& object, std::string_view text) {
-    m_lstWarnings[static_cast<std::size_t>(section)].push_back(FindingLine("WARNING - %1: ", object, text));
-    theApp.m_nExitCode |= kExitFindings;
+void CMasterReport::AddObjWarning(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
+    File("WARNING - %1: ", m_lstWarnings, {section, &object, textId, CString(text)}, kExitFindings);
 }
 
 void CMasterReport::AddError(int section, CDelvObj& object, std::uint32_t textId) {
-    AddObjError(section, object, LoadResString(textId));
+    AddObjError(section, object, LoadResString(textId), textId);
 }
 
-void CMasterReport::AddObjError(int section, CDelvObj& object, std::string_view text) {
-    m_lstErrors[static_cast<std::size_t>(section)].push_back(FindingLine("ERROR - %1: ", object, text));
-    theApp.m_nExitCode |= kExitErrors;
+void CMasterReport::AddObjError(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
+    File("ERROR - %1: ", m_lstErrors, {section, &object, textId, CString(text)}, kExitErrors);
+}
+
+bool CMasterReport::CompareSnapshots() {
+    if (!m_pCurrent->Compare(*m_pBaseline, *this)) return false;
+    if (m_registryReport.m_uninstallAdded.empty()) AddWarning(1, *m_pCurrent, IDS_NO_UNINSTALL_ADDITIONS);
+    return true;
 }
 
 CReportObj& CMasterReport::GetSection(ESubtree subtree) {
@@ -72,14 +81,12 @@ CReportObj& CMasterReport::GetSection(ESubtree subtree) {
 }
 
 bool CMasterReport::GenerateReport() {
-    if (!m_pCurrent->Compare(*m_pBaseline, *this)) return false;
+    if (!CompareSnapshots()) return false;
     std::unique_ptr<CFileWriter> file;
     try {
         file = theContext.GetHost().CreateFile(m_strReportPath);
     } catch (const CFileOpenError& error) {
         theContext.Say("the report cannot be created: " + CString(error.what()));
-        std::ostream nowhere(nullptr);
-        WritePage(nowhere);
         return true;
     }
     CFileStream stream(std::move(file));
@@ -90,8 +97,6 @@ bool CMasterReport::GenerateReport() {
 
 void CMasterReport::WritePage(std::ostream& stream) {
     WriteHead(stream);
-    // The one finding that is filed after the comparison, since only now it is known that nothing was added.
-    if (m_registryReport.m_uninstallAdded.empty()) AddWarning(1, *m_pCurrent, IDS_NO_UNINSTALL_ADDITIONS);
     for (std::size_t section = 0; section < kSectionCount; ++section)
         WriteSection(stream, section);
     stream << "</FONT>\n<BR>\n" << kThinRule << "</FONT></TD></TR></TBODY></TABLE>" << kRule;

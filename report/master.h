@@ -14,10 +14,25 @@
 
 namespace delvane {
 
+// A finding as whoever asks for more than the page's line needs it.
+struct CReportFinding {
+    int m_nSection;
+    CDelvObj* m_pObject;
+    std::uint32_t m_textId;  // what the text was made of
+    CString m_strText;
+};
+
+// The name as a file's: one that comes out of a file must not lead out of the folder that it is put into.
+CString FileNameOf(CString name);
+
 // Made after both snapshots are in memory, which outlive it; its GenerateReport is called once.
 class CMasterReport : public CReportObj {
 public:
     CMasterReport(CSnapshot& current, CSnapshot& baseline);
+
+    // Compares the snapshots, and files the one finding that stands only at the end, that nothing was added to the
+    // Uninstall key. False if the comparison gives false. Called once, by GenerateReport or in its stead.
+    bool CompareSnapshots();
 
     // Compares the snapshots and writes the page at m_strReportPath, in one pass from top to bottom, replacing an
     // earlier one when it is complete. False if the comparison gives false; then no file is touched. A file that
@@ -27,11 +42,11 @@ public:
 
     // Each files one line under its section and sets its bit of the exit code.
     void AddInfo(int section, CDelvObj& object, std::uint32_t textId) override;
-    void AddObjInfo(int section, CDelvObj& object, std::string_view text) override;
+    void AddObjInfo(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) override;
     void AddWarning(int section, CDelvObj& object, std::uint32_t textId) override;
-    void AddObjWarning(int section, CDelvObj& object, std::string_view text) override;
+    void AddObjWarning(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) override;
     void AddError(int section, CDelvObj& object, std::uint32_t textId) override;
-    void AddObjError(int section, CDelvObj& object, std::string_view text) override;
+    void AddObjError(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) override;
     void CountCompared(std::size_t nodes) override {
         if (m_pfnCompared) m_pfnCompared(nodes);
     }
@@ -50,11 +65,14 @@ public:
     CFindings m_lstWarnings;
     CFindings m_lstErrors;
 
+    std::vector<CReportFinding> m_findings;  // the same in one list, in filing order
+
     CFileReport m_fileReport;
     CRegistryReport m_registryReport;
     CExtReport m_extReport;
 
 private:
+    void File(std::string_view prefix, CFindings& lines, const CReportFinding& finding, int exitBit);
     void WritePage(std::ostream& stream);
     void WriteHead(std::ostream& stream) const;
     void WriteSection(std::ostream& stream, std::size_t section) const;

@@ -113,6 +113,20 @@ bool CSnapshot::Load() {
     return true;
 }
 
+bool CSnapshot::LoadIdentity() {
+    constexpr std::size_t kLargestIdentity = 1 << 16;  // five texts, of which each may be a path
+    try {
+        m_file = theContext.GetHost().ReadFileHead(GetLoadPath(), kLargestIdentity);
+    } catch (const CFileOpenError& error) {
+        m_strError = error.what();
+        return false;
+    }
+    CArchive archive(m_file.GetBytes(), GetArena());
+    if (!LoadHead(archive)) return false;
+    SerializeIdentity(archive);
+    return true;
+}
+
 bool CSnapshot::LoadHead(CArchive& archive) {
     if (archive.ReadU32() != kMagic) {
         RefuseLoad(IDS_WRONG_SIGNATURE);
@@ -142,7 +156,7 @@ void CSnapshot::RefuseLoad(std::uint32_t textId) {
     }
 }
 
-void CSnapshot::Serialize(CArchive& archive) {
+void CSnapshot::SerializeIdentity(CArchive& archive) {
     CDelvObj::Serialize(archive);
     for (CString* text : {&m_strUserName, &m_strComputerName, &m_strOsName}) {
         if (archive.IsStoring()) {
@@ -158,6 +172,10 @@ void CSnapshot::Serialize(CArchive& archive) {
         m_ftCreated.dwHighDateTime = archive.ReadU32();
         m_ftCreated.dwLowDateTime = archive.ReadU32();
     }
+}
+
+void CSnapshot::Serialize(CArchive& archive) {
+    SerializeIdentity(archive);
     // The registry comes first because an extension looks its key up in it while it is loaded.
     m_pRegistry->Serialize(archive);
     m_pDrives->Serialize(archive);
@@ -208,7 +226,7 @@ bool CSnapshot::Compare(CDelvObj& other, CReportObj& report) {
     CSnapshot& baseline = static_cast<CSnapshot&>(other);
     const CString& here = theContext.m_strComputerName;
     const auto doubt = [&](std::uint32_t textId, const CString& first, const CString& second) {
-        if (first != second) report.AddObjError(0, *this, FormatString2(LoadResString(textId), first, second));
+        if (first != second) report.AddObjError(0, *this, FormatString2(LoadResString(textId), first, second), textId);
     };
     doubt(IDS_OTHER_MACHINES, m_strComputerName, baseline.m_strComputerName);
     doubt(IDS_CURRENT_ELSEWHERE, m_strComputerName, here);

@@ -30,6 +30,8 @@ public:
     // version; the last two are told in the error log, or in a message box. CArchiveError and CFileError where the file
     // is damaged or cannot be read. The object is of no more use after a failure.
     bool Load();
+    // Reads who and what that file is, and none of its trees. Failures are those of Load.
+    bool LoadIdentity();
     // Writes the file named by m_fullName and m_name, replacing an earlier one only when the new one is complete.
     // False if it cannot be created; CFileError if it cannot be written, CInterrupted on a signal. The list of gaps
     // goes beside it, and one that stood there from an earlier snapshot goes away.
@@ -45,6 +47,9 @@ public:
     // `progress` m_pProgress serves. Lets no exception out: false after any, and GetError tells which.
     bool Capture(CCaptureProgress* progress) override;
 
+    // Of the file that the identity was loaded from.
+    std::uint64_t GetFileSize() const { return m_file.m_nFileSize; }
+
     // Why the last Capture, Load or Save gave false, in words; empty for a cancelled capture.
     const CString& GetError() const { return m_strError; }
 
@@ -58,6 +63,7 @@ public:
 private:
     bool LoadHead(CArchive& archive);
     void SaveGaps();
+    void SerializeIdentity(CArchive& archive);
     void RefuseLoad(std::uint32_t textId);
 
     CFileBytes m_file;                               // what the texts of a loaded tree point to

@@ -6,6 +6,7 @@
 #include "platform/hosted/files/path_map.h"
 
 namespace delvane {
+
 CString MakeCommandLine(int argumentCount, const char* const* arguments) {
     CString text;
     for (int i = 0; i < argumentCount; ++i) {
@@ -18,10 +19,15 @@ CString MakeCommandLine(int argumentCount, const char* const* arguments) {
     return text;
 }
 
+CString MakeOwnPath(std::string_view typed) {
+    const std::string path(typed);
+    if (path.starts_with('\\')) return path;
+    const bool isDrive = path.size() >= 2 && path[1] == ':';
+    return ToHostForm(isDrive ? path : WholeHostPath(path));
+}
+
 CString MakeResultsPath(CString typed) {
-    const bool isDrive = typed.size() >= 2 && typed[1] == ':';
-    if (typed.find('/') == CString::npos || typed.starts_with('\\') || typed.starts_with('"')) return typed;
-    return ToHostForm(isDrive ? typed : WholeHostPath(typed));
+    return typed.find('/') == CString::npos || typed.starts_with('"') ? typed : MakeOwnPath(typed);
 }
 
 }  // namespace delvane

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "platform/host.h"
+#include "platform/win32/wide.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {
@@ -43,6 +44,13 @@ CString MakeCommandLine(int, const char* const*) {
         at = end;
     }
     return result;
+}
+
+CString MakeOwnPath(std::string_view typed) {
+    const std::wstring wide = Widen(typed);
+    std::wstring whole(GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), L'\0');
+    whole.resize(GetFullPathNameW(wide.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr));
+    return whole.empty() ? CString(typed) : Narrow(whole);
 }
 
 CString MakeResultsPath(CString typed) { return typed; }

@@ -1,29 +1,15 @@
 // Whole pages, byte by byte. UPDATE_GOLDEN=1 writes them anew; read the difference like code.
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-
 #include "tests/support/report_test.h"
 
 namespace delvane {
 namespace {
 
-class Page : public CReportTest {
-protected:
-    void ExpectGolden(const CString& name, const CString& page) {
-        const CString path = CString(DELVANE_SOURCE_DIR) + "/tests/report/golden/" + name;
-        if (std::getenv("UPDATE_GOLDEN") != nullptr) std::ofstream(path, std::ios::binary) << page;
-        std::ifstream file(path, std::ios::binary);
-        const CString golden{std::istreambuf_iterator<char>(file), {}};
-        ASSERT_FALSE(golden.empty()) << path;
-        EXPECT_EQ(page, golden);
-    }
-};
+class Page : public CReportTest {};
 
 TEST_F(Page, OfTwoIdenticalSnapshots) {
     Start("C: fixed\n  f");
     const auto snapshot = TakeSnapshot("Same");
-    ExpectGolden("identical.htm", PageOf(*snapshot, *snapshot));
+    ExpectGolden("report/golden/identical.htm", PageOf(*snapshot, *snapshot));
     EXPECT_EQ(theApp.m_nExitCode, kExitFindings) << "no addition under the Uninstall key is a warning";
 }
 
@@ -119,7 +105,7 @@ TEST_F(Page, OfAnInstallation) {
                 app\
                   ImagePath = expand "System32\drivers\app.sys"
     )");
-    ExpectGolden("installation.htm", PageOf(*m_pCurrent, *m_pBaseline));
+    ExpectGolden("report/golden/installation.htm", PageOf(*m_pCurrent, *m_pBaseline));
 }
 
 }  // namespace

@@ -1,5 +1,8 @@
 #include "tests/support/machine_test.h"
 
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <memory>
 
 #include "capture/drives.h"
@@ -100,6 +103,15 @@ CString ListRegistry(const CDelvObj& node) {
     for (const CDelvObj* child : key.m_subkeys)
         lines += child->GetFullName() + "\\\n" + ListRegistry(*child);
     return lines;
+}
+
+void ExpectGolden(const CString& name, const CString& text) {
+    const CString path = CString(DELVANE_SOURCE_DIR) + "/tests/" + name;
+    if (std::getenv("UPDATE_GOLDEN") != nullptr) std::ofstream(path, std::ios::binary) << text;
+    std::ifstream file(path, std::ios::binary);
+    const CString golden{std::istreambuf_iterator<char>(file), {}};
+    ASSERT_FALSE(golden.empty()) << path;
+    EXPECT_EQ(text, golden);
 }
 
 int CountOf(std::string_view text, std::string_view part) {

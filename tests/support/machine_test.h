@@ -46,6 +46,9 @@ CString ListTree(const CDelvObj& node);
 // The keys and values under a key, each on a line: keys with a backslash behind, values with type and length.
 CString ListRegistry(const CDelvObj& node);
 
+// The text is that of the file in tests/. With UPDATE_GOLDEN=1 the file is written anew.
+void ExpectGolden(const CString& name, const CString& text);
+
 // How often the part stands in the text.
 int CountOf(std::string_view text, std::string_view part);
 

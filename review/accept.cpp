@@ -1,0 +1,229 @@
+#include "review/accept.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <span>
+#include <toml++/toml.h>
+#include <vector>
+
+#include "review/change_list.h"
+#include "review/describe.h"
+#include "review/pattern.h"
+#include "review/rules.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::array<std::string_view, 7> kKeys = {"path", "name", "kind", "change", "finding", "reason", "until"};
+
+CString List(std::span<const std::string_view> words) {
+    CString text;
+    for (const std::string_view word : words)
+        (text += text.empty() ? "" : ", ") += word;
+    return text;
+}
+
+// Reads one list. Every fault is noted with its place, and all of them are told at once.
+class CListReader {
+public:
+    CListReader(std::string_view file, std::uint64_t today) : m_strFile(file), m_strToday(IsoDate(today)) {}
+
+    std::vector<CAcceptEntry> Read(std::string_view text) {
+        toml::table list;
+        try {
+            list = toml::parse(text, m_strFile);
+        } catch (const toml::parse_error& error) {
+            Fault(error.source(), error.description());
+            Throw();
+        }
+        std::vector<CAcceptEntry> entries;
+        for (const auto& [key, node] : list) {
+            if (key != "accept" || !node.is_array_of_tables()) {
+                Fault(key.source(), key == "accept"
+                                        ? "accept is a list of tables, each headed [[accept]]"
+                                        : "unknown key \"" + CString(key.str()) + "\"; only [[accept]] is known");
+                continue;
+            }
+            for (const toml::node& table : *node.as_array())
+                entries.push_back(ReadEntry(*table.as_table()));
+        }
+        if (!m_faults.empty()) Throw();
+        return entries;
+    }
+    // For what turns out to be wrong later.
+    void Refuse(std::uint32_t line, std::string_view reason) {
+        m_faults.push_back({line, 1, CString(reason)});
+        Throw();
+    }
+
+private:
+    struct CFault {
+        std::uint32_t m_nLine;
+        std::uint32_t m_nColumn;
+        CString m_strText;
+        auto operator<=>(const CFault&) const = default;
+    };
+
+    void Fault(const toml::source_region& place, std::string_view text) {
+        m_faults.push_back({place.begin.line, place.begin.column, CString(text)});
+    }
+    [[noreturn]] void Throw() {
+        constexpr std::size_t kMostTold = 10;  // a draft that was not filled in has hundreds
+        std::sort(m_faults.begin(), m_faults.end());
+        CString text;
+        const std::size_t untold = m_faults.size() - std::min(m_faults.size(), kMostTold);
+        m_faults.resize(m_faults.size() - untold);
+        for (const CFault& fault : m_faults) {
+            (text += text.empty() ? "" : "\n") += m_strFile + ":" + std::to_string(fault.m_nLine) + ":" +
+                                                  std::to_string(fault.m_nColumn) + ": " + fault.m_strText;
+        }
+        if (untold != 0) text += "\n" + m_strFile + ": and " + std::to_string(untold) + " more faults";
+        throw CAcceptError(text);
+    }
+
+    CAcceptEntry ReadEntry(const toml::table& table) {
+        CAcceptEntry entry;
+        entry.m_strFile = m_strFile;
+        entry.m_nLine = table.source().begin.line;
+        for (const auto& [key, node] : table) {
+            if (std::find(kKeys.begin(), kKeys.end(), key.str()) == kKeys.end())
+                Fault(key.source(), "unknown key \"" + CString(key.str()) + "\"; known are " + List(kKeys));
+        }
+        const bool hasPath = table.contains("path");
+        const bool hasFinding = table.contains("finding");
+        if (hasPath == hasFinding) {
+            Fault(table.source(),
+                  hasPath ? "an entry has a path or a finding, not both" : "an entry needs a path or a finding");
+        }
+        if (hasFinding) {
+            for (const char* const key : {"name", "kind", "change"}) {
+                if (table.contains(key)) Fault(table.get(key)->source(), CString(key) + " goes with a path");
+            }
+        }
+        ReadText(table, "path", entry.m_strPath);
+        entry.m_bHasName = ReadText(table, "name", entry.m_strName);
+        ReadWords(table, "kind", kKindWords, entry.m_kinds);
+        ReadWords(table, "change", kChangeWords, entry.m_changes);
+        CString rule;
+        if (ReadText(table, "finding", rule)) {
+            entry.m_pRule = FindRule(rule);
+            if (entry.m_pRule == nullptr) Fault(table.get("finding")->source(), "unknown rule \"" + rule + "\"");
+        }
+        if (!table.contains("reason")) Fault(table.source(), "an entry needs a reason");
+        ReadText(table, "reason", entry.m_strReason);
+        ReadDate(table, entry);
+        return entry;
+    }
+
+    // A text that is not blank. False where the key is not there or its value is none.
+    bool ReadText(const toml::table& table, const char* key, CString& text) {
+        const toml::node* const node = table.get(key);
+        if (node == nullptr) return false;
+        if (!node->is_string()) {
+            Fault(node->source(), CString(key) + " is a text");
+            return false;
+        }
+        text = node->as_string()->get();
+        if (text.find_first_not_of(" \t\r\n") != CString::npos) return true;
+        Fault(node->source(), CString(key) + " is empty");
+        return false;
+    }
+
+    void ReadWords(const toml::table& table, const char* key, std::span<const std::string_view> words,
+                   std::uint8_t& bits) {
+        const toml::node* const node = table.get(key);
+        if (node == nullptr) return;
+        bits = 0;
+        const auto readWord = [&](const toml::node& element) {
+            const CString word = element.value_or(CString());
+            const auto known = std::find(words.begin(), words.end(), word);
+            if (!element.is_string() || known == words.end()) {
+                Fault(element.source(), CString(key) + " is a list of these words: " + List(words));
+            } else {
+                bits = static_cast<std::uint8_t>(bits | 1U << (known - words.begin()));
+            }
+        };
+        const toml::array* const list = node->as_array();
+        if (list == nullptr || list->empty()) return readWord(*node);
+        for (const toml::node& element : *list)
+            readWord(element);
+    }
+
+    void ReadDate(const toml::table& table, CAcceptEntry& entry) {
+        const toml::node* const node = table.get("until");
+        if (node == nullptr) return;
+        const auto* const date = node->as_date();
+        if (date == nullptr)
+            return Fault(node->source(), "until is a date, such as 2027-03-31, without quotation marks");
+        std::array<char, 32> text{};
+        std::snprintf(text.data(), text.size(), "%04u-%02u-%02u", unsigned{date->get().year},
+                      unsigned{date->get().month}, unsigned{date->get().day});
+        entry.m_strUntil = text.data();
+        entry.m_bExpired = m_strToday > entry.m_strUntil;
+    }
+
+    CString m_strFile;
+    CString m_strToday;
+    std::vector<CFault> m_faults;
+};
+
+bool HasBit(std::uint8_t bits, std::size_t bit) { return (bits >> bit & 1) != 0; }
+
+}  // namespace
+
+CString CAcceptEntry::GetPlace() const {
+    return m_strFile + ":" + std::to_string(m_nLine) + ": " +
+           (m_pRule != nullptr ? CString(m_pRule->m_id) : m_strPath + (m_bHasName ? " " + m_strName : CString()));
+}
+
+class CAcceptList::CIndex : public CPatternIndex {};
+
+CAcceptList::CAcceptList()
+    : m_pEntries(std::make_unique<std::deque<CAcceptEntry>>()), m_pIndex(std::make_unique<CIndex>()) {}
+CAcceptList::~CAcceptList() = default;
+CAcceptList::CAcceptList(CAcceptList&&) noexcept = default;
+CAcceptList& CAcceptList::operator=(CAcceptList&&) noexcept = default;
+
+void CAcceptList::Read(std::string_view file, std::string_view text, std::uint64_t today) {
+    CListReader reader(file, today);
+    for (CAcceptEntry& entry : reader.Read(text)) {
+        const auto number = static_cast<std::uint32_t>(m_pEntries->size());
+        m_pEntries->push_back(std::move(entry));
+        const CAcceptEntry& kept = m_pEntries->back();
+        if (kept.m_pRule != nullptr || kept.m_bExpired) continue;
+        try {
+            m_pIndex->Add(kept.m_strPath, kept.m_bHasName ? std::optional(kept.m_strName) : std::nullopt, number);
+        } catch (const std::invalid_argument& error) {
+            reader.Refuse(kept.m_nLine, CString("path ") + error.what());
+        }
+    }
+}
+
+const CAcceptEntry* CAcceptList::Find(const CChange& change) {
+    const auto name = change.m_kind == EKind::kValue ? std::optional(change.m_name) : std::nullopt;
+    const CAcceptEntry* first = nullptr;
+    std::uint32_t lowest = 0;
+    for (const std::uint32_t number : m_pIndex->Find(change.m_path, name)) {
+        CAcceptEntry& entry = (*m_pEntries)[number];
+        if (!HasBit(entry.m_kinds, static_cast<std::size_t>(change.m_kind))) continue;
+        if (!HasBit(entry.m_changes, static_cast<std::size_t>(change.m_change))) continue;
+        entry.m_bFits = true;
+        if (first != nullptr && lowest < number) continue;
+        first = &entry;
+        lowest = number;
+    }
+    return first;
+}
+
+const CAcceptEntry* CAcceptList::Find(const CRule& rule) {
+    const CAcceptEntry* first = nullptr;
+    for (CAcceptEntry& entry : *m_pEntries) {
+        if (entry.m_pRule != &rule || entry.m_bExpired) continue;
+        entry.m_bFits = true;
+        if (first == nullptr) first = &entry;
+    }
+    return first;
+}
+
+}  // namespace delvane

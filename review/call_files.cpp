@@ -1,0 +1,138 @@
+#include "review/call_files.h"
+
+#include <algorithm>
+
+#include "core/context.h"
+#include "platform/file_stream.h"
+#include "platform/machine.h"
+#include "review/calls.h"
+#include "review/gap_list.h"
+#include "tree/archive.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::string_view kEnding = ".dvs";
+constexpr std::uint64_t kLargestGapList = std::uint64_t{256} << 20;
+
+bool HasEnding(const CString& name) {
+    return name.size() > kEnding.size() &&
+           mbsicmp(std::string_view(name).substr(name.size() - kEnding.size()), kEnding) == 0;
+}
+
+bool IsPath(const CString& name) { return name.find_first_of("\\/") != CString::npos || HasEnding(name); }
+
+// The snapshot's file without its ending.
+CString StemOf(const CString& name) {
+    if (!IsPath(name)) {
+        const CString& results = theContext.GetResultsDir();
+        return results + (results.ends_with('\\') ? "" : "\\") + name;
+    }
+    const CString path = MakeOwnPath(name);
+    return HasEnding(path) ? path.substr(0, path.size() - kEnding.size()) : path;
+}
+
+void MakeFolder(const CString& path) {
+    CHost& host = theContext.GetHost();
+    if (path.empty() || path.ends_with(':') || host.DirectoryExists(path)) return;
+    const std::size_t parent = path.rfind('\\');
+    if (parent != CString::npos && parent != 0) MakeFolder(path.substr(0, parent));
+    if (!host.CreateDirectory(path)) {
+        throw CCallError(kReviewNoFile, host.GetDisplayPath(path) + ": the folder cannot be made");
+    }
+}
+
+CString WithoutSeparator(CString path) {
+    while (path.size() > 1 && path.ends_with('\\'))
+        path.pop_back();
+    return path;
+}
+
+}  // namespace
+
+void PrepareContext() {
+    theContext.SetSystem(MakeSystem());
+    theContext.m_bSilent = true;
+    theContext.Initialize();
+}
+
+void UseResultsFolder(const CString& typed, const std::vector<CString>& names) {
+    if (typed.empty()) return;
+    const CString folder = WithoutSeparator(MakeOwnPath(typed));
+    if (!theContext.GetHost().DirectoryExists(folder)) {
+        const auto named =
+            std::find_if(names.begin(), names.end(), [](const CString& n) { return !n.empty() && !IsPath(n); });
+        if (named != names.end()) {
+            throw CCallError(kReviewNoFile, "snapshot \"" + *named + "\" was not loaded: " +
+                                                theContext.GetHost().GetDisplayPath(folder) + " is no folder");
+        }
+    }
+    theContext.m_strResultsDir = folder;
+}
+
+namespace {
+
+std::unique_ptr<CSnapshot> LoadBy(bool (CSnapshot::*load)(), const CString& name, CString& displayPath) {
+    const CString stem = StemOf(name);
+    auto snapshot = std::make_unique<CSnapshot>();
+    const std::size_t separator = stem.rfind('\\');
+    snapshot->m_fullName = snapshot->GetArena().Copy(stem.substr(0, separator));
+    snapshot->SetName(stem.substr(separator + 1));
+    displayPath = theContext.GetHost().GetDisplayPath(snapshot->GetLoadPath());
+    CString reason;
+    try {
+        if ((*snapshot.*load)()) return snapshot;
+        reason = snapshot->GetError();
+    } catch (const CArchiveError& error) {
+        reason = displayPath + ": " + error.what();
+    } catch (...) {
+        reason = DescribeCurrentException();
+    }
+    throw CCallError(kReviewNoFile, "snapshot \"" + name + "\" was not loaded: " + reason);
+}
+
+}  // namespace
+
+std::unique_ptr<CSnapshot> LoadSnapshot(const CString& name, CString& displayPath) {
+    return LoadBy(&CSnapshot::Load, name, displayPath);
+}
+
+std::unique_ptr<CSnapshot> LoadIdentity(const CString& name, CString& displayPath) {
+    return LoadBy(&CSnapshot::LoadIdentity, name, displayPath);
+}
+
+void LoadGaps(const CString& name, std::vector<CReviewGap>& gaps) {
+    CHost& host = theContext.GetHost();
+    const CString path = GapsPathOf(StemOf(name) + CString(kEnding));
+    if (!host.FileExists(path)) return;
+    CString problem;
+    try {
+        const CFileBytes file = host.ReadFile(path, kLargestGapList);
+        if (!ReadGaps(file.GetBytes(), gaps, problem)) {
+            theContext.Say(host.GetDisplayPath(path) + ": the list of gaps was not read to its end: " + problem);
+        }
+    } catch (const CFileError& error) {
+        theContext.Say(error.what());
+    }
+}
+
+CString MakeOutputFolder(const CString& typed) {
+    if (typed.empty()) return WithoutSeparator(theContext.GetResultsDir());
+    const CString folder = WithoutSeparator(MakeOwnPath(typed));
+    MakeFolder(folder);
+    return folder;
+}
+
+CString WriteWholeFile(const CString& path, const std::function<void(std::ostream&)>& write) {
+    CHost& host = theContext.GetHost();
+    try {
+        CFileStream stream(host.CreateFile(path));
+        write(stream);
+        stream.Commit();
+    } catch (const CFileError& error) {
+        throw CCallError(kReviewNoFile, error.what());
+    }
+    return host.GetDisplayPath(path);
+}
+
+}  // namespace delvane

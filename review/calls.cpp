@@ -1,0 +1,280 @@
+#include "review/calls.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "core/context.h"
+#include "review/call_files.h"
+#include "review/change_list.h"
+#include "review/describe.h"
+#include "review/export.h"
+#include "review/formats/writers.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::size_t kLargestList = std::size_t{64} << 20;
+
+struct CFormat {
+    std::string_view m_word;
+    std::string_view m_ending;
+    void (*m_write)(const CReview& review, std::ostream& stream, std::size_t limit);
+};
+
+// A word may stand for more than one file.
+constexpr std::array<CFormat, 7> kFormats = {{
+    {"html", ".review.html", WriteReviewPage},
+    {"jsonl", ".review.jsonl",
+     [](const CReview& review, std::ostream& stream, std::size_t) { WriteLines(review, stream); }},
+    {"sarif", ".sarif", [](const CReview& review, std::ostream& stream, std::size_t) { WriteSarif(review, stream); }},
+    {"junit", ".junit.xml",
+     [](const CReview& review, std::ostream& stream, std::size_t) { WriteJUnit(review, stream); }},
+    {"markdown", ".review.md",
+     [](const CReview& review, std::ostream& stream, std::size_t) { WriteMarkdown(review, stream); }},
+    {"reg", ".undo.reg",
+     [](const CReview& review, std::ostream& stream, std::size_t) {
+         WriteRegistryFile(review, stream, EDirection::kUndo);
+     }},
+    {"reg", ".redo.reg",
+     [](const CReview& review, std::ostream& stream, std::size_t) {
+         WriteRegistryFile(review, stream, EDirection::kRedo);
+     }},
+}};
+
+// What was asked for, as it was typed.
+struct CReviewOptions {
+    CString m_strBaseline;
+    CString m_strCurrent;
+    CString m_strControl;
+    CString m_strInstalled;
+    CString m_strResults;
+    CString m_strOutput;
+    CString m_strDraft;
+    CString m_strFormats = "html";
+    CString m_strFailOn = "warning";
+    std::vector<CString> m_accept;
+    std::uint32_t m_nLimit = 2000;
+    bool m_bQuiet = false;
+
+    std::vector<CFormat> m_formats;
+    EFailOn m_failOn = EFailOn::kWarning;
+};
+
+std::uint64_t Now() {
+    using CTicks = std::chrono::duration<std::uint64_t, std::ratio<1, kTicksPerSecond>>;
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<CTicks>(now).count() + kUnixEpochTicks;
+}
+
+std::vector<CFormat> FormatsOf(const CString& words) {
+    std::vector<CFormat> formats;
+    std::istringstream stream(words);
+    bool isNone = false;
+    for (CString word; std::getline(stream, word, ',');) {
+        const std::size_t before = formats.size();
+        bool isKnown = word == "none";
+        isNone = isNone || isKnown;
+        for (const CFormat& format : kFormats) {
+            if (format.m_word != word) continue;
+            isKnown = true;
+            const bool isThere = std::any_of(formats.begin(), formats.begin() + static_cast<std::ptrdiff_t>(before),
+                                             [&](const CFormat& known) { return known.m_ending == format.m_ending; });
+            if (!isThere) formats.push_back(format);
+        }
+        if (!isKnown) {
+            throw CCallError(
+                kReviewBadCall,
+                "--write: \"" + word + "\" is no format; there are html, jsonl, sarif, junit, markdown, reg and none");
+        }
+    }
+    if (isNone != formats.empty()) throw CCallError(kReviewBadCall, "--write: none goes alone");
+    return formats;
+}
+
+void AddOptions(CLI::App& app, CReviewOptions& options) {
+    app.add_option("BASELINE", options.m_strBaseline, "the snapshot before: a name, or a path that ends in .dvs")
+        ->required();
+    app.add_option("CURRENT", options.m_strCurrent, "the snapshot after it")->required();
+    app.add_option(
+        "--write", options.m_strFormats,
+        "what is written, with commas between: html (the default), jsonl, sarif, junit, markdown, reg, or none");
+    app.add_option("--output", options.m_strOutput,
+                   "the folder for it; made when it is missing (default: the results folder)");
+    app.add_option("--results", options.m_strResults, "the folder in which snapshots are looked for by name");
+    app.add_option("--accept", options.m_accept, "a reviewed list of what is accepted; may be given several times")
+        ->allow_extra_args(false);
+    app.add_option("--draft", options.m_strDraft,
+                   "writes a list that would accept all that is open, for reasons to be filled in");
+    app.add_option("--control", options.m_strControl,
+                   "a snapshot taken after BASELINE while nothing was installed: what differs there too is noise");
+    app.add_option("--installed", options.m_strInstalled,
+                   "a snapshot taken after the installation, where CURRENT was taken after the removal");
+    app.add_option("--fail-on", options.m_strFailOn,
+                   "what makes the exit code 1: error, warning (the default), info, change or none");
+    app.add_option("--limit", options.m_nLimit, "how many changes the page shows of one group (default: 2000)");
+    app.add_flag("--quiet", options.m_bQuiet, "nothing on standard output");
+    app.footer(
+        "Exit code: 0 nothing that is open reaches --fail-on, 1 something does, 2 the call or an accept list is\n"
+        "wrong and nothing was written, 3 a snapshot could not be loaded or a file not written.");
+}
+
+// What can be wrong with a call is found before anything is opened or made.
+void CheckOptions(CReviewOptions& options) {
+    options.m_formats = FormatsOf(options.m_strFormats);
+    const auto level = std::find(kFailOnWords.begin(), kFailOnWords.end(), options.m_strFailOn);
+    if (level == kFailOnWords.end()) {
+        throw CCallError(kReviewBadCall, "--fail-on: \"" + options.m_strFailOn +
+                                             "\" is no level; there are error, warning, info, change and none");
+    }
+    options.m_failOn = static_cast<EFailOn>(level - kFailOnWords.begin());
+}
+
+CAcceptList ReadAcceptLists(const std::vector<CString>& files, std::uint64_t today) {
+    CAcceptList list;
+    for (const CString& name : files) {
+        std::ifstream file(name, std::ios::binary);
+        std::ostringstream text;
+        if (file.peek() != std::ifstream::traits_type::eof()) text << file.rdbuf();
+        if (!file.is_open() || file.bad() || text.view().size() > kLargestList) {
+            throw CCallError(kReviewBadCall, name + ": the accept list cannot be read");
+        }
+        try {
+            list.Read(name, text.view(), today);
+        } catch (const CAcceptError& error) {
+            throw CCallError(kReviewBadCall, error.what());
+        }
+    }
+    return list;
+}
+
+void TellIdleEntries(const CAcceptList& list) {
+    for (const CAcceptEntry& entry : list.GetEntries()) {
+        if (entry.m_bExpired) {
+            theContext.Say(entry.GetPlace() + ": accepts nothing any more, it ended with " + entry.m_strUntil);
+        } else if (!entry.m_bFits) {
+            theContext.Say(entry.GetPlace() + ": fits nothing");
+        }
+    }
+}
+
+int RunReview(CReviewOptions& options) {
+    CheckOptions(options);
+    CReviewInput input;
+    input.m_nCreated = Now();
+    input.m_failOn = options.m_failOn;
+    input.m_accept = ReadAcceptLists(options.m_accept, input.m_nCreated);
+
+    PrepareContext();
+    std::vector<CString> names = {options.m_strBaseline, options.m_strCurrent, options.m_strControl,
+                                  options.m_strInstalled};
+    UseResultsFolder(options.m_strResults, names);
+    const auto load = [](const CString& name, CReviewInput::CSide& side) {
+        std::unique_ptr<CSnapshot> snapshot = LoadSnapshot(name, side.m_strFile);
+        side.m_pSnapshot = snapshot.get();
+        LoadGaps(name, side.m_gaps);
+        return snapshot;
+    };
+    const auto baseline = load(options.m_strBaseline, input.m_baseline);
+    const auto current = load(options.m_strCurrent, input.m_current);
+    const auto control = options.m_strControl.empty() ? nullptr : load(options.m_strControl, input.m_control);
+    const auto installed = options.m_strInstalled.empty() ? nullptr : load(options.m_strInstalled, input.m_installed);
+
+    const CReview review(std::move(input));
+    std::vector<CString> written;
+    const CString folder = options.m_formats.empty() ? CString() : MakeOutputFolder(options.m_strOutput);
+    for (const CFormat& format : options.m_formats) {
+        written.push_back(
+            WriteWholeFile(folder + "\\" + review.GetFileName() + CString(format.m_ending),
+                           [&](std::ostream& stream) { format.m_write(review, stream, options.m_nLimit); }));
+    }
+    if (!options.m_strDraft.empty()) {
+        written.push_back(
+            WriteWholeFile(MakeOwnPath(options.m_strDraft), [&](std::ostream& stream) { WriteDraft(review, stream); }));
+    }
+    TellIdleEntries(review.m_accept);
+    if (!options.m_bQuiet) {
+        WriteVerdict(review, std::cout);
+        for (const CString& path : written)
+            std::cout << "wrote " << VisibleText(path) << "\n";
+        std::cout << std::flush;
+    }
+    return review.m_nExit;
+}
+
+int RunExport(const CString& name, const CString& results) {
+    PrepareContext();
+    UseResultsFolder(results, {name});
+    CString file;
+    const std::unique_ptr<CSnapshot> snapshot = LoadSnapshot(name, file);
+    ExportSnapshot(*snapshot, file, std::cout);
+    std::cout << std::flush;
+    if (!std::cout.good())
+        throw CCallError(kReviewNoFile, "standard output: write: it could not be written to its end");
+    return 0;
+}
+
+// Gives the exit code of a call that its text ends: help, or a fault.
+int EndByText(const CLI::App& app, const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) {
+        std::cout << app.help() << std::flush;
+        return std::cout.good() ? 0 : kReviewNoFile;
+    }
+    throw CCallError(kReviewBadCall, CString(error.what()) + "; delvane " + app.get_name().substr(sizeof "delvane") +
+                                         " --help lists the options");
+}
+
+int RunWord(const CString& word, std::vector<CString> arguments) {
+    CLI::App app;
+    app.name("delvane " + word);
+    app.allow_windows_style_options(false);  // a path may begin with a slash
+    CReviewOptions options;
+    if (word == "review") {
+        app.description("Compares two snapshots and writes what differs in forms for people and scripts.");
+        AddOptions(app, options);
+    } else {
+        if (word == "export") {
+            app.description("Writes every node of a snapshot as JSON Lines to standard output.");
+            app.add_option("SNAPSHOT", options.m_strCurrent, "a name, or a path that ends in .dvs")->required();
+        } else {
+            app.description("Lists the snapshots of the results folder: name, time, machine, user, system, size.");
+        }
+        app.add_option("--results", options.m_strResults, "the folder in which snapshots are looked for by name");
+    }
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+        app.parse(arguments);
+    } catch (const CLI::ParseError& error) {
+        return EndByText(app, error);
+    }
+    if (word == "review") return RunReview(options);
+    if (word == "export") return RunExport(options.m_strCurrent, options.m_strResults);
+    PrepareContext();
+    ListSnapshots(options.m_strResults, std::cout);
+    std::cout << std::flush;
+    return std::cout.good() ? 0 : kReviewNoFile;
+}
+
+}  // namespace
+
+std::optional<int> RunCall(int argumentCount, const char* const* arguments) {
+    const CString word = argumentCount < 1 ? "" : arguments[0];
+    if (word != "review" && word != "export" && word != "list") return std::nullopt;
+    try {
+        return RunWord(word, {arguments + 1, arguments + argumentCount});
+    } catch (const CCallError& error) {
+        std::istringstream lines(error.what());
+        for (CString line; std::getline(lines, line);)
+            theContext.Say(line);
+        return error.GetExitCode();
+    } catch (...) {
+        theContext.Say(DescribeCurrentException());
+        return kReviewNoFile;
+    }
+}
+
+}  // namespace delvane

@@ -1,0 +1,148 @@
+// The review of one comparison: every change, every finding and every gap in one list in memory. All that `delvane
+// review` writes is made of it, and no writer decides anything of its own.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <memory_resource>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "review/accept.h"
+#include "review/words.h"
+#include "tree/gaps.h"
+#include "tree/snapshot.h"
+
+namespace delvane {
+
+class CDelvExeObj;
+class CMasterReport;
+struct CRule;
+
+// Who and what a snapshot is.
+struct CSnapshotRecord {
+    CString m_strName;
+    std::uint64_t m_nCreated = 0;  // ticks
+    CString m_strMachine;
+    CString m_strUser;
+    CString m_strSystem;
+    CString m_strFile;  // where it was loaded from, as a person on this system writes it
+};
+
+// A place that a capture could not read.
+struct CReviewGap : CGap {
+    CString m_strSnapshot;  // its name
+    bool m_bLossy = false;  // a name in it was no UTF-8
+    bool m_bMarks = false;  // of Baseline or Current: what lies at or below it is uncertain
+};
+
+// One object that differs. Texts are as the snapshots hold them, raw bytes that a writer has to make clean for its form
+// (CleanText); they live as long as the review.
+struct CChange {
+    std::uint32_t m_nId = 0;  // its place in m_changes, counted from 1
+    EKind m_kind = EKind::kFile;
+    EChange m_change = EChange::kAdded;
+    EStatus m_status = EStatus::kOpen;
+    ELeftover m_leftover = ELeftover::kNone;
+    std::uint8_t m_areas = 0;   // a bit for each EArea
+    std::uint8_t m_traits = 0;  // a bit for each ETrait
+    bool m_bUncertain = false;
+    bool m_bLossy = false;       // a name or data that are written as text are no UTF-8
+    std::string_view m_path;     // of a value that of its key, of an extension its name
+    std::string_view m_name;     // of a value; "(default)" is the unnamed one; empty for all else
+    std::string_view m_version;  // of an executable, where one was read
+    const CDelvObj* m_pBefore =
+        nullptr;                         // CDelvFileObj, CDelvDirObj, CDelvRegKeyObj, CDelvRegValObj or CDelvExtObj, by
+    const CDelvObj* m_pAfter = nullptr;  // kind; null where there was or is nothing
+    const CAcceptEntry* m_pEntry = nullptr;  // what accepted it
+
+    const CDelvObj& GetNode() const { return m_pAfter != nullptr ? *m_pAfter : *m_pBefore; }
+    bool HasArea(EArea area) const { return (m_areas >> static_cast<int>(area) & 1) != 0; }
+    bool HasTrait(ETrait trait) const { return (m_traits >> static_cast<int>(trait) & 1) != 0; }
+    std::string_view GetReason() const { return m_pEntry == nullptr ? std::string_view() : m_pEntry->m_strReason; }
+    // Whether it is at that path or below it.
+    bool IsWithin(std::string_view path) const {
+        return m_path.starts_with(path) && (m_path.size() == path.size() || m_path[path.size()] == '\\');
+    }
+    // What a list of changes is grouped by besides kind and change: the hive of a key or value, else empty.
+    std::string_view GetHive() const;
+};
+
+// One line of the compliance summary.
+struct CFinding {
+    std::uint32_t m_nId = 0;  // its place in m_findings, counted from 1
+    const CRule* m_pRule = nullptr;
+    ESeverity m_severity = ESeverity::kInfo;
+    int m_nRequirement = 0;                // 0 to 7
+    CString m_strObject;                   // "Files/Directories", "File(C:\autoexec.bat)"
+    CString m_strText;                     // without markup, and without its last sentence, "Click here ..."
+    std::vector<std::uint32_t> m_changes;  // ids of the changes behind it, ascending
+    EStatus m_status = EStatus::kOpen;
+    CString m_strReason;                     // where it is accepted
+    const CAcceptEntry* m_pEntry = nullptr;  // the entry that accepts its rule; null where its changes are accepted
+};
+
+struct CReviewCounts {
+    std::array<std::size_t, kSeverityCount> m_findings{};      // all, whatever their status; by ESeverity
+    std::array<std::size_t, kSeverityCount> m_openFindings{};  // the open ones
+    std::array<std::size_t, kStatusCount> m_changes{};         // by EStatus
+    std::array<std::size_t, kLeftoverCount> m_leftovers{};     // open changes, by ELeftover
+};
+
+// What a review is made of. The snapshots are loaded and outlive the review; control and installed may be null.
+struct CReviewInput {
+    struct CSide {
+        CSnapshot* m_pSnapshot = nullptr;
+        CString m_strFile;               // CSnapshotRecord::m_strFile
+        std::vector<CReviewGap> m_gaps;  // of its list of gaps
+    };
+    CSide m_baseline;
+    CSide m_current;
+    CSide m_control;
+    CSide m_installed;
+    CAcceptList m_accept;
+    EFailOn m_failOn = EFailOn::kWarning;
+    std::uint64_t m_nCreated = 0;  // when the review is made
+};
+
+class CReview {
+public:
+    // Compares, collects, and judges. The order of m_changes: files and directories, then the registry, then
+    // extensions; in each added, deleted, changed; within that the order of the comparison, in which an added or
+    // deleted directory or key stands ahead of its whole content. The order of m_findings: by requirement, in each
+    // errors, warnings, infos. Ids depend on the two snapshots alone.
+    explicit CReview(CReviewInput input);
+    ~CReview();
+    CReview(const CReview&) = delete;
+    CReview& operator=(const CReview&) = delete;
+
+    const CChange& GetChange(std::uint32_t id) const { return m_changes[id - 1]; }
+    bool HasInstalled() const { return m_installed.has_value(); }
+    // Whether an open finding of that severity, or an open change, makes the exit code 1.
+    bool Reaches(ESeverity severity) const;
+    // "After - Before", with what would lead out of a folder replaced: the name of each file that is written.
+    CString GetFileName() const;
+
+    CSnapshotRecord m_baseline;
+    CSnapshotRecord m_current;
+    std::optional<CSnapshotRecord> m_control;
+    std::optional<CSnapshotRecord> m_installed;
+    std::vector<CReviewGap> m_gaps;  // of Baseline, Current, control, installed, each in the order of its list
+    std::vector<CFinding> m_findings;
+    std::vector<CChange> m_changes;
+    CReviewCounts m_counts;
+    EFailOn m_failOn;
+    int m_nExit = 0;  // 0 or 1
+    std::uint64_t m_nCreated;
+    CAcceptList m_accept;  // what the entries of changes and findings point into
+
+private:
+    class CCollector;
+
+    std::pmr::monotonic_buffer_resource m_texts;  // paths that had to be put together
+    std::unique_ptr<CMasterReport> m_pReport;     // owns what versions point into
+};
+
+}  // namespace delvane

@@ -1,0 +1,144 @@
+#include "review/export.h"
+
+#include <algorithm>
+#include <array>
+
+#include "capture/drives.h"
+#include "capture/extensions.h"
+#include "capture/registry.h"
+#include "core/context.h"
+#include "review/call_files.h"
+#include "review/calls.h"
+#include "review/formats/json.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::array<std::string_view, 6> kRecordWords = {"drive", "directory", "file", "key", "value", "extension"};
+constexpr std::array<std::string_view, 7> kDriveWords = {"unknown", "no-root", "removable", "fixed",
+                                                         "network", "cd-rom",  "ram-disk"};
+
+class CExporter {
+public:
+    explicit CExporter(std::ostream& stream) : m_stream(stream) {}
+
+    void Write(const CSnapshot& snapshot, const CString& file) {
+        Begin("snapshot");
+        m_json.Number("version", 1);
+        m_json.Text("program", DELVANE_VERSION);
+        WriteSnapshotFields(m_json, {CString(snapshot.m_name), snapshot.GetCreatedTicks(), snapshot.m_strComputerName,
+                                     snapshot.m_strUserName, snapshot.m_strOsName, file});
+        End();
+        for (const CDelvObj* drive : snapshot.m_pDrives->m_subdirs)
+            WriteDrive(static_cast<const CDelvDriveObj&>(*drive));
+        for (const CDelvObj* hive : snapshot.m_pRegistry->m_subkeys)
+            WriteKey(static_cast<const CDelvRegKeyObj&>(*hive), CString(hive->m_name));
+        for (const CDelvObj* extension : snapshot.m_pExtensions->m_extensions)
+            WriteNode(*extension, EKind::kExtension, extension->m_name);
+        Begin("end");
+        for (std::size_t i = 0; i < kRecordWords.size(); ++i)
+            m_json.Number(kRecordWords[i], m_counts[i]);
+        End();
+    }
+
+private:
+    void Begin(std::string_view record) {
+        m_json.BeginObject();
+        m_json.Text("record", record);
+        const auto known = std::find(kRecordWords.begin(), kRecordWords.end(), record);
+        if (known != kRecordWords.end()) ++m_counts[static_cast<std::size_t>(known - kRecordWords.begin())];
+    }
+    void End() {
+        m_json.EndLossy();
+        m_json.EndObject();
+        m_json.EndLine(m_stream);
+    }
+    void WriteNode(const CDelvObj& node, EKind kind, std::string_view path) {
+        Begin(WordOf(kind));
+        m_json.Text("path", path);
+        if (kind == EKind::kValue) m_json.Text("name", node.m_name);
+        WriteNodeFields(m_json, node, kind);
+        End();
+    }
+
+    void WriteDrive(const CDelvDriveObj& drive) {
+        Begin("drive");
+        m_json.Text("path", CString(drive.m_name) + '\\');
+        const std::uint32_t type = drive.GetType();
+        m_json.Text("type", type < kDriveWords.size() ? kDriveWords[type] : kDriveWords[0]);
+        m_json.Text("volume", drive.m_strVolume);
+        End();
+        WriteContents(drive);
+    }
+    void WriteContents(const CDelvDirObj& directory) {
+        for (const CDelvObj* file : directory.m_files)
+            WriteNode(*file, EKind::kFile, file->GetFullName());
+        for (const CDelvObj* subdir : directory.m_subdirs) {
+            WriteNode(*subdir, EKind::kDirectory, subdir->GetFullName());
+            WriteContents(static_cast<const CDelvDirObj&>(*subdir));
+        }
+    }
+    void WriteKey(const CDelvRegKeyObj& key, const CString& path) {
+        WriteNode(key, EKind::kKey, path);
+        for (const CDelvObj* value : key.m_values)
+            WriteNode(*value, EKind::kValue, path);
+        for (const CDelvObj* subkey : key.m_subkeys)
+            WriteKey(static_cast<const CDelvRegKeyObj&>(*subkey), path + '\\' + CString(subkey->m_name));
+    }
+
+    std::ostream& m_stream;
+    CJson m_json;
+    std::array<std::size_t, kRecordWords.size()> m_counts{};
+};
+
+using CRow = std::array<CString, 6>;
+
+std::size_t WidthOf(const CString& text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+void WriteTable(const std::vector<CRow>& rows, std::ostream& stream) {
+    std::array<std::size_t, std::tuple_size_v<CRow>> widths{};
+    for (const CRow& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], WidthOf(row[i]));
+    }
+    for (const CRow& row : rows) {
+        for (std::size_t i = 0; i + 1 < row.size(); ++i)
+            stream << row[i] << CString(widths[i] - WidthOf(row[i]) + 2, ' ');
+        stream << row.back() << '\n';
+    }
+}
+
+}  // namespace
+
+void ExportSnapshot(const CSnapshot& snapshot, const CString& file, std::ostream& stream) {
+    CExporter(stream).Write(snapshot, file);
+}
+
+void ListSnapshots(const CString& folder, std::ostream& stream) {
+    constexpr std::string_view kEnding = ".dvs";
+    UseResultsFolder(folder, {});
+    CHost& host = theContext.GetHost();
+    const CString path = theContext.m_strResultsDir.empty() ? theContext.GetResultsDir() : theContext.m_strResultsDir;
+    if (!host.DirectoryExists(path)) throw CCallError(kReviewNoFile, host.GetDisplayPath(path) + " is no folder");
+    std::vector<CString> names = host.ListFiles(path);
+    std::sort(names.begin(), names.end());
+    std::vector<CRow> rows = {{"NAME", "TAKEN", "MACHINE", "USER", "SYSTEM", "SIZE"}};
+    for (const CString& name : names) {
+        if (mbsicmp(ExtensionOf(name), kEnding) != 0) continue;
+        try {
+            CString file;
+            const std::unique_ptr<CSnapshot> snapshot = LoadIdentity(path + '\\' + name, file);
+            rows.push_back({VisibleText(snapshot->m_name), IsoTime(snapshot->GetCreatedTicks()).substr(0, 19) + "Z",
+                            VisibleText(snapshot->m_strComputerName), VisibleText(snapshot->m_strUserName),
+                            VisibleText(snapshot->m_strOsName), std::to_string(snapshot->GetFileSize())});
+        } catch (const CCallError& error) {
+            theContext.Say(error.what());
+        }
+    }
+    WriteTable(rows, stream);
+}
+
+}  // namespace delvane

@@ -1,0 +1,70 @@
+// JSON in the making, value by value: a line for each of a million nodes must not become a tree first. And the fields
+// of nodes, which reviews and exports write alike.
+#pragma once
+
+#include <charconv>
+#include <concepts>
+#include <cstdint>
+#include <ostream>
+#include <string_view>
+
+#include "review/describe.h"
+
+namespace delvane {
+
+class CDelvObj;
+enum class EKind : std::uint8_t;
+struct CSnapshotRecord;
+
+// Values in the order of the calls. A key stands ahead of each value in an object; in a list it is empty.
+class CJson {
+public:
+    void BeginObject(std::string_view key = {}) { Begin(key, '{'); }
+    void EndObject() { End('}'); }
+    void BeginList(std::string_view key) { Begin(key, '['); }
+    void EndList() { End(']'); }
+    // Bytes that are no UTF-8 are replaced, and IsLossy tells of it from then on.
+    void Text(std::string_view key, std::string_view text);
+    void Number(std::string_view key, std::integral auto number) {
+        char digits[24];
+        Name(key);
+        m_strText.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+    }
+    void Flag(std::string_view key, bool flag) {
+        Name(key);
+        m_strText += flag ? "true" : "false";
+    }
+
+    bool IsLossy() const { return m_bLossy; }
+    // "lossy": true where that is so; the next object begins anew.
+    void EndLossy() {
+        if (m_bLossy) Flag("lossy", true);
+        m_bLossy = false;
+    }
+    // Hands what was written, a whole value, to the stream as a line.
+    void EndLine(std::ostream& stream);
+
+private:
+    void Name(std::string_view key);
+    void Quote(std::string_view clean);
+    void Begin(std::string_view key, char bracket) {
+        Name(key);
+        m_strText += bracket;
+        m_bFirst = true;
+    }
+    void End(char bracket) {
+        m_strText += bracket;
+        m_bFirst = false;
+    }
+
+    CString m_strText;
+    bool m_bFirst = true;  // no comma is wanted
+    bool m_bLossy = false;
+};
+
+// What is known of a node beside its path and name. Nothing for a key.
+void WriteNodeFields(CJson& json, const CDelvObj& node, EKind kind);
+// name, created, machine, user, system, file.
+void WriteSnapshotFields(CJson& json, const CSnapshotRecord& record);
+
+}  // namespace delvane

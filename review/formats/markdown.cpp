@@ -1,0 +1,170 @@
+// Markdown for the summary of a CI job: the verdict and tables, and never more than such a summary takes.
+#include <algorithm>
+#include <array>
+#include <map>
+
+#include "review/describe.h"
+#include "review/formats/writers.h"
+#include "review/rules.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::size_t kLargestText = 60 * 1000;
+constexpr std::size_t kLongestText = 300;  // of one machine text, in bytes
+constexpr std::size_t kRoomForEnd = 200;
+
+// Text of a machine in a cell: what would be markup is written as its number.
+CString Cell(std::string_view text) {
+    constexpr std::string_view kMarkup = "&<>|`*_[]~#!\"'$@:";
+    CString visible = VisibleText(text);
+    if (visible.size() > kLongestText) {
+        std::size_t end = kLongestText;
+        while ((static_cast<unsigned char>(visible[end]) & 0xC0) == 0x80)
+            --end;
+        visible.resize(end);
+        visible += "\u2026";
+    }
+    CString cell;
+    for (std::size_t i = 0; i < visible.size(); ++i) {
+        const char c = visible[i];
+        // A backslash is markup ahead of punctuation alone.
+        const bool escapes =
+            c == '\\' && (i + 1 == visible.size() || std::ispunct(static_cast<unsigned char>(visible[i + 1])) != 0);
+        if (escapes || kMarkup.find(c) != std::string_view::npos) {
+            cell += "&#" + std::to_string(static_cast<int>(c)) + ";";
+        } else {
+            cell += c;
+        }
+    }
+    return cell;
+}
+
+CString Code(std::string_view text) { return "<code>" + Cell(text) + "</code>"; }
+
+CString ObjectOf(const CChange& change) {
+    CString text = Code(change.m_path);
+    if (change.m_kind == EKind::kValue) text += " " + Code(change.m_name);
+    return text;
+}
+
+CString Plural(std::size_t count, const CString& word) {
+    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
+}
+
+// Grows until the room is used up; what does not fit any more is counted.
+class CPage {
+public:
+    void Write(const CString& text) { m_strText += text; }
+    // A table. Each row is written if it fits in what is left of `share` of the whole room.
+    template <class Rows, class Row>
+    void WriteTable(const CString& title, const CString& head, const Rows& rows, double share, Row row) {
+        if (rows.empty()) return;
+        const auto limit =
+            std::min(kLargestText - kRoomForEnd,
+                     m_strText.size() + static_cast<std::size_t>(share * static_cast<double>(kLargestText)));
+        m_strText += "\n## " + title + "\n\n" + head + "\n|";
+        for (std::ptrdiff_t column = std::count(head.begin(), head.end(), '|'); column > 1; --column)
+            m_strText += " --- |";
+        m_strText += "\n";
+        std::size_t written = 0;
+        for (const auto& item : rows) {
+            const CString line = row(item) + "\n";
+            if (m_strText.size() + line.size() > limit) break;
+            m_strText += line;
+            ++written;
+        }
+        if (written < rows.size())
+            m_strText += "\n" + std::to_string(rows.size() - written) + " more are not shown here.\n";
+    }
+    const CString& Get() const { return m_strText; }
+
+private:
+    CString m_strText;
+};
+
+std::vector<const CChange*> ChangesWhere(const CReview& review, auto condition) {
+    std::vector<const CChange*> changes;
+    for (const CChange& change : review.m_changes) {
+        if (condition(change)) changes.push_back(&change);
+    }
+    return changes;
+}
+
+CString ChangeRow(const CChange* change) {
+    return "| " + CString(WordOf(change->m_change)) + " | " + CString(WordOf(change->m_kind)) + " | " +
+           ObjectOf(*change) + (change->m_bUncertain ? " (uncertain)" : "") + " |";
+}
+
+void WriteHead(CPage& page, const CReview& review) {
+    const auto side = [](const CString& label, const CSnapshotRecord& record) {
+        return "| " + label + " | " + Cell(record.m_strName) + " | " + IsoTime(record.m_nCreated) + " | " +
+               Cell(record.m_strMachine) + " | " + Cell(record.m_strUser) + " | " + Cell(record.m_strSystem) + " |\n";
+    };
+    const auto& open = review.m_counts.m_openFindings;
+    const std::size_t openChanges = review.m_counts.m_changes[static_cast<std::size_t>(EStatus::kOpen)];
+    page.Write("# " + Cell(review.m_current.m_strName) + " against " + Cell(review.m_baseline.m_strName) +
+               "\n\n**exit code " + std::to_string(review.m_nExit) + "** (fail on " + CString(WordOf(review.m_failOn)) +
+               "). Open: " + Plural(open[0], "error") + ", " + Plural(open[1], "warning") + ", " +
+               Plural(open[2], "info") + ", " + Plural(openChanges, "change") +
+               ".\n\n| snapshot | name | taken | machine | user | system |\n| --- | --- | --- | --- | "
+               "--- | --- |\n" +
+               side("baseline", review.m_baseline) + side("current", review.m_current));
+    if (review.m_control) page.Write(side("control", *review.m_control));
+    if (review.m_installed) page.Write(side("installed", *review.m_installed));
+}
+
+void WriteSummary(CPage& page, const CReview& review) {
+    using CCounts = std::array<std::size_t, 4>;  // open by change, and what is not open
+    std::map<std::pair<CString, EKind>, CCounts> groups;
+    for (const CChange& change : review.m_changes) {
+        CString area = Cell(change.GetHive());
+        for (std::size_t i = 0; area.empty() && i < kAreaWords.size(); ++i) {
+            if (change.HasArea(static_cast<EArea>(i))) area = kAreaWords[i];
+        }
+        const std::size_t column = change.m_status == EStatus::kOpen ? static_cast<std::size_t>(change.m_change) : 3;
+        ++groups[{area.empty() ? "other" : area, change.m_kind}][column];
+    }
+    page.WriteTable("Changes", "| area or hive | kind | added | deleted | changed | accepted or noise |", groups, 0.1,
+                    [](const auto& group) {
+                        CString row = "| " + group.first.first + " | " + CString(WordOf(group.first.second)) + " |";
+                        for (const std::size_t count : group.second)
+                            row += " " + std::to_string(count) + " |";
+                        return row;
+                    });
+}
+
+}  // namespace
+
+void WriteMarkdown(const CReview& review, std::ostream& stream) {
+    CPage page;
+    WriteHead(page, review);
+    const auto isOpen = [](const CChange& change) { return change.m_status == EStatus::kOpen; };
+    for (const ELeftover leftover : {ELeftover::kLeftBehind, ELeftover::kNotRestored}) {
+        const auto changes = ChangesWhere(
+            review, [&](const CChange& change) { return change.m_leftover == leftover && isOpen(change); });
+        page.WriteTable(CString(WordOf(leftover)) + ": " + std::to_string(changes.size()), "| change | kind | object |",
+                        changes, 0.2, ChangeRow);
+    }
+    page.WriteTable("Findings", "| requirement | severity | rule | finding | changes | status |", review.m_findings,
+                    0.2, [](const CFinding& finding) {
+                        CString row = "| " + std::to_string(finding.m_nRequirement) + " | " +
+                                      CString(WordOf(finding.m_severity)) + " | " + CString(finding.m_pRule->m_id) +
+                                      " | " + Cell(finding.m_strObject) + "&#58; " + Cell(finding.m_strText) + " | " +
+                                      std::to_string(finding.m_changes.size()) + " | " +
+                                      CString(WordOf(finding.m_status));
+                        if (finding.m_status == EStatus::kAccepted) row += "&#58; " + Cell(finding.m_strReason);
+                        return row + " |";
+                    });
+    WriteSummary(page, review);
+    page.WriteTable("Not read", "| snapshot | kind | place | reason |", review.m_gaps, 0.1, [](const CReviewGap& gap) {
+        return "| " + Cell(gap.m_strSnapshot) + " | " + Cell(GapKindName(gap.m_kind)) + " | " + Code(gap.m_strPath) +
+               (gap.m_strName.empty() ? "" : " " + Code(gap.m_strName)) + " | " + Cell(gap.m_strReason) + " (" +
+               std::to_string(gap.m_dwCode) + ") |";
+    });
+    const auto open = ChangesWhere(review, isOpen);
+    page.WriteTable("Open changes: " + std::to_string(open.size()), "| change | kind | object |", open, 0.4, ChangeRow);
+    stream << page.Get();
+}
+
+}  // namespace delvane
