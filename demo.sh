@@ -57,7 +57,7 @@ report() { # FOLDER CURRENT BASELINE
         while read -r count label; do printf '   %5d  %s\n' "$count" "${label%:}"; done
 }
 
-need_packages g++ cmake ninja-build libutf8proc-dev nlohmann-json3-dev qt6-base-dev
+need_packages g++ cmake ninja-build libutf8proc-dev nlohmann-json3-dev libcli11-dev libtomlplusplus-dev qt6-base-dev
 step "Building the program, build/delvane"
 # A first build goes without the tests, which would need GoogleTest; one that is there stays as it is.
 if is_configured; then build_release; else build_release -DDELVANE_TESTS=OFF; fi

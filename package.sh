@@ -19,7 +19,7 @@ case ${1-} in
     '' | --check) ;;
     *) fail "usage: $0 [--check]" ;;
 esac
-need_packages g++ g++-mingw-w64-x86-64-posix cmake ninja-build libutf8proc-dev nlohmann-json3-dev qt6-base-dev dpkg-dev git zip
+need_packages g++ g++-mingw-w64-x86-64-posix cmake ninja-build libutf8proc-dev nlohmann-json3-dev libcli11-dev libtomlplusplus-dev qt6-base-dev dpkg-dev git zip
 
 # Nothing of the caller's own settings gets into the files.
 umask 022

@@ -2,6 +2,7 @@
 # Measures what is claimed to be fast, each as a ratio of processor time to a peer in the same run:
 #   capture   capture and save of 300,000 files      against GNU find printing the same facts
 #   compare   load, comparison and page, 1% changed  against comm -3 over the same facts as sorted text
+#   review    the same two snapshots reviewed         against the comparison
 #   flat      one directory of 200,000 names         against one of 20,000
 #   text      registry text of 500,000 values        against reading and decoding every line of it
 #   hive      a registry hive of 200,000 values      against hivexml
@@ -12,7 +13,7 @@ set -eu
 CDPATH='' cd -- "$(dirname -- "$0")/.."
 . cmake/setup.sh
 
-need_packages g++ cmake ninja-build libutf8proc-dev findutils coreutils libhivex-bin
+need_packages g++ cmake ninja-build libutf8proc-dev nlohmann-json3-dev libcli11-dev libtomlplusplus-dev findutils coreutils libhivex-bin
 # The default build with some small programs more.
 cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DDELVANE_TESTS=OFF -DDELVANE_QT=OFF -DDELVANE_BENCH=ON > /dev/null
 cmake --build build-bench > /dev/null
@@ -61,7 +62,7 @@ snapshots() {
 
 echo "| command | cpu s | ratio | min-max | peak MB |"
 echo "|---|---|---|---|---|"
-for job in ${*:-capture compare flat text hive keys}; do
+for job in ${*:-capture compare review flat text hive keys}; do
     case $job in
         capture)
             snapshots
@@ -83,6 +84,17 @@ for job in ${*:-capture compare flat text hive keys}; do
             pair "comm -3, sorted lines (= 1)" "LC_ALL=C comm -3 before.txt after.txt > /dev/null" \
                 "delvane: load both, compare, write the page" \
                 "DELVANE_MACHINE=m300k '$program' /s /b:Before /c:After /g; [ \$? -eq 1 ]"
+            ;;
+        review)
+            snapshots
+            DELVANE_MACHINE=m300k "$program" review Before After --write jsonl --fail-on none --quiet
+            lines="home/Results/After - Before.review.jsonl"
+            added=$(LC_ALL=C join -v 2 -t "$(printf '\t')" before.txt after.txt | wc -l)
+            result review "$added" "$(grep -c '"record":"change".*"change":"added"' "$lines")"
+            pair "delvane: load both, compare, write the classic page (= 1)" \
+                "DELVANE_MACHINE=m300k '$program' /s /b:Before /c:After /g; [ \$? -eq 1 ]" \
+                "delvane review: page, lines, SARIF, JUnit, Markdown and .reg" \
+                "DELVANE_MACHINE=m300k '$program' review Before After --write html,jsonl,sarif,junit,markdown,reg --fail-on none --quiet"
             ;;
         flat)
             machine flat flat20k 20000
@@ -117,7 +129,7 @@ for job in ${*:-capture compare flat text hive keys}; do
             done
             ;;
         *)
-            echo "usage: $0 [capture|compare|flat|text|hive|keys]..." >&2
+            echo "usage: $0 [capture|compare|review|flat|text|hive|keys]..." >&2
             exit 2
             ;;
     esac

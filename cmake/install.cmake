@@ -11,6 +11,7 @@ install(DIRECTORY docs/pictures DESTINATION share/delvane)
 
 configure_file(docs/delvane.1 ${CMAKE_BINARY_DIR}/delvane.1 @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/delvane.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES packaging/delvane.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME delvane)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)
 
 # For the desktop: the entry and its icon.

@@ -9,7 +9,12 @@ CString GetUsageText() {
 
 Usage:  delvane /s [switches]        an unattended run
         delvane [switches]           a run with a window, which stays open
+        delvane review BASELINE CURRENT [options]
+                                     what differs, for people and scripts
+        delvane export SNAPSHOT      every node of a snapshot as JSON Lines
+        delvane list                 which snapshots there are
         delvane --help | --version   alone on the command line
+                                     (delvane review --help tells its options)
 
 A switch begins with / or -; upper and lower case are alike. Of /bc:X and
 /b:Y together the later name counts, and it is created.

@@ -4,7 +4,7 @@ set -eu
 CDPATH='' cd -- "$(dirname -- "$0")/.."
 . cmake/setup.sh
 
-need_packages g++ cmake ninja-build libutf8proc-dev qt6-base-dev xvfb openbox xdotool imagemagick
+need_packages g++ cmake ninja-build libutf8proc-dev nlohmann-json3-dev libcli11-dev libtomlplusplus-dev qt6-base-dev xvfb openbox xdotool imagemagick
 build_release
 work=$(mktemp -d)
 program=

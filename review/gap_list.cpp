@@ -1,6 +1,7 @@
 #include "review/gap_list.h"
 
 #include <algorithm>
+#include <array>
 #include <nlohmann/json.hpp>
 
 #include "review/change_list.h"
@@ -45,8 +46,34 @@ bool ReadGaps(std::string_view text, std::vector<CReviewGap>& gaps, CString& pro
     return true;
 }
 
+// A registry file that is not whole leaves its keys in doubt: the part of the registry that it holds, and of HKCR what
+// comes out of that.
+void CGapIndex::AddRegistryFile(std::string_view path) {
+    struct CPart {
+        std::string_view m_file;
+        std::string_view m_key;
+        bool m_bClasses;
+    };
+    static constexpr std::array<CPart, 8> kParts = {{{"system.reg", "HKLM", true},
+                                                     {"user.reg", "HKCU", false},
+                                                     {"software", "HKLM\\Software", true},
+                                                     {"system", "HKLM\\System", false},
+                                                     {"sam", "HKLM\\SAM", false},
+                                                     {"security", "HKLM\\Security", false},
+                                                     {"ntuser.dat", "HKCU", false},
+                                                     {"usrclass.dat", "HKCU\\Software\\Classes", true}}};
+    const std::size_t separator = path.find_last_of("\\/");
+    const std::string_view file = separator == std::string_view::npos ? path : path.substr(separator + 1);
+    for (const CPart& part : kParts) {
+        if (mbsicmp(part.m_file, file) != 0) continue;
+        m_places.insert(FoldCase(part.m_key));
+        if (part.m_bClasses) m_places.insert(FoldCase("HKCR"));
+    }
+}
+
 // A gap is told in clean text, so paths of changes are made clean before they are looked up.
 void CGapIndex::Add(const CReviewGap& gap) {
+    if (gap.m_kind == EGapKind::kRegistryFile) AddRegistryFile(gap.m_strPath);
     CString place = FoldCase(gap.m_strPath);
     while (place.ends_with('\\'))
         place.pop_back();

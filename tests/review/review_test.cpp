@@ -169,6 +169,14 @@ TEST_F(Review, WhatLiesAtOrBelowAGapIsUncertain) {
         Only(LinesOf(review), "gap").substr(0, 115),
         R"({"record":"gap","snapshot":"After","kind":"directory","path":"c:\\OUTSIDE","code":5,"reason":"access denied"})"
         "\n{\"rec");
+    CGapIndex index;
+    index.Add({{EGapKind::kRegistryFile, "/home/u/.wine/user.reg", {}, 1009, "damaged"}, {}, false, true});
+    CChange change;
+    change.m_kind = EKind::kKey;
+    change.m_path = "HKCU\\Software";
+    EXPECT_TRUE(index.Covers(change));
+    change.m_path = "HKLM\\Software";
+    EXPECT_FALSE(index.Covers(change));
     std::vector<CReviewGap> gaps;
     for (const char* const bad : {"{", "[1]", R"({"record":"gap","kind":"hole","path":"x"})",
                                   R"({"record":"gap","kind":"key"})", R"({"record":"gap","kind":"key","path":5})"}) {
