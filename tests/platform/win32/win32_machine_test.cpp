@@ -107,7 +107,7 @@ TEST_F(Win32Machine, AKeyThatChangesDuringTheWalkEndsNothing) {
 TEST_F(Win32Machine, PerformanceDataAreNoKey) {
     const HKEY perflib = Open(HKEY_LOCAL_MACHINE, {"Software", "Microsoft", "Windows NT", "CurrentVersion", "Perflib"});
     HKEY key = 0;
-    EXPECT_EQ(m_machine.RegOpenKeyEx(perflib, "009", key), ERROR_BADKEY);
+    EXPECT_EQ(m_machine.RegOpenKeyEx(perflib, "009", key), ERROR_INVALID_HANDLE);
     EXPECT_EQ(key, 0U);
 }
 
