@@ -6,6 +6,7 @@
 #include <chrono>
 #include <fstream>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 #include "core/context.h"
@@ -23,28 +24,17 @@ constexpr std::size_t kLargestList = std::size_t{64} << 20;
 struct CFormat {
     std::string_view m_word;
     std::string_view m_ending;
-    void (*m_write)(const CReview& review, std::ostream& stream, std::size_t limit);
+    void (*m_write)(const CReview& review, std::ostream& stream);  // null for the page, which has a limit
 };
 
 // A word may stand for more than one file.
-constexpr std::array<CFormat, 7> kFormats = {{
-    {"html", ".review.html", WriteReviewPage},
-    {"jsonl", ".review.jsonl",
-     [](const CReview& review, std::ostream& stream, std::size_t) { WriteLines(review, stream); }},
-    {"sarif", ".sarif", [](const CReview& review, std::ostream& stream, std::size_t) { WriteSarif(review, stream); }},
-    {"junit", ".junit.xml",
-     [](const CReview& review, std::ostream& stream, std::size_t) { WriteJUnit(review, stream); }},
-    {"markdown", ".review.md",
-     [](const CReview& review, std::ostream& stream, std::size_t) { WriteMarkdown(review, stream); }},
-    {"reg", ".undo.reg",
-     [](const CReview& review, std::ostream& stream, std::size_t) {
-         WriteRegistryFile(review, stream, EDirection::kUndo);
-     }},
-    {"reg", ".redo.reg",
-     [](const CReview& review, std::ostream& stream, std::size_t) {
-         WriteRegistryFile(review, stream, EDirection::kRedo);
-     }},
-}};
+constexpr std::array<CFormat, 7> kFormats = {{{"html", ".review.html", nullptr},
+                                              {"jsonl", ".review.jsonl", WriteLines},
+                                              {"sarif", ".sarif", WriteSarif},
+                                              {"junit", ".junit.xml", WriteJUnit},
+                                              {"markdown", ".review.md", WriteMarkdown},
+                                              {"reg", ".undo.reg", WriteUndo},
+                                              {"reg", ".redo.reg", WriteRedo}}};
 
 // What was asked for, as it was typed.
 struct CReviewOptions {
@@ -71,26 +61,23 @@ std::uint64_t Now() {
     return std::chrono::duration_cast<CTicks>(now).count() + kUnixEpochTicks;
 }
 
-std::vector<CFormat> FormatsOf(const CString& words) {
+// In the order of the table, each once.
+std::vector<CFormat> FormatsOf(const CString& typed) {
+    std::set<CString> words;
+    std::istringstream stream(typed);
+    for (CString word; std::getline(stream, word, ',');)
+        words.insert(word);
     std::vector<CFormat> formats;
-    std::istringstream stream(words);
-    bool isNone = false;
-    for (CString word; std::getline(stream, word, ',');) {
-        const std::size_t before = formats.size();
-        bool isKnown = word == "none";
-        isNone = isNone || isKnown;
-        for (const CFormat& format : kFormats) {
-            if (format.m_word != word) continue;
-            isKnown = true;
-            const bool isThere = std::any_of(formats.begin(), formats.begin() + static_cast<std::ptrdiff_t>(before),
-                                             [&](const CFormat& known) { return known.m_ending == format.m_ending; });
-            if (!isThere) formats.push_back(format);
-        }
-        if (!isKnown) {
-            throw CCallError(
-                kReviewBadCall,
-                "--write: \"" + word + "\" is no format; there are html, jsonl, sarif, junit, markdown, reg and none");
-        }
+    for (const CFormat& format : kFormats) {
+        if (words.contains(CString(format.m_word))) formats.push_back(format);
+    }
+    const bool isNone = words.erase("none") != 0;
+    for (const CFormat& format : formats)
+        words.erase(CString(format.m_word));
+    if (!words.empty()) {
+        throw CCallError(kReviewBadCall,
+                         "--write: \"" + *words.begin() +
+                             "\" is no format; there are html, jsonl, sarif, junit, markdown, reg and none");
     }
     if (isNone != formats.empty()) throw CCallError(kReviewBadCall, "--write: none goes alone");
     return formats;
@@ -189,8 +176,10 @@ int RunReview(CReviewOptions& options) {
     const CString folder = options.m_formats.empty() ? CString() : MakeOutputFolder(options.m_strOutput);
     for (const CFormat& format : options.m_formats) {
         written.push_back(
-            WriteWholeFile(folder + "\\" + review.GetFileName() + CString(format.m_ending),
-                           [&](std::ostream& stream) { format.m_write(review, stream, options.m_nLimit); }));
+            WriteWholeFile(folder + "\\" + review.GetFileName() + CString(format.m_ending), [&](std::ostream& stream) {
+                format.m_write == nullptr ? WriteReviewPage(review, stream, options.m_nLimit)
+                                          : format.m_write(review, stream);
+            }));
     }
     if (!options.m_strDraft.empty()) {
         written.push_back(

@@ -31,9 +31,12 @@ CString Escaped(std::string_view text) {
             case '\n':
                 escaped += "&#10;";
                 break;
-            default:
-                escaped += static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? CString("\xEF\xBF\xBD") : CString(1, c);
-                break;
+            default: {
+                const bool isControl = static_cast<unsigned char>(c) < 0x20;
+                // U+FFFE and U+FFFF are characters of Unicode and none of XML.
+                const bool isLast = (c == '\xBE' || c == '\xBF') && escaped.ends_with("\xEF\xBF");
+                escaped += isControl ? CString("\xEF\xBF\xBD") : CString(1, isLast ? '\xBD' : c);
+            }
         }
     }
     return escaped;

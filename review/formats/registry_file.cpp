@@ -162,6 +162,8 @@ bool HasTwoUnnamed(const CDelvObj& value) {
 
 bool IsRegistry(const CChange& change) { return change.m_kind == EKind::kKey || change.m_kind == EKind::kValue; }
 
+enum class EDirection { kRedo, kUndo };
+
 class CRegistryWriter {
 public:
     CRegistryWriter(const CReview& review, std::ostream& stream, EDirection direction)
@@ -298,8 +300,12 @@ private:
 
 }  // namespace
 
-void WriteRegistryFile(const CReview& review, std::ostream& stream, EDirection direction) {
-    CRegistryWriter(review, stream, direction).Write();
+void WriteUndo(const CReview& review, std::ostream& stream) {
+    CRegistryWriter(review, stream, EDirection::kUndo).Write();
+}
+
+void WriteRedo(const CReview& review, std::ostream& stream) {
+    CRegistryWriter(review, stream, EDirection::kRedo).Write();
 }
 
 }  // namespace delvane

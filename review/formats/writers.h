@@ -16,9 +16,9 @@ void WriteJUnit(const CReview& review, std::ostream& stream);     // JUnit's XML
 void WriteMarkdown(const CReview& review, std::ostream& stream);  // at most 60 KB
 // The page, one HTML file: at most `limit` changes of each group (review/page.cpp).
 void WriteReviewPage(const CReview& review, std::ostream& stream, std::size_t limit);
-// The registry of Baseline made that of Current, or the reverse.
-enum class EDirection { kRedo, kUndo };
-void WriteRegistryFile(const CReview& review, std::ostream& stream, EDirection direction);
+// The registry of Current made that of Baseline, and the reverse.
+void WriteUndo(const CReview& review, std::ostream& stream);
+void WriteRedo(const CReview& review, std::ostream& stream);
 
 // A reviewed list that accepts all that is open.
 void WriteDraft(const CReview& review, std::ostream& stream);

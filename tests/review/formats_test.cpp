@@ -15,8 +15,8 @@ protected:
         m_input.m_current = Take(kDisk, after, "After");
     }
     // The file without its head, in UTF-8. Only ASCII stands in these tests.
-    CString RegistryFile(EDirection direction) {
-        const CString units = TextOf([&](std::ostream& s) { WriteRegistryFile(*m_pReview, s, direction); });
+    CString RegistryFile(void (*write)(const CReview&, std::ostream&)) {
+        const CString units = TextOf([&](std::ostream& s) { write(*m_pReview, s); });
         EXPECT_EQ(units.substr(0, 2), "\xFF\xFE");
         CString text;
         for (std::size_t i = 2; i < units.size(); i += 2)
@@ -59,7 +59,7 @@ constexpr std::string_view kAfter = R"(
 TEST_F(ReviewFormats, AnUndoFilePutsTheBaselineBack) {
     TakeRegistries(kBefore, kAfter);
     Judge();
-    EXPECT_EQ(RegistryFile(EDirection::kUndo), R"([-HKEY_LOCAL_MACHINE\New\Sub]
+    EXPECT_EQ(RegistryFile(WriteUndo), R"([-HKEY_LOCAL_MACHINE\New\Sub]
 [-HKEY_LOCAL_MACHINE\New]
 
 [HKEY_LOCAL_MACHINE\Keep]
@@ -78,9 +78,9 @@ TEST_F(ReviewFormats, AnUndoFilePutsTheBaselineBack) {
 @="d"
 
 )");
-    EXPECT_NE(RegistryFile(EDirection::kRedo).find("\"Away\"=-\n\"Plus\"=hex(b):01\n\"Bare\"=\"b\"\n"), CString::npos)
-        << RegistryFile(EDirection::kRedo);
-    EXPECT_NE(RegistryFile(EDirection::kRedo).find("\"b\"=hex(1):78,00,00,00,79,00,00,00\n"), CString::npos);
+    EXPECT_NE(RegistryFile(WriteRedo).find("\"Away\"=-\n\"Plus\"=hex(b):01\n\"Bare\"=\"b\"\n"), CString::npos)
+        << RegistryFile(WriteRedo);
+    EXPECT_NE(RegistryFile(WriteRedo).find("\"b\"=hex(1):78,00,00,00,79,00,00,00\n"), CString::npos);
 }
 
 // Whoever deletes a key deletes what somebody has accepted below it.
@@ -89,7 +89,7 @@ TEST_F(ReviewFormats, AKeyWithSomethingAcceptedInItStays) {
     Judge(
         "[[accept]]\npath = 'HKLM\\New\\Sub'\nname = 'a'\nreason = 'x'\n[[accept]]\npath = 'HKLM\\Keep\\**'\nreason = "
         "'x'");
-    EXPECT_EQ(RegistryFile(EDirection::kUndo),
+    EXPECT_EQ(RegistryFile(WriteUndo),
               R"(; stays, as something in it is accepted or noise: HKEY_LOCAL_MACHINE\New
 ; stays, as something in it is accepted or noise: HKEY_LOCAL_MACHINE\New\Sub
 
@@ -109,7 +109,7 @@ TEST_F(ReviewFormats, NamesThatCannotBeWrittenAreShownInAComment) {
                    "HKLM\n  K\\\n    @ = sz \"2\"\n    (default) = sz \"1\"\n    a\x01z = sz \"1\"\n  B\x7F\\\n    v = "
                    "sz \"1\"\n");
     Judge();
-    EXPECT_EQ(RegistryFile(EDirection::kRedo), R"(; cannot be written, with its values: HKEY_LOCAL_MACHINE\B<7f>
+    EXPECT_EQ(RegistryFile(WriteRedo), R"(; cannot be written, with its values: HKEY_LOCAL_MACHINE\B<7f>
 
 [HKEY_LOCAL_MACHINE\K]
 ; cannot be written: the value a<01>z
