@@ -87,8 +87,8 @@ TEST_F(Review, TheListIsAskedBeforeTheControlAndFindingsFollowTheirChanges) {
     TakeBoth();
     m_input.m_control = Take(kDiskAfter, kRegistryBefore, "Idle");
     const CReview& review = Judge("[[accept]]\npath = 'C:\\out*\\**'\nkind = ['file']\nreason = 'mine'");
-    EXPECT_EQ(StatusesOf(review).substr(0, 77),
-              "C:\\Outside  noise \nC:\\Outside\\o.txt  accepted \nC:\\Program Files\\app.exe  noi");
+    EXPECT_TRUE(StatusesOf(review).starts_with("C:\\Outside  noise \nC:\\Outside\\o.txt  accepted \n"))
+        << StatusesOf(review);
     EXPECT_EQ(review.m_counts.m_changes, (std::array<std::size_t, 3>{7, 1, 5}));
     const CFinding& outside = review.m_findings.back();
     EXPECT_EQ(outside.m_pRule->m_id, "files-outside");
