@@ -95,7 +95,7 @@ CString CalendarText(const std::tm& time, std::string_view format) {
                 text += time.tm_hour < 12 ? "AM" : "PM";
                 break;
             default:
-                assert(!"a conversion that is not known");
+                assert(false && "a conversion that is not known");
         }
     }
     return text;
