@@ -1,0 +1,248 @@
+#include "review/page_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "review/describe.h"
+
+namespace delvane {
+namespace {
+
+constexpr std::size_t kLongText = 600;  // bytes that are shown whole
+constexpr std::size_t kCutText = 400;   // and of a longer text
+constexpr std::size_t kLead = 80;       // of them ahead of the difference
+constexpr std::size_t kLineSize = 16;
+constexpr std::size_t kLongDump = 16;  // lines
+constexpr std::size_t kCutDump = 6;
+
+bool IsContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+// The nearest bound of a character that does not lie behind. A character has at most three continuation bytes; more of
+// them belong to none.
+std::size_t BoundBefore(std::string_view text, std::size_t at) {
+    std::size_t bound = at;
+    for (int steps = 0; bound > 0 && bound < text.size() && IsContinuation(text[bound]); --bound) {
+        if (++steps > 3) return at;
+    }
+    return bound;
+}
+
+// The length of what needs no look at its characters.
+std::size_t PlainLength(std::string_view text) {
+    const auto isPlain = [](char c) { return c >= 0x20 && c < 0x7F && c != '<' && c != '>' && c != '&' && c != '"'; };
+    return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+}
+
+std::string_view EntityOf(char c) {
+    switch (c) {
+        case '<':
+            return "&lt;";
+        case '>':
+            return "&gt;";
+        case '&':
+            return "&amp;";
+        case '"':
+            return "&quot;";
+        default:
+            return {};
+    }
+}
+
+// The one place where text of a machine becomes text of the page.
+void AppendText(CString& html, std::string_view text, EText form) {
+    while (true) {
+        const std::size_t plain = PlainLength(text);
+        html += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) return;
+        std::size_t bad = 0;
+        const std::size_t length = SequenceLength(text, bad);
+        const std::string_view sequence = text.substr(0, length);
+        text.remove_prefix(length == 0 ? bad : length);
+        if (length == 0) {
+            html += "\uFFFD";
+            continue;
+        }
+        const std::uint32_t character = DecodeSequence(sequence);
+        if (const std::string_view entity = EntityOf(sequence[0]); !entity.empty()) {
+            html += entity;
+        } else if (!IsInvisible(character) || (form == EText::kData && (character == '\t' || character == '\n'))) {
+            html += sequence;
+        } else if (form == EText::kList && character == 0) {
+            html += '\n';
+        } else {
+            std::array<char, 32> mark{};
+            std::snprintf(mark.data(), mark.size(), form == EText::kTitle ? "U+%04X" : "<mark>U+%04X</mark>",
+                          character);
+            html += mark.data();
+        }
+    }
+}
+
+void AppendTag(CString& html, std::string_view begin, std::string_view tag) {
+    if (!tag.empty()) ((html += begin) += tag) += '>';
+}
+
+bool HasLines(std::string_view text, EText form) {
+    return form != EText::kLine && text.find(form == EText::kList ? '\0' : '\n') != std::string_view::npos;
+}
+
+}  // namespace
+
+CDifference FindDifference(std::string_view before, std::string_view after) {
+    const std::size_t shorter = std::min(before.size(), after.size());
+    const auto same = static_cast<std::size_t>(
+        std::mismatch(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(shorter), after.begin()).first -
+        before.begin());
+    const std::size_t begin = std::min(BoundBefore(before, same), BoundBefore(after, same));
+    const std::size_t room = shorter - begin;
+    auto end = static_cast<std::size_t>(
+        std::mismatch(before.rbegin(), before.rbegin() + static_cast<std::ptrdiff_t>(room), after.rbegin()).first -
+        before.rbegin());
+    while (end > 0 && IsContinuation(before[before.size() - end]))
+        --end;
+    return {{begin, before.size() - end}, {begin, after.size() - end}};
+}
+
+CPageText& CPageText::Count(std::size_t count, std::string_view word) {
+    return Number(count).Raw(" ").Raw(word).Raw(count == 1 ? "" : "s");
+}
+
+CPageText& CPageText::Text(std::string_view text, EText form) {
+    AppendText(m_html, text, form);
+    return *this;
+}
+
+CPageText& CPageText::Path(std::string_view path) {
+    const std::size_t name = path.rfind('\\') + 1;  // 0 where there is none
+    return Raw("<code>").Text(path.substr(0, name)).Raw("<b>").Text(path.substr(name)).Raw("</b></code>");
+}
+
+CPageText& CPageText::Field(std::string_view text, std::string_view tag, bool differs) {
+    const std::string_view marked = differs ? tag : std::string_view();
+    AppendTag(m_html, "<", marked);
+    AppendText(m_html, text, EText::kLine);
+    AppendTag(m_html, "</", marked);
+    return *this;
+}
+
+void CPageText::Flush() {
+    m_stream.write(m_html.data(), static_cast<std::streamsize>(m_html.size()));
+    m_html.clear();
+}
+
+// A part of a side's text, in an element that keeps its lines where it has some.
+void CPageText::Marked(const CSide& side, CPart part, EText form) {
+    const auto text = [&](std::size_t begin, std::size_t end) {
+        begin = std::clamp(begin, part.m_nBegin, part.m_nEnd);
+        end = std::clamp(end, begin, part.m_nEnd);
+        AppendText(m_html, side.m_text.substr(begin, end - begin), form);
+        return end > begin;
+    };
+    const std::string_view shown = side.m_text.substr(part.m_nBegin, part.m_nEnd - part.m_nBegin);
+    const bool hasLines = HasLines(shown, form);
+    Raw(hasLines ? "<pre>\n" : "<code>");  // the line feed behind <pre> is none of the text
+    if (part.m_nBegin != 0) Raw("\u2026");
+    text(0, side.m_part.m_nBegin);
+    const bool hasPart = side.m_part.m_nEnd > side.m_part.m_nBegin;
+    AppendTag(m_html, "<", hasPart ? side.m_tag : "");
+    text(side.m_part.m_nBegin, side.m_part.m_nEnd);
+    AppendTag(m_html, "</", hasPart ? side.m_tag : "");
+    text(side.m_part.m_nEnd, side.m_text.size());
+    if (part.m_nEnd != side.m_text.size()) Raw("\u2026");
+    Raw(hasLines ? "</pre>" : "</code>");
+}
+
+// The way to the whole of what was cut. Behind a page of enormous data stand the lines.
+template <class Write>
+void CPageText::Rest(std::size_t size, std::string_view unit, Write write) {
+    constexpr std::size_t kLargestFactor = 6;  // a byte of data as a dump or as markup
+    if (size * kLargestFactor > m_nRoom) {
+        Raw("<p class=\"soft\">cut; all ").Number(size).Raw(" ").Raw(unit);
+        Raw(" stand in the review's lines (<code>--write jsonl</code>)</p>");
+        return;
+    }
+    Raw("<details class=\"rest\"><summary>all ").Number(size).Raw(" ").Raw(unit).Raw("</summary>");
+    const std::size_t begin = m_html.size();
+    write();
+    m_nRoom -= std::min(m_nRoom, m_html.size() - begin);
+    Raw("</details>");
+}
+
+CPageText& CPageText::Data(const CSide& side, EText form) {
+    const std::string_view text = side.m_text;
+    if (text.empty()) return Raw("<span>empty</span>");
+    if (text.size() <= kLongText) {
+        Marked(side, {0, text.size()}, form);
+        return *this;
+    }
+    const std::size_t first = side.m_tag.empty() ? 0 : std::min(side.m_part.m_nBegin, text.size() - kCutText + kLead);
+    const std::size_t begin = BoundBefore(text, first > kLead ? first - kLead : 0);
+    Marked(side, {begin, BoundBefore(text, std::min(begin + kCutText, text.size()))}, form);
+    Rest(text.size(), "bytes", [&] { Marked(side, {0, text.size()}, form); });
+    return *this;
+}
+
+// Bytes at the same place are held against each other where the sizes are the same; else what lies between the common
+// beginning and the common end differs.
+void CPageText::DumpLines(const CSide& side, std::size_t first, std::size_t end) {
+    const std::string_view bytes = side.m_text;
+    const auto differs = [&](std::size_t at) {
+        if (side.m_tag.empty()) return false;
+        if (bytes.size() == side.m_opposite.size()) return bytes[at] != side.m_opposite[at];
+        return at >= side.m_part.m_nBegin && at < side.m_part.m_nEnd;
+    };
+    // Writes what `append` gives for each byte of a line, with each run of those that differ in one element.
+    const auto writeRuns = [&](std::size_t begin, std::size_t stop, std::string_view between, auto append) {
+        bool isOpen = false;
+        for (std::size_t at = begin; at < stop; ++at) {
+            const bool isDifferent = differs(at);
+            if (isOpen && !isDifferent) AppendTag(m_html, "</", side.m_tag);
+            if (at != begin) m_html += at - begin == kLineSize / 2 && !between.empty() ? "  " : between;
+            if (!isOpen && isDifferent) AppendTag(m_html, "<", side.m_tag);
+            isOpen = isDifferent;
+            append(static_cast<unsigned char>(bytes[at]));
+        }
+        if (isOpen) AppendTag(m_html, "</", side.m_tag);
+    };
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    Raw("<pre class=\"hex\" tabindex=\"0\">\n");
+    for (std::size_t line = first; line < end; ++line) {
+        const std::size_t begin = line * kLineSize;
+        const std::size_t stop = std::min(begin + kLineSize, bytes.size());
+        std::array<char, 32> offset{};
+        std::snprintf(offset.data(), offset.size(), bytes.size() > 0x10000 ? "%08zx  " : "%04zx  ", begin);
+        m_html += offset.data();
+        writeRuns(begin, stop, " ", [&](unsigned char byte) {
+            m_html += kDigits[byte >> 4];
+            m_html += kDigits[byte & 0xF];
+        });
+        const std::size_t missing = kLineSize - (stop - begin);
+        m_html.append(3 * missing + (missing >= kLineSize / 2 ? 1 : 0) + 2, ' ');
+        writeRuns(begin, stop, "", [&](unsigned char byte) {
+            const char character = byte >= 0x20 && byte < 0x7F ? static_cast<char>(byte) : '.';
+            AppendText(m_html, {&character, 1}, EText::kLine);
+        });
+        m_html += '\n';
+    }
+    Raw("</pre>");
+}
+
+CPageText& CPageText::Dump(const CSide& side) {
+    const std::string_view bytes = side.m_text;
+    if (bytes.empty()) return Raw("<span>empty</span>");
+    const std::size_t lines = (bytes.size() + kLineSize - 1) / kLineSize;
+    if (lines <= kLongDump) {
+        DumpLines(side, 0, lines);
+        return *this;
+    }
+    std::size_t first = 0;
+    if (!side.m_tag.empty()) first = std::min(side.m_part.m_nBegin / kLineSize, lines - kCutDump);
+    first -= std::min<std::size_t>(first, 1);
+    DumpLines(side, first, first + kCutDump);
+    Rest(bytes.size(), "bytes", [&] { DumpLines(side, 0, lines); });
+    return *this;
+}
+
+}  // namespace delvane

@@ -1,0 +1,82 @@
+// How the page of a review writes text: what comes from a machine is made safe here, and nowhere else.
+#pragma once
+
+#include <cstddef>
+#include <ostream>
+#include <string_view>
+
+#include "platform/text.h"
+
+namespace delvane {
+
+// Where a text stands. A character that controls, changes the direction or has no width is written as U+202E and the
+// like, in <mark>; bytes that are no UTF-8 as U+FFFD.
+enum class EText {
+    kLine,   // a name, a path
+    kTitle,  // the page's title or the value of an attribute, which hold no markup
+    kData,   // data: tabs and line feeds stay
+    kList,   // data of several texts, a NUL between two: each gets a line of its own
+};
+
+// A part of a text, in bytes.
+struct CPart {
+    std::size_t m_nBegin = 0;
+    std::size_t m_nEnd = 0;
+};
+
+// What remains of two texts when the beginning and the end that both share are taken off, at bounds of characters.
+struct CDifference {
+    CPart m_before;
+    CPart m_after;
+};
+CDifference FindDifference(std::string_view before, std::string_view after);
+
+// One of two sides that are compared, or the only one there is.
+struct CSide {
+    std::string_view m_tag;       // "del", "ins", or empty: nothing is marked
+    std::string_view m_text;      // this side's
+    std::string_view m_opposite;  // and what it is held against
+    CPart m_part;                 // of m_text, which differs
+};
+
+// The page as it grows, handed to the stream piece by piece.
+class CPageText {
+public:
+    explicit CPageText(std::ostream& stream) : m_stream(stream) {}
+    ~CPageText() { Flush(); }
+    CPageText(const CPageText&) = delete;
+    CPageText& operator=(const CPageText&) = delete;
+
+    CPageText& Raw(std::string_view markup) {
+        m_html += markup;
+        return *this;
+    }
+    CPageText& Number(std::size_t number) { return Raw(std::to_string(number)); }
+    CPageText& Count(std::size_t count, std::string_view word);  // "1 change", "2 changes"
+    CPageText& Text(std::string_view text, EText form = EText::kLine);
+    CPageText& Path(std::string_view path);  // its last part is set off
+    // A short text of ours, marked as a whole where it differs.
+    CPageText& Field(std::string_view text, std::string_view tag, bool differs);
+    // Data with their differing part marked; long ones are cut, and a way leads to the whole.
+    CPageText& Data(const CSide& side, EText form);
+    CPageText& Dump(const CSide& side);  // 16 bytes a line: offset, bytes, characters
+
+    void FlushSome() {
+        if (m_html.size() >= kPiece) Flush();
+    }
+
+private:
+    static constexpr std::size_t kPiece = std::size_t{1} << 18;
+
+    void Flush();
+    void Marked(const CSide& side, CPart part, EText form);
+    void DumpLines(const CSide& side, std::size_t first, std::size_t end);
+    template <class Write>
+    void Rest(std::size_t size, std::string_view unit, Write write);
+
+    std::ostream& m_stream;
+    CString m_html;
+    std::size_t m_nRoom = std::size_t{48} << 20;  // for whole data behind cut ones, in bytes of the page
+};
+
+}  // namespace delvane
