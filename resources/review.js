@@ -32,7 +32,18 @@
     status: bits("status", element.dataset.status), requirement: bits("requirement", element.dataset.requirement),
   }));
   const others = all("#gaps tbody tr, .entries > li").map((element) => ({ element, text: null, shown: true }));
+  const headings = all("main h3, main h4").filter((heading) => !heading.parentElement.matches(".part") || heading.tagName === "H4");
+  const leftOut = document.querySelector("main").dataset.leftOut;
   const total = groups.reduce((sum, group) => sum + group.items.length, 0);
+
+  // Each choice tells how many changes it would let through alone.
+  for (const box of boxes) {
+    const { filter } = box.dataset;
+    const count = document.createElement("small");
+    const bit = bitOf[filter][box.value];
+    count.textContent = groups.reduce((sum, group) => sum + group.items.filter((item) => item[filter] & bit).length, 0);
+    box.parentElement.append(" ", count);
+  }
 
   const textOf = (item) => (item.text ??= fold(item.element.textContent));
   const show = (item, shown) => {
@@ -78,18 +89,16 @@
     }
     for (const item of others) show(item, passes(item, []));
     // A heading goes with the last of what stands below it.
-    for (const heading of all("main h3, main h4")) {
-      if (heading.parentElement.className === "part") continue;
+    for (const heading of headings) {
       let isEmpty = true;
       for (let next = heading.nextElementSibling; next && !/^H[1-4]$/.test(next.tagName); next = next.nextElementSibling) {
-        if (!next.hidden && (!next.matches("ul") || next.querySelector(":scope > :not([hidden])"))) isEmpty = false;
-        if (next.matches("p.none")) next.hidden = isNarrow, isEmpty = isNarrow;
+        if (!next.hidden && next.matches(".group, :has(> li:not([hidden]))")) isEmpty = false;
       }
       heading.hidden = isNarrow && isEmpty;
     }
     narrowed = isNarrow;
     status.textContent = remaining + " of " + plural(total, "change") + ", " + findingCount + " of " +
-      plural(findings.length, "finding") + (isNarrow ? "" : "") ;
+      plural(findings.length, "finding") + (leftOut === "0" ? "" : "; " + leftOut + " left out of this page");
   };
 
   // The address: what it says of search and filters, beside what others put there, and beside its link.

@@ -58,13 +58,15 @@ public:
         : m_review(review), m_page(stream), m_nLimit(limit) {
         CollectRequirements();
         CollectGroups();
+        for (const CAcceptEntry& entry : review.m_accept.GetEntries())
+            m_entries.emplace(&entry, m_entries.size() + 1);
     }
 
     void Write() {
         WriteHead();
         WriteVerdict();
         WriteTools();
-        m_page.Raw("<main>\n");
+        m_page.Raw("<main data-left-out=\"").Number(m_review.m_changes.size() - m_shown.size()).Raw("\">\n");
         if (m_review.HasInstalled()) WriteLeftovers();
         WriteFindings();
         WriteChanges();
@@ -273,15 +275,15 @@ private:
         m_page.Raw("</small></h2>\n");
         auto finding = m_review.m_findings.begin();
         for (std::size_t requirement = 0; requirement < kRequirementCount; ++requirement) {
-            m_page.Raw("<h3>").Number(requirement).Raw(" ").Raw(RequirementTitle(requirement)).Raw("</h3>\n");
+            m_page.Raw("<h3>").Number(requirement).Raw(" ").Raw(RequirementTitle(requirement));
             const auto isOfIt = [&] {
                 return finding != m_review.m_findings.end() && finding->m_nRequirement == static_cast<int>(requirement);
             };
             if (!isOfIt()) {
-                m_page.Raw("<p class=\"none\">No findings.</p>\n");
+                m_page.Raw(" <small>no findings</small></h3>\n");
                 continue;
             }
-            m_page.Raw("<ul class=\"findings\">\n");
+            m_page.Raw("</h3>\n<ul class=\"findings\">\n");
             for (; isOfIt(); ++finding)
                 WriteFinding(*finding);
             m_page.Raw("</ul>\n");
@@ -313,7 +315,7 @@ private:
             m_page.Raw("</em></p>\n");
         }
         m_page.Raw("<p>").Text(finding.m_strObject).Raw(": ").Text(finding.m_strText).Raw("</p>\n<p class=\"soft\">");
-        m_page.Raw(finding.m_pRule->m_help).Raw("</p>\n");
+        m_page.Raw(finding.m_pRule->m_help).Raw("</p></div>\n");
         WriteLinks(finding.m_changes, " behind it");
         m_page.Raw("</li>\n");
         m_page.FlushSome();
@@ -371,7 +373,8 @@ private:
                                                                                     "Values", "Extensions"};
         m_page.Raw("<details class=\"group\" data-kind=\"").Raw(WordOf(place.m_kind)).Raw("\" data-change=\"");
         m_page.Raw(WordOf(place.m_change)).Raw("\" data-area=\"").Raw(place.GetArea());
-        m_page.Raw(m_shown.size() <= kFewChanges ? "\" open><summary><b>" : "\"><summary><b>");
+        const bool isOpen = m_shown.size() <= kFewChanges && group.m_statuses[IndexOf(EStatus::kOpen)] != 0;
+        m_page.Raw(isOpen ? "\" open><summary><b>" : "\"><summary><b>");
         m_page.Raw(kTitles[IndexOf(place.m_kind)]).Raw(" ").Raw(WordOf(place.m_change)).Raw("</b> <span>");
         m_page.Number(group.m_nCount);
         for (const EStatus status : {EStatus::kAccepted, EStatus::kNoise}) {
@@ -383,9 +386,12 @@ private:
             m_page.Raw("<p>").Number(group.m_nCount).Raw(" in all, ").Number(group.m_nCount - group.m_shown.size());
             m_page.Raw(" left out</p>\n");
         }
-        if (!group.m_shown.empty()) m_page.Raw("<ul class=\"rows\">\n");
+        if (!group.m_shown.empty())
+            m_page.Raw(group.m_shown.size() > kFewChanges ? "<ul class=\"rows many\">\n" : "<ul class=\"rows\">\n");
         for (const std::uint32_t id : group.m_shown) {
-            WriteChangeItem(m_page, m_review.GetChange(id), m_requirements[id]);
+            const CChange& change = m_review.GetChange(id);
+            WriteChangeItem(m_page, change, m_requirements[id],
+                            change.m_pEntry == nullptr ? 0 : m_entries.at(change.m_pEntry));
             m_page.FlushSome();
         }
         m_page.Raw(group.m_shown.empty() ? "</details>\n" : "</ul></details>\n");
@@ -408,7 +414,11 @@ private:
             "</summary>\n<table>\n<thead><tr><th scope=\"col\">Snapshot</th><th scope=\"col\">Kind</th>"
             "<th scope=\"col\">Place</th><th scope=\"col\">Reason</th></tr></thead>\n<tbody>\n");
         for (const CReviewGap& gap : m_review.m_gaps) {
-            m_page.Raw("<tr><td>").Text(gap.m_strSnapshot).Raw("</td><td>").Raw(GapKindName(gap.m_kind)).Raw("</td><td><code>");
+            m_page.Raw("<tr><td>")
+                .Text(gap.m_strSnapshot)
+                .Raw("</td><td>")
+                .Raw(GapKindName(gap.m_kind))
+                .Raw("</td><td><code>");
             m_page.Text(gap.m_strPath).Raw("</code>");
             if (!gap.m_strName.empty()) m_page.Raw(" <code>").Text(gap.m_strName).Raw("</code>");
             m_page.Raw("</td><td>").Text(gap.m_strReason).Raw(" (").Number(gap.m_dwCode).Raw(")</td></tr>\n");
@@ -439,7 +449,9 @@ private:
 
     void WriteEntry(const CAcceptEntry& entry, const std::vector<std::uint32_t>& changes,
                     const std::vector<const CFinding*>& findings) {
-        m_page.Raw("<li>\n<p class=\"head\"><code><b>");
+        m_page.Raw("<li>\n<p class=\"head\"><span class=\"soft\">Entry ")
+            .Number(m_entries.at(&entry))
+            .Raw(":</span> <code><b>");
         m_page.Text(entry.m_pRule != nullptr ? entry.m_pRule->m_id : std::string_view(entry.m_strPath))
             .Raw("</b></code>");
         if (entry.m_bHasName) m_page.Raw(" <code>").Text(entry.m_strName).Raw("</code>");
@@ -463,9 +475,10 @@ private:
     const CReview& m_review;
     CPageText m_page;
     std::size_t m_nLimit;
-    std::vector<std::uint8_t> m_requirements;      // by id: a bit for each that has a finding before the change
-    std::array<CGroups, kLeftoverCount> m_groups;  // by ELeftover
-    std::vector<std::uint32_t> m_shown;            // ids of what stands on the page, ascending
+    std::vector<std::uint8_t> m_requirements;              // by id: a bit for each that has a finding before the change
+    std::map<const CAcceptEntry*, std::size_t> m_entries;  // their numbers
+    std::array<CGroups, kLeftoverCount> m_groups;          // by ELeftover
+    std::vector<std::uint32_t> m_shown;                    // ids of what stands on the page, ascending
 };
 
 }  // namespace

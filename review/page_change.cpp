@@ -55,22 +55,15 @@ CString TimeText(std::uint64_t ticks, std::uint64_t opposite) {
 void WriteFile(CPageText& page, const CDelvFileObj& file, const CDelvFileObj* opposite, std::string_view tag,
                bool hasSize) {
     const CDelvFileObj& other = opposite == nullptr ? file : *opposite;
-    page.Raw("<span>");
-    if (hasSize) page.Field(SizeText(file.GetSize()), tag, file.GetSize() != other.GetSize()).Raw(kDot);
     const auto writeTime = [&](std::string_view word, const FILETIME& time, const FILETIME& otherTime) {
         page.Raw(word).Field(TimeText(time.GetTicks(), otherTime.GetTicks()), tag, time != otherTime);
     };
+    if (hasSize) page.Field(SizeText(file.GetSize()), tag, file.GetSize() != other.GetSize()).Raw(kDot);
     writeTime("written ", file.m_ftLastWrite, other.m_ftLastWrite);
     writeTime(" \u00B7 created ", file.m_ftCreation, other.m_ftCreation);
     const CString attributes = Joined(AttributeWords(file.m_dwAttributes));
-    if (attributes.empty() && file.m_dwAttributes == other.m_dwAttributes) {
-        page.Raw("</span>");
-        return;
-    }
-    page.Raw(kDot)
-        .Field(attributes.empty() ? CString("no attributes") : attributes, tag,
-               file.m_dwAttributes != other.m_dwAttributes)
-        .Raw("</span>");
+    page.Raw(kDot).Field(attributes.empty() ? CString("no attributes") : attributes, tag,
+                         file.m_dwAttributes != other.m_dwAttributes);
 }
 
 // The data of a value as text, with the bytes below it where they say more.
@@ -120,7 +113,7 @@ CSide SideOf(std::string_view text, std::string_view opposite, std::string_view 
 
 void WriteValue(CPageText& page, const CDelvRegValObj& value, const CDelvRegValObj* opposite, std::string_view tag) {
     const CDelvRegValObj& other = opposite == nullptr ? value : *opposite;
-    page.Raw("<span>").Field(TypeWord(value.m_dwType), tag, value.m_dwType != other.m_dwType).Raw("</span> ");
+    page.Field(TypeWord(value.m_dwType), tag, value.m_dwType != other.m_dwType).Raw(" ");
     const CDataText data(value);
     const CDataText otherData(other);
     if (data.m_hasText) {
@@ -134,7 +127,7 @@ void WriteValue(CPageText& page, const CDelvRegValObj& value, const CDelvRegValO
 void WriteExtension(CPageText& page, const CDelvExtObj& extension, const CDelvExtObj* opposite, std::string_view tag) {
     const CDelvExtObj& other = opposite == nullptr ? extension : *opposite;
     const auto write = [&](std::string_view label, std::string_view text, std::string_view otherText) {
-        page.Raw("<span>").Raw(label).Raw("</span> ").Data(SideOf(text, otherText, tag), EText::kLine).Raw(kDot);
+        page.Raw(label).Raw(" ").Data(SideOf(text, otherText, tag), EText::kLine).Raw(kDot);
     };
     write("file type", extension.m_strFileType, other.m_strFileType);
     write("icon", extension.m_strIcon, other.m_strIcon);
@@ -142,11 +135,9 @@ void WriteExtension(CPageText& page, const CDelvExtObj& extension, const CDelvEx
     const auto flag = [&](std::string_view yes, std::string_view no, bool is, bool otherIs) {
         page.Field(is ? yes : no, tag, is != otherIs);
     };
-    page.Raw("<span>");
     flag("NoOpen", "without NoOpen", extension.m_bNoOpen != 0, other.m_bNoOpen != 0);
     page.Raw(kDot);
     flag("registered", "not registered", extension.m_pKey != nullptr, other.m_pKey != nullptr);
-    page.Raw("</span>");
 }
 
 void WriteSide(CPageText& page, EKind kind, const CDelvObj& node, const CDelvObj* opposite, std::string_view tag) {
@@ -163,9 +154,7 @@ void WriteSide(CPageText& page, EKind kind, const CDelvObj& node, const CDelvObj
                                   static_cast<const CDelvExtObj*>(opposite), tag);
         case EKind::kKey:
             if (IsLinkKey(static_cast<const CDelvRegKeyObj&>(node))) {
-                page.Raw(
-                    "<span>a link to another key: <code>.reg</code> files delete it through the link, and it may "
-                    "stay</span>");
+                page.Raw("a link to another key: <code>.reg</code> files delete it through the link, and it may stay");
             }
             return;
     }
@@ -209,7 +198,7 @@ CString CPagePlace::GetTitle() const {
     return CString(kTitles[static_cast<std::size_t>(m_nRank)]);
 }
 
-void WriteChangeItem(CPageText& page, const CChange& change, std::uint8_t requirements) {
+void WriteChangeItem(CPageText& page, const CChange& change, std::uint8_t requirements, std::size_t entry) {
     page.Raw("<li id=\"c").Number(change.m_nId).Raw("\"");
     if (change.m_status != EStatus::kOpen)
         page.Raw(" class=\"settled\" data-status=\"").Raw(WordOf(change.m_status)).Raw("\"");
@@ -228,16 +217,15 @@ void WriteChangeItem(CPageText& page, const CChange& change, std::uint8_t requir
     if (change.m_bUncertain) page.Raw("<strong>uncertain</strong> ");
     if (change.m_status == EStatus::kNoise) page.Raw("<em>noise</em> ");
     if (change.m_pEntry != nullptr) {
-        page.Raw("<em>accepted: ").Text(change.GetReason()).Raw(" (").Text(change.m_pEntry->m_strFile).Raw(":");
-        page.Number(change.m_pEntry->m_nLine).Raw(")</em> ");
+        page.Raw("<em>accepted by entry ").Number(entry).Raw(": ").Text(change.GetReason()).Raw("</em> ");
     }
     const CString traits = BitWords(kTraitWords, change.m_traits);
-    if (!traits.empty()) page.Raw("<span>").Raw(traits).Raw("</span> ");
-    if (!change.m_version.empty()) page.Raw("<span>version ").Text(change.m_version).Raw("</span> ");
+    if (!traits.empty()) page.Raw(traits).Raw(kDot);
+    if (!change.m_version.empty()) page.Raw("version ").Text(change.m_version).Raw(kDot);
     if (change.m_change == EChange::kChanged) {
-        page.Raw("<div class=\"sides\"><div><i>before</i>");
+        page.Raw("<div class=\"sides\"><div>before: ");
         WriteSide(page, change.m_kind, *change.m_pBefore, change.m_pAfter, "del");
-        page.Raw("</div><div><i>after</i>");
+        page.Raw("</div><div>after: ");
         WriteSide(page, change.m_kind, *change.m_pAfter, change.m_pBefore, "ins");
         page.Raw("</div></div>");
     } else {
