@@ -15,7 +15,7 @@ case ${1:-} in
     ;;
 esac
 
-need_packages g++ cmake ninja-build libutf8proc-dev nlohmann-json3-dev libcli11-dev libtomlplusplus-dev qt6-base-dev libgtest-dev libgmock-dev locales
+need_packages g++ cmake ninja-build libutf8proc-dev nlohmann-json3-dev libcli11-dev libtomlplusplus-dev qt6-base-dev libgtest-dev libgmock-dev locales chromium python3
 build_release -DDELVANE_TESTS=ON
 [ $windows = yes ] || exec ctest --test-dir build -j2 --output-on-failure --no-tests=error
 

@@ -259,8 +259,7 @@ private:
             const bool isShown = std::binary_search(m_shown.begin(), m_shown.end(), ids[i]);
             m_page.Raw("<li>").Raw(WordOf(change.m_change)).Raw(" ");
             if (isShown) m_page.Raw("<a href=\"#c").Number(ids[i]).Raw("\">");
-            m_page.Path(change.m_path);
-            if (change.m_kind == EKind::kValue) m_page.Raw(" <code>").Text(change.m_name).Raw("</code>");
+            m_page.Object(change.m_path, change.m_kind == EKind::kValue ? &change.m_name : nullptr);
             m_page.Raw(isShown ? "</a></li>\n" : "</li>\n");
         }
         if (ids.size() > kMostLinks) {
@@ -305,7 +304,7 @@ private:
         m_page.Raw(finding.m_status == EStatus::kOpen ? "" : " settled").Raw("\" data-status=\"");
         m_page.Raw(WordOf(finding.m_status)).Raw("\" data-requirement=\"");
         m_page.Number(static_cast<std::size_t>(finding.m_nRequirement))
-            .Raw("\">\n<p class=\"head\"><span class=\"sev\">");
+            .Raw("\">\n<div><p class=\"head\"><span class=\"sev\">");
         m_page.Raw(kSeverityTitles[severity]).Raw("</span> <b>").Raw(finding.m_pRule->m_title).Raw("</b> ");
         m_page.Raw("<code class=\"tag\">").Raw(finding.m_pRule->m_id).Raw("</code> <a class=\"id\" href=\"#f");
         m_page.Number(finding.m_nId).Raw("\">f").Number(finding.m_nId).Raw("</a></p>\n");

@@ -14,6 +14,8 @@ namespace delvane {
 namespace {
 
 constexpr std::string_view kDot = " \u00B7 ";
+constexpr std::uint32_t kPlainFile = FILE_ATTRIBUTE_ARCHIVE;
+constexpr std::uint32_t kPlainDirectory = FILE_ATTRIBUTE_DIRECTORY;
 
 // "10 bytes", "1.2 MB (1234567 bytes)"
 CString SizeText(std::uint64_t size) {
@@ -60,7 +62,13 @@ void WriteFile(CPageText& page, const CDelvFileObj& file, const CDelvFileObj* op
     };
     if (hasSize) page.Field(SizeText(file.GetSize()), tag, file.GetSize() != other.GetSize()).Raw(kDot);
     writeTime("written ", file.m_ftLastWrite, other.m_ftLastWrite);
-    writeTime(" \u00B7 created ", file.m_ftCreation, other.m_ftCreation);
+    // What is as nearly always is left to the lines: made when it was written, with its plain attribute.
+    const std::uint64_t age = file.m_ftLastWrite.GetTicks() - file.m_ftCreation.GetTicks();
+    if (file.m_ftCreation != other.m_ftCreation || age >= kTicksPerSecond) {
+        writeTime(" \u00B7 created ", file.m_ftCreation, other.m_ftCreation);
+    }
+    const std::uint32_t plain = hasSize ? kPlainFile : kPlainDirectory;
+    if (file.m_dwAttributes == plain && other.m_dwAttributes == plain) return;
     const CString attributes = Joined(AttributeWords(file.m_dwAttributes));
     page.Raw(kDot).Field(attributes.empty() ? CString("no attributes") : attributes, tag,
                          file.m_dwAttributes != other.m_dwAttributes);
@@ -210,10 +218,8 @@ void WriteChangeItem(CPageText& page, const CChange& change, std::uint8_t requir
                                                                                     "4", "5", "6", "7"};
         page.Raw(" data-requirement=\"").Raw(BitWords(kDigits, requirements)).Raw("\"");
     }
-    page.Raw("><a class=\"id\" href=\"#c").Number(change.m_nId).Raw("\">#").Number(change.m_nId).Raw("</a> ");
-    page.Path(change.m_path);
-    if (change.m_kind == EKind::kValue) page.Raw(" <code class=\"name\">").Text(change.m_name).Raw("</code>");
-    page.Raw(" ");
+    page.Raw("><a href=\"#c").Number(change.m_nId).Raw("\">#").Number(change.m_nId).Raw("</a> ");
+    page.Object(change.m_path, change.m_kind == EKind::kValue ? &change.m_name : nullptr).Raw(" ");
     if (change.m_bUncertain) page.Raw("<strong>uncertain</strong> ");
     if (change.m_status == EStatus::kNoise) page.Raw("<em>noise</em> ");
     if (change.m_pEntry != nullptr) {

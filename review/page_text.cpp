@@ -114,9 +114,10 @@ CPageText& CPageText::Text(std::string_view text, EText form) {
     return *this;
 }
 
-CPageText& CPageText::Path(std::string_view path) {
-    const std::size_t name = path.rfind('\\') + 1;  // 0 where there is none
-    return Raw("<code>").Text(path.substr(0, name)).Raw("<b>").Text(path.substr(name)).Raw("</b></code>");
+CPageText& CPageText::Object(std::string_view path, const std::string_view* name) {
+    if (name != nullptr) return Raw("<code>").Text(path).Raw("</code> <b>").Text(*name).Raw("</b>");
+    const std::size_t last = path.rfind('\\') + 1;  // 0 where there is none
+    return Raw("<code>").Text(path.substr(0, last)).Raw("<b>").Text(path.substr(last)).Raw("</b></code>");
 }
 
 CPageText& CPageText::Field(std::string_view text, std::string_view tag, bool differs) {

@@ -54,7 +54,8 @@ public:
     CPageText& Number(std::size_t number) { return Raw(std::to_string(number)); }
     CPageText& Count(std::size_t count, std::string_view word);  // "1 change", "2 changes"
     CPageText& Text(std::string_view text, EText form = EText::kLine);
-    CPageText& Path(std::string_view path);  // its last part is set off
+    // A path, with its last part set off; or that of a key and the name of a value.
+    CPageText& Object(std::string_view path, const std::string_view* name);
     // A short text of ours, marked as a whole where it differs.
     CPageText& Field(std::string_view text, std::string_view tag, bool differs);
     // Data with their differing part marked; long ones are cut, and a way leads to the whole.
