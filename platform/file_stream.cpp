@@ -8,7 +8,7 @@ namespace delvane {
 
 class CFileStream::CBuffer : public std::streambuf {
 public:
-    explicit CBuffer(std::unique_ptr<CFileWriter> file) : m_pFile(std::move(file)), m_bytes(kSize) {
+    CBuffer(std::unique_ptr<CFileWriter> file, EForm form) : m_pFile(std::move(file)), m_form(form), m_bytes(kSize) {
         setp(m_bytes.data(), m_bytes.data() + m_bytes.size());
     }
 
@@ -31,16 +31,18 @@ private:
     static constexpr std::size_t kSize = std::size_t{1} << 18;
 
     void Empty() {
-        m_pFile->WriteText({pbase(), static_cast<std::size_t>(pptr() - pbase())});
+        const std::string_view bytes(pbase(), static_cast<std::size_t>(pptr() - pbase()));
+        m_form == EForm::kText ? m_pFile->WriteText(bytes) : m_pFile->Write(bytes);
         setp(m_bytes.data(), m_bytes.data() + m_bytes.size());
     }
 
     std::unique_ptr<CFileWriter> m_pFile;
+    EForm m_form;
     std::vector<char> m_bytes;
 };
 
-CFileStream::CFileStream(std::unique_ptr<CFileWriter> file)
-    : std::ostream(nullptr), m_pBuffer(std::make_unique<CBuffer>(std::move(file))) {
+CFileStream::CFileStream(std::unique_ptr<CFileWriter> file, EForm form)
+    : std::ostream(nullptr), m_pBuffer(std::make_unique<CBuffer>(std::move(file), form)) {
     rdbuf(m_pBuffer.get());
     imbue(std::locale::classic());
     exceptions(std::ios_base::badbit);  // hands the writer's own exception on

@@ -8,11 +8,12 @@
 
 namespace delvane {
 
-// Text goes through a large buffer into the file writer, with the line ends of the system. What the writer throws comes
-// out of the operation that filled the buffer. Nothing stands in the file's place before Commit.
+// Bytes go through a large buffer into the file writer; of a text stream with the line ends of the system. What the
+// writer throws comes out of the operation that filled the buffer. Nothing stands in the file's place before Commit.
 class CFileStream : public std::ostream {
 public:
-    explicit CFileStream(std::unique_ptr<CFileWriter> file);
+    enum class EForm { kText, kBinary };
+    CFileStream(std::unique_ptr<CFileWriter> file, EForm form);
     ~CFileStream() override;
 
     void Commit();

@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "platform/errors.h"
-#include "platform/image.h"
+#include "platform/images/image.h"
+#include "platform/images/version_block.h"
 #include "platform/notice.h"
 #include "platform/text.h"
-#include "platform/version_block.h"
 
 namespace delvane {
 

@@ -89,7 +89,7 @@ bool CMasterReport::GenerateReport() {
         theContext.Say("the report cannot be created: " + CString(error.what()));
         return true;
     }
-    CFileStream stream(std::move(file));
+    CFileStream stream(std::move(file), CFileStream::EForm::kText);
     WritePage(stream);
     stream.Commit();
     return true;

@@ -126,7 +126,7 @@ CString MakeOutputFolder(const CString& typed) {
 CString WriteWholeFile(const CString& path, const std::function<void(std::ostream&)>& write) {
     CHost& host = theContext.GetHost();
     try {
-        CFileStream stream(host.CreateFile(path));
+        CFileStream stream(host.CreateFile(path), CFileStream::EForm::kBinary);
         write(stream);
         stream.Commit();
     } catch (const CFileError& error) {

@@ -1,4 +1,4 @@
-#include "platform/version_block.h"
+#include "platform/images/version_block.h"
 
 #include <gtest/gtest.h>
 #include <random>

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/image.h"
+#include "platform/images/image.h"
 #include "platform/little_endian.h"
 
 namespace delvane {

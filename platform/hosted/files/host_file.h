@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/image.h"
+#include "platform/images/image.h"
 
 namespace delvane {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/image.h"
+#include "platform/images/image.h"
 
 namespace delvane {
 

@@ -1,4 +1,4 @@
-#include "platform/image.h"
+#include "platform/images/image.h"
 
 #include <algorithm>
 #include <array>

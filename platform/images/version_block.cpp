@@ -10,7 +10,7 @@
 //
 // Nothing here is trusted: a range is compared with what the file holds before it is read, the levels are counted by
 // the code and never by the data, and every step through a list goes forward.
-#include "platform/version_block.h"
+#include "platform/images/version_block.h"
 
 #include <algorithm>
 #include <initializer_list>
