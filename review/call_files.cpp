@@ -56,16 +56,15 @@ void PrepareContext() {
     theContext.Initialize();
 }
 
-void UseResultsFolder(const CString& typed, const std::vector<CString>& names) {
-    if (typed.empty()) return;
-    const CString folder = WithoutSeparator(MakeOwnPath(typed));
-    if (!theContext.GetHost().DirectoryExists(folder)) {
-        const auto named =
-            std::find_if(names.begin(), names.end(), [](const CString& n) { return !n.empty() && !IsPath(n); });
-        if (named != names.end()) {
-            throw CCallError(kReviewNoFile, "snapshot \"" + *named + "\" was not loaded: " +
-                                                theContext.GetHost().GetDisplayPath(folder) + " is no folder");
-        }
+void UseResultsFolder(const CString& typed, const std::vector<CString>& names, bool writes) {
+    const auto named =
+        std::find_if(names.begin(), names.end(), [](const CString& n) { return !n.empty() && !IsPath(n); });
+    const bool isNeeded = writes || named != names.end();
+    if (typed.empty() && isNeeded) return;
+    const CString folder = WithoutSeparator(MakeOwnPath(typed.empty() ? "." : typed));
+    if (named != names.end() && !theContext.GetHost().DirectoryExists(folder)) {
+        throw CCallError(kReviewNoFile, "snapshot \"" + *named + "\" was not loaded: " +
+                                            theContext.GetHost().GetDisplayPath(folder) + " is no folder");
     }
     theContext.m_strResultsDir = folder;
 }

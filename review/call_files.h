@@ -24,8 +24,9 @@ private:
 // Chooses the machine and starts theContext for a run without a window.
 void PrepareContext();
 // Looks for snapshots in that folder from now on; an empty text keeps the default. CCallError where it is missing and
-// one of the names is looked for in it.
-void UseResultsFolder(const CString& typed, const std::vector<CString>& names);
+// one of the names is looked for in it. The default one is made when it is missing, but not for a call that neither
+// looks for a name in it nor writes into it.
+void UseResultsFolder(const CString& typed, const std::vector<CString>& names, bool writes);
 
 // Loads the snapshot of that name or path and says where it lies. CCallError where it cannot be loaded.
 std::unique_ptr<CSnapshot> LoadSnapshot(const CString& name, CString& displayPath);

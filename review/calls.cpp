@@ -159,7 +159,7 @@ int RunReview(CReviewOptions& options) {
     PrepareContext();
     std::vector<CString> names = {options.m_strBaseline, options.m_strCurrent, options.m_strControl,
                                   options.m_strInstalled};
-    UseResultsFolder(options.m_strResults, names);
+    UseResultsFolder(options.m_strResults, names, options.m_strOutput.empty() && !options.m_formats.empty());
     const auto load = [](const CString& name, CReviewInput::CSide& side) {
         std::unique_ptr<CSnapshot> snapshot = LoadSnapshot(name, side.m_strFile);
         side.m_pSnapshot = snapshot.get();
@@ -197,7 +197,7 @@ int RunReview(CReviewOptions& options) {
 
 int RunExport(const CString& name, const CString& results) {
     PrepareContext();
-    UseResultsFolder(results, {name});
+    UseResultsFolder(results, {name}, false);
     CString file;
     const std::unique_ptr<CSnapshot> snapshot = LoadSnapshot(name, file);
     ExportSnapshot(*snapshot, file, std::cout);

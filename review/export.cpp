@@ -119,7 +119,7 @@ void ExportSnapshot(const CSnapshot& snapshot, const CString& file, std::ostream
 
 void ListSnapshots(const CString& folder, std::ostream& stream) {
     constexpr std::string_view kEnding = ".dvs";
-    UseResultsFolder(folder, {});
+    UseResultsFolder(folder, {}, true);
     CHost& host = theContext.GetHost();
     const CString path = theContext.m_strResultsDir.empty() ? theContext.GetResultsDir() : theContext.m_strResultsDir;
     if (!host.DirectoryExists(path)) throw CCallError(kReviewNoFile, host.GetDisplayPath(path) + " is no folder");
