@@ -8,8 +8,8 @@
   const dimensions = [...new Set(boxes.map((box) => box.dataset.filter))];
 
   // A bit for each value of each filter: an item has those of its own, a choice those that it lets through.
-  const bitOf = {};
-  boxes.forEach((box) => { (bitOf[box.dataset.filter] ??= {})[box.value] = 1 << Object.keys(bitOf[box.dataset.filter] ?? {}).length; });
+  const bitOf = Object.fromEntries(dimensions.map((name) => [name, {}]));
+  boxes.forEach(({ dataset: { filter }, value }) => { bitOf[filter][value] = 1 << Object.keys(bitOf[filter]).length; });
   const bits = (name, words) => (words ? words.split(" ") : []).reduce((sum, word) => sum | (bitOf[name][word] ?? 0), 0);
   const fold = (text) => text.toLowerCase().toUpperCase();  // by way of both, so that one letter has one form
 
@@ -37,11 +37,14 @@
   const total = groups.reduce((sum, group) => sum + group.items.length, 0);
 
   // Each choice tells how many changes it would let through alone.
+  const tally = Object.fromEntries(dimensions.map((name) => [name, []]));
+  for (const { items } of groups) {
+    for (const item of items) for (const name of dimensions) tally[name][item[name]] = (tally[name][item[name]] ?? 0) + 1;
+  }
   for (const box of boxes) {
     const { filter } = box.dataset;
     const count = document.createElement("small");
-    const bit = bitOf[filter][box.value];
-    count.textContent = groups.reduce((sum, group) => sum + group.items.filter((item) => item[filter] & bit).length, 0);
+    count.textContent = tally[filter].reduce((sum, number, own) => sum + (own & bitOf[filter][box.value] ? number : 0), 0);
     box.parentElement.append(" ", count);
   }
 

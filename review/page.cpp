@@ -270,8 +270,7 @@ private:
 
     void WriteFindings() {
         m_page.Raw("<section id=\"findings\" aria-labelledby=\"h-findings\">\n<h2 id=\"h-findings\">Findings <small>");
-        WriteSum(m_review.m_findings.size());
-        m_page.Raw("</small></h2>\n");
+        m_page.Number(m_review.m_findings.size()).Raw("</small></h2>\n");
         auto finding = m_review.m_findings.begin();
         for (std::size_t requirement = 0; requirement < kRequirementCount; ++requirement) {
             m_page.Raw("<h3>").Number(requirement).Raw(" ").Raw(RequirementTitle(requirement));
@@ -288,14 +287,6 @@ private:
             m_page.Raw("</ul>\n");
         }
         m_page.Raw("</section>\n");
-    }
-
-    void WriteSum(std::size_t count) {
-        if (count == 0) {
-            m_page.Raw("none");
-        } else {
-            m_page.Number(count);
-        }
     }
 
     void WriteFinding(const CFinding& finding) {
@@ -339,8 +330,7 @@ private:
         const CGroups& groups = m_groups[IndexOf(ELeftover::kNone)];
         const std::size_t count = m_review.m_changes.size();
         m_page.Raw("<section id=\"changes\" aria-labelledby=\"h-changes\">\n<h2 id=\"h-changes\">Changes <small>");
-        WriteSum(count);
-        m_page.Raw("</small></h2>\n");
+        m_page.Number(count).Raw("</small></h2>\n");
         if (m_shown.size() < count) {
             m_page.Raw("<p>").Number(count).Raw(" in all, of which ").Number(count - m_shown.size());
             m_page.Raw(" are left out here: a group shows at most ").Number(m_nLimit);
@@ -399,8 +389,7 @@ private:
     void WriteGaps() {
         const std::size_t count = m_review.m_gaps.size();
         m_page.Raw("<section id=\"gaps\" aria-labelledby=\"h-gaps\">\n<h2 id=\"h-gaps\">Not read <small>");
-        WriteSum(count);
-        m_page.Raw("</small></h2>\n");
+        m_page.Number(count).Raw("</small></h2>\n");
         if (count == 0) {
             m_page.Raw("<p class=\"none\">No snapshot tells of a place that could not be read.</p>\n</section>\n");
             return;
