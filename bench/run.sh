@@ -90,7 +90,7 @@ for job in ${*:-capture compare review flat text hive keys}; do
             DELVANE_MACHINE=m300k "$program" review Before After --write jsonl --fail-on none --quiet
             lines="home/Results/After - Before.review.jsonl"
             added=$(LC_ALL=C join -v 2 -t "$(printf '\t')" before.txt after.txt | wc -l)
-            result review "$added" "$(grep -c '"record":"change".*"change":"added"' "$lines")"
+            result review "$added" "$(grep -c '"kind":"file","change":"added"' "$lines")"
             pair "delvane: load both, compare, write the classic page (= 1)" \
                 "DELVANE_MACHINE=m300k '$program' /s /b:Before /c:After /g; [ \$? -eq 1 ]" \
                 "delvane review: page, lines, SARIF, JUnit, Markdown and .reg" \
