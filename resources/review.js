@@ -25,7 +25,7 @@
     }));
     const note = document.createElement("span");
     element.querySelector("summary").append(" ", note);
-    return { element, items, note, equipped: false, wasOpen: false };
+    return { element, items, note, count: 0, equipped: false, wasOpen: false };
   });
   const findings = all(".findings > li").map((element) => ({
     element, text: null, shown: true,
@@ -56,6 +56,7 @@
   };
   const plural = (count, word) => count + " " + word + (count === 1 ? "" : "s");
 
+  const FEW = 1000;
   let narrowed = false;
   const apply = () => {
     const wanted = fold(search.value);
@@ -77,10 +78,14 @@
         if (shown) ++count;
       }
       remaining += count;
+      group.count = count;
       if (isNarrow && !narrowed) group.wasOpen = group.element.open;
       group.element.hidden = isNarrow && count === 0;
       group.note.textContent = isNarrow && count !== group.items.length ? "(" + count + " remain)" : "";
-      if (isNarrow) group.element.open = count !== 0;
+    }
+    // What remains is shown where it can be looked through; of more, each group tells how many it has.
+    for (const group of groups) {
+      if (isNarrow) group.element.open = remaining <= FEW ? group.count !== 0 : group.wasOpen;
       else if (narrowed) group.element.open = group.wasOpen;
     }
     const ofFindings = used.filter((name) => name === "status" || name === "requirement");
