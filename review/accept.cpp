@@ -116,7 +116,7 @@ private:
         return entry;
     }
 
-    // A text that is not blank. False where the key is not there or its value is none.
+    // A text that is not blank, but for a name, which may be. False where the key is not there or its value is none.
     bool ReadText(const toml::table& table, const char* key, CString& text) {
         const toml::node* const node = table.get(key);
         if (node == nullptr) return false;
@@ -125,7 +125,8 @@ private:
             return false;
         }
         text = node->as_string()->get();
-        if (text.find_first_not_of(" \t\r\n") != CString::npos) return true;
+        const bool isName = std::string_view(key) == "name";
+        if (isName ? !text.empty() : text.find_first_not_of(" \t\r\n") != CString::npos) return true;
         Fault(node->source(), CString(key) + " is empty");
         return false;
     }

@@ -58,7 +58,7 @@ public:
         CMasterReport report(other, baseline);
         report.CompareSnapshots();
         ForEachChange(report, [&](EChange change, const CDelvObj* before, const CDelvObj* after) {
-            m_changes.emplace(IdentityOf(after != nullptr ? *after : *before), change);
+            m_changes[IdentityOf(after != nullptr ? *after : *before)] |= BitOf(change);
         });
         for (const CReportFinding& finding : report.m_findings) {
             switch (finding.m_textId) {
@@ -80,10 +80,8 @@ public:
         }
     }
 
-    const EChange* Find(const CChange& change) const {
-        const auto found = m_changes.find(IdentityOf(change.m_kind, change.m_path, change.m_name));
-        return found == m_changes.end() ? nullptr : &found->second;
-    }
+    bool HasAny(const CChange& change) const { return Find(change) != 0; }
+    bool HasSame(const CChange& change) const { return (Find(change) & BitOf(change.m_change)) != 0; }
     // Whether the drive or hive of the change was compared at all.
     bool Knows(const CChange& change) const {
         if (change.m_kind == EKind::kExtension) return !m_bExtensionsIgnored;
@@ -91,7 +89,14 @@ public:
     }
 
 private:
-    std::unordered_map<CString, EChange> m_changes;
+    static unsigned BitOf(EChange change) { return 1U << static_cast<int>(change); }
+    unsigned Find(const CChange& change) const {
+        const auto found = m_changes.find(IdentityOf(change.m_kind, change.m_path, change.m_name));
+        return found == m_changes.end() ? 0 : found->second;
+    }
+
+    // A bit for each change: a name whose case alone has changed was deleted and added.
+    std::unordered_map<CString, unsigned> m_changes;
     std::set<CString> m_ignored;
     bool m_bExtensionsIgnored = false;
 };
@@ -181,12 +186,11 @@ public:
             change.m_pEntry = m_review.m_accept.Find(change);
             if (change.m_pEntry != nullptr) {
                 change.m_status = EStatus::kAccepted;
-            } else if (control) {
-                const EChange* const alike = control->Find(change);
-                if (alike != nullptr && *alike == change.m_change) change.m_status = EStatus::kNoise;
+            } else if (control && control->HasSame(change)) {
+                change.m_status = EStatus::kNoise;
             }
             if (installed && installed->Knows(change)) {
-                change.m_leftover = installed->Find(change) == nullptr   ? ELeftover::kLater
+                change.m_leftover = !installed->HasAny(change)           ? ELeftover::kLater
                                     : change.m_change == EChange::kAdded ? ELeftover::kLeftBehind
                                                                          : ELeftover::kNotRestored;
             }

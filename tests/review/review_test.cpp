@@ -97,6 +97,13 @@ TEST_F(Review, TheListIsAskedBeforeTheControlAndFindingsFollowTheirChanges) {
     EXPECT_EQ(WordOf(Judge().m_findings.back().m_status), "noise");
 }
 
+TEST_F(Review, ANameWhoseCaseHasChangedIsNoiseInBothItsChanges) {
+    m_input.m_baseline = Take("C: fixed\n  a.txt\n", kRegistryBefore, "Before");
+    m_input.m_current = Take("C: fixed\n  A.TXT\n", kRegistryBefore, "After");
+    m_input.m_control = Take("C: fixed\n  A.TXT\n", kRegistryBefore, "Idle");
+    EXPECT_EQ(StatusesOf(Judge()), "C:\\A.TXT  noise \nC:\\a.txt  noise \n");
+}
+
 TEST_F(Review, AFailOnLevelLooksAtOpenFindingsOrAtOpenChanges) {
     TakeBoth();
     constexpr std::string_view kRules = R"(
