@@ -1,4 +1,4 @@
-// The program's entry: the one place that chooses a concrete machine.
+// The program's entry.
 #include <iostream>
 #include <string_view>
 
