@@ -1,6 +1,6 @@
 #!/bin/sh
-# Shows the main job on a sample machine: a snapshot, an installation, another snapshot, and the report that compares
-# the two. Installs what is missing and builds the program first. Ends with 0 if all went as it should.
+# Shows the main job on a sample machine: a snapshot, an installation, another snapshot, the report that compares the two,
+# and a review of them. Installs what is missing and builds the program first. Ends with 0 if all went as it should.
 set -eu
 CDPATH='' cd -- "$(dirname -- "$0")"
 . cmake/setup.sh
@@ -33,14 +33,29 @@ in_words() {
 END
 }
 
+# A review has codes of its own, which are no bits.
+in_words_of_review() {
+    case $1 in
+        0) echo "nothing that is open is a warning or an error" ;;
+        1) echo "warnings or errors are open" ;;
+        2) echo "the call or the list is wrong" ;;
+        *) echo "a snapshot or a file failed" ;;
+    esac
+}
+
 # Runs the program on the machine in that folder and wants that exit code.
 run() { # FOLDER CODE SWITCH...
     machine=$1 wanted=$2
     shift 2
     echo "   delvane $*"
     code=0
-    DELVANE_MACHINE=$machine DELVANE_HOME=$home build/delvane "$@" || code=$?
-    echo "   exit code $code: $(in_words $code | paste -s -d , | sed 's/,/, /g')"
+    DELVANE_MACHINE=$machine DELVANE_HOME=$home build/delvane "$@" > "$work/said" || code=$?
+    sed 's/^/      /' "$work/said"
+    case $1 in
+        review) words=$(in_words_of_review $code) ;;
+        *) words=$(in_words $code | paste -s -d , | sed 's/,/, /g') ;;
+    esac
+    echo "   exit code $code: $words"
     [ $code -eq "$wanted" ] || fail "exit code $wanted was expected"
 }
 
@@ -95,6 +110,26 @@ report "$work/machine" After Before
 step "What it did to the Windows volume"
 report "$work/volume" "Volume after" "Volume before"
 
+step "The same two snapshots of the Wine prefix, reviewed for a script"
+run "$work/machine" 1 review Before After
+[ -s "$home/Results/After - Before.review.html" ] || fail "there is no page of the review"
+cat << END
+   That is an answer and no failure: a job that ends with this code stops here, until the installation is mended or
+   somebody has looked at what it did and said why it is right.
+END
+
+step "A list that accepts it, drafted, with the reasons filled in"
+list=$home/accepted.toml
+run "$work/machine" 1 review Before After --write none --quiet --draft "$list"
+sed -i 's/^reason = ""/reason = "looked at for the demonstration"/' "$list"
+grep -v '^#' "$list" | sed -n '2,6s/^/   /p'
+echo "   ... $(grep -c '^\[\[accept\]\]' "$list") entries in all"
+
+step "The same review with the list"
+run "$work/machine" 0 review Before After --output "$home/Accepted" --accept "$list"
+
 step "The reports"
 echo "   $home/Results/After - Before.htm"
 echo "   $page"
+echo "   $home/Results/After - Before.review.html"
+echo "   $home/Accepted/After - Before.review.html"
