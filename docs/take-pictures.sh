@@ -1,15 +1,38 @@
 #!/bin/sh
-# Takes the pictures of the dialogs in docs/pictures/ from the real program, on a screen of its own.
+# Takes the pictures of the dialogs in docs/pictures/ from the real program, on a screen of its own, and the one of a
+# review, docs/review.png, in a browser without a screen.
+#   docs/take-pictures.sh            all of them
+#   docs/take-pictures.sh review     that of the review alone
 set -eu
 CDPATH='' cd -- "$(dirname -- "$0")/.."
 . cmake/setup.sh
 
-need_packages g++ cmake ninja-build libutf8proc-dev nlohmann-json3-dev libcli11-dev libtomlplusplus-dev qt6-base-dev xvfb openbox xdotool imagemagick
+need_packages g++ cmake ninja-build libutf8proc-dev nlohmann-json3-dev libcli11-dev libtomlplusplus-dev qt6-base-dev xvfb openbox xdotool imagemagick chromium
 build_release
 work=$(mktemp -d)
-program=
-trap 'kill $program $screen $manager 2> /dev/null; rm -rf "$work"' EXIT
+program='' screen='' manager=''
+trap 'kill $program $screen $manager 2> /dev/null || true; rm -rf "$work"' EXIT
 samples/make-machine.sh "$work/machine" build/samples/mkimage
+
+# The sample installation, in a folder whose name may stand in a picture: the first screen of its review.
+review() {
+    results=/tmp/delvane-results
+    rm -rf "$results"
+    cp -a "$work/machine" "$work/installed"
+    export DELVANE_MACHINE="$work/installed" DELVANE_HOME="$work/home"
+    build/delvane /s "/res:$results/" /bc:Before
+    samples/install-sample.sh "$work/installed" build/samples/mkimage
+    build/delvane /s "/res:$results/" /cc:After
+    build/delvane review Before After --results "$results" --quiet || [ $? -eq 1 ]
+    mv "$results/After - Before.review.html" "$work/review.html"
+    HOME=$work timeout 60 chromium --headless --no-sandbox --disable-gpu --hide-scrollbars --window-size=1280,1040 \
+        --screenshot="$work/review.png" "file://$work/review.html"
+    convert "$work/review.png" -crop 1280x1000+0+0 +repage -strip +dither -colors 256 docs/review.png
+    rm -rf "$results"
+}
+review
+[ "${1:-}" != review ] || exit 0
+
 export DISPLAY=:93 DELVANE_MACHINE="$work/machine" DELVANE_HOME="$work/home" TZ=UTC
 Xvfb $DISPLAY -screen 0 1200x900x24 > /dev/null 2>&1 &
 screen=$!
