@@ -136,7 +136,8 @@ make_windows() {
     step "Packing for Windows"
     mkdir "$folder"
     cp "$work/windows/delvane.exe" "$folder"
-    cp -r "$source/docs/Using.htm" "$source/docs/pictures" "$folder"
+    cp -r "$source/docs/Using.htm" "$source/docs/pictures" "$source/docs/review.md" "$source/docs/review.png" \
+        "$source/docs/ci.md" "$source/docs/fleet.md" "$folder"
     cp "$source/LICENSE" "$folder/LICENSE.txt"
     cat "$source/packaging/copyright" /usr/share/doc/mingw-w64-common/copyright > "$folder/licences of parts.txt"
     fill "$source/packaging/notes-windows.txt" "$folder/README.txt" VERSION="$version"

@@ -6,7 +6,7 @@ install(TARGETS delvane RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 if(DELVANE_QT)
   install(TARGETS delvane_qt LIBRARY DESTINATION lib/delvane)
 endif()
-install(FILES docs/Using.htm DESTINATION share/delvane)
+install(FILES docs/Using.htm docs/review.md docs/review.png docs/ci.md docs/fleet.md DESTINATION share/delvane)
 install(DIRECTORY docs/pictures DESTINATION share/delvane)
 
 configure_file(docs/delvane.1 ${CMAKE_BINARY_DIR}/delvane.1 @ONLY)
