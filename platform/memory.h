@@ -71,12 +71,6 @@ public:
         Reserve(m_nCount + 1);
         std::memcpy(m_buffer.GetData() + m_nCount++ * sizeof(T), &item, sizeof(T));
     }
-    void Append(const T* items, std::size_t count) {
-        if (count == 0) return;
-        Reserve(m_nCount + count);
-        std::memcpy(m_buffer.GetData() + m_nCount * sizeof(T), items, count * sizeof(T));
-        m_nCount += count;
-    }
 
 private:
     static constexpr std::size_t kFirstSize = 1 << 16;

@@ -5,8 +5,7 @@
 
 namespace delvane {
 
-// The exit codes of a review.
-constexpr int kReviewReached = 1;  // something that is open reaches --fail-on
+// The exit codes of a call, beside 0 and CReview::m_nExit.
 constexpr int kReviewBadCall = 2;  // the call or an accept list is wrong; nothing was written
 constexpr int kReviewNoFile = 3;   // a snapshot could not be loaded, or a file could not be written
 

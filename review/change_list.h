@@ -60,7 +60,6 @@ struct CChange {
 
     const CDelvObj& GetNode() const { return m_pAfter != nullptr ? *m_pAfter : *m_pBefore; }
     bool HasArea(EArea area) const { return (m_areas >> static_cast<int>(area) & 1) != 0; }
-    bool HasTrait(ETrait trait) const { return (m_traits >> static_cast<int>(trait) & 1) != 0; }
     std::string_view GetReason() const { return m_pEntry == nullptr ? std::string_view() : m_pEntry->m_strReason; }
     // Whether it is at that path or below it.
     bool IsWithin(std::string_view path) const {

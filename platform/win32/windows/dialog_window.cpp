@@ -1,3 +1,14 @@
+// How a template becomes a window:
+//
+//     the frame     RunModal hands the system a template without controls. WM_INITDIALOG makes them in the order of
+//                   ours, which is that of Tab; the system's own dialog units would be those of another font
+//     the units     with each new scaling the font is made anew. A unit is what the font gives, and grows until every
+//                   control has room for its text: so all places grow alike, and nothing is cut off
+//     the place     over the owner, else in the middle of the screen, and never beyond it
+//     the events    WM_COMMAND and WM_NOTIFY become calls of CDialogEvents by the kind of the control. After End none
+//                   is told any more: the system still sends some while the window goes
+//     posted        any thread puts a message into m_posted and posts the window a sign, one sign a message. What was
+//                   posted before the window was there gets its signs when it is
 #include "platform/win32/windows/dialog_window.h"
 
 #include <algorithm>
