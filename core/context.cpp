@@ -201,7 +201,7 @@ CString CRunContext::GetHelpPath() const {
 void CRunContext::TellNotices() {
     for (const CNotice& notice : GetMachine().TakeNotices()) {
         Notice(notice.m_strSentence);
-        if (!notice.m_path.empty()) m_lstRegistryProblems.push_back(notice);
+        if (!notice.m_strPath.empty()) m_lstRegistryProblems.push_back(notice);
     }
 }
 

@@ -214,11 +214,11 @@ void CPatternIndex::Follow(std::string_view path) {
         const std::size_t end = std::min(path.find('\\', begin), path.size());
         const std::string_view component = path.substr(begin, end - begin);
         begin = end + 1;
-        if (isShared && depth + 1 < m_levels.size() && m_levels[depth + 1].m_component == component) continue;
+        if (isShared && depth + 1 < m_levels.size() && m_levels[depth + 1].m_strComponent == component) continue;
         isShared = false;
         if (m_levels.size() <= depth + 1) m_levels.emplace_back();
         CLevel& level = m_levels[depth + 1];
-        level.m_component = component;
+        level.m_strComponent = component;
         level.m_active.clear();
         ++m_nRound;
         const CString folded = FoldCase(component);

@@ -42,7 +42,7 @@ private:
         std::vector<std::uint32_t> m_entries;
     };
     struct CLevel {
-        CString m_component;                  // as it was spelled
+        CString m_strComponent;               // as it was spelled
         std::vector<std::uint32_t> m_active;  // nodes that the path up to here leads to
     };
 

@@ -208,7 +208,7 @@ bool CSnapshot::Capture(CCaptureProgress* progress) {
         m_pExtensions->Sort();
         theContext.TellNotices();
         for (const CNotice& problem : theContext.GetRegistryProblems())
-            GetGaps().Add({EGapKind::kRegistryFile, problem.m_path, {}, problem.m_dwCode, problem.GetReason()});
+            GetGaps().Add({EGapKind::kRegistryFile, problem.m_strPath, {}, problem.m_dwCode, problem.GetReason()});
         ended(progress != nullptr && !progress->m_bKeepGoing);
         return true;
     } catch (const CUserException&) {

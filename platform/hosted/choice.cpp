@@ -28,8 +28,8 @@ bool TakeMachine(const std::string& folder, CMachineChoice& choice) {
     const bool isPrefix = stat((folder + "/system.reg").c_str(), &status) == 0 && S_ISREG(status.st_mode);
     const std::string real = RealHostPath(folder);
     choice.m_bIsVolume = !isPrefix && !real.empty() && !FindWindowsFolder(real).empty();
-    if (isPrefix || choice.m_bIsVolume) choice.m_folder = real;
-    return !choice.m_folder.empty();
+    if (isPrefix || choice.m_bIsVolume) choice.m_strFolder = real;
+    return !choice.m_strFolder.empty();
 }
 
 // The folder that keeps this process from seeing whether a machine is there; empty where none does.

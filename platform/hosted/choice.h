@@ -9,7 +9,7 @@ namespace delvane {
 
 // A Wine prefix or a Windows volume, chosen by DELVANE_MACHINE, else WINEPREFIX, else ~/.wine.
 struct CMachineChoice {
-    std::string m_folder;      // in full; empty where there is no machine
+    std::string m_strFolder;   // in full; empty where there is no machine
     CString m_strProblem;      // then: what was looked for, and which variable names it, in one sentence
     bool m_bVariable = false;  // a variable was set, and it names no machine
     bool m_bIsVolume = false;

@@ -54,7 +54,7 @@ bool OpenOnDesktop(const std::string& path) {
 
 }  // namespace
 
-CString CHostedHost::GetModuleFileName() { return m_paths.ToMachine(m_programFolder) + "\\delvane"; }
+CString CHostedHost::GetModuleFileName() { return m_paths.ToMachine(m_strProgramFolder) + "\\delvane"; }
 
 CString CHostedHost::GetDocumentFolder() { return m_paths.ToMachine(FindDocumentFolder(ExecutableFolder())); }
 
@@ -123,7 +123,7 @@ CString CHostedHost::GetMachinePath(std::string_view path) const {
 }
 
 bool CHostedHost::LockProgramFolder() {
-    m_lock.Reset(open(m_programFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    m_lock.Reset(open(m_strProgramFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return !m_lock || flock(m_lock.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 

@@ -16,7 +16,7 @@ public:
     // `paths` are those of the machine, which outlives this: the program's own files may lie on its disks.
     // `programFolder` is the folder of the program's own files, on the host.
     CHostedHost(const CPathMap& paths, std::string programFolder)
-        : m_paths(paths), m_programFolder(std::move(programFolder)) {}
+        : m_paths(paths), m_strProgramFolder(std::move(programFolder)) {}
 
     CString GetModuleFileName() override;
     CString GetDocumentFolder() override;
@@ -38,7 +38,7 @@ public:
 
 private:
     const CPathMap& m_paths;
-    std::string m_programFolder;
+    std::string m_strProgramFolder;
     CDescriptor m_lock;
 };
 

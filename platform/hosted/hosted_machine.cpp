@@ -12,9 +12,9 @@ namespace {
 constexpr std::uint32_t kAllDrives = (std::uint32_t{1} << 26) - 1;
 
 std::unique_ptr<CMachineIdentity> ReadIdentity(const CMachineChoice& choice) {
-    if (choice.m_folder.empty()) return nullptr;
-    if (choice.m_bIsVolume) return std::make_unique<CVolumeIdentity>(choice.m_folder);
-    return std::make_unique<CPrefixIdentity>(choice.m_folder);
+    if (choice.m_strFolder.empty()) return nullptr;
+    if (choice.m_bIsVolume) return std::make_unique<CVolumeIdentity>(choice.m_strFolder);
+    return std::make_unique<CPrefixIdentity>(choice.m_strFolder);
 }
 
 }  // namespace

@@ -28,8 +28,8 @@ protected:
     }
     // What comes in pieces is given to the system by lines, unless the stream wants it at once.
     std::streamsize xsputn(const char* bytes, std::streamsize count) override {
-        m_held.append(bytes, static_cast<std::size_t>(count));
-        return !m_held.ends_with('\n') || Flush() ? count : 0;
+        m_strHeld.append(bytes, static_cast<std::size_t>(count));
+        return !m_strHeld.ends_with('\n') || Flush() ? count : 0;
     }
     int sync() override { return Flush() ? 0 : -1; }
 
@@ -38,21 +38,21 @@ private:
         DWORD written = 0;
         bool isWritten = true;
         if (m_bConsole) {
-            const std::wstring wide = Widen(m_held);
+            const std::wstring wide = Widen(m_strHeld);
             isWritten = WriteConsoleW(m_handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) != 0;
         } else {
-            for (std::size_t at = 0; isWritten && at < m_held.size(); at += written)
-                isWritten = WriteFile(m_handle, m_held.data() + at, static_cast<DWORD>(m_held.size() - at), &written,
-                                      nullptr) != 0 &&
+            for (std::size_t at = 0; isWritten && at < m_strHeld.size(); at += written)
+                isWritten = WriteFile(m_handle, m_strHeld.data() + at, static_cast<DWORD>(m_strHeld.size() - at),
+                                      &written, nullptr) != 0 &&
                             written != 0;
         }
-        m_held.clear();
+        m_strHeld.clear();
         return isWritten;
     }
 
     HANDLE m_handle;
     bool m_bConsole = false;
-    CString m_held;
+    CString m_strHeld;
 };
 
 // What the stream writes to from now on: what the program was started with, else the console of whoever started it.

@@ -98,7 +98,7 @@ void ThrowIfExhausted(std::string_view path, int error) {
 
 // An open search: its directory, the sorted names, and the entry that was delivered last.
 struct CSearchSet::CLevel {
-    std::string m_path;  // as a machine path
+    std::string m_strPath;  // as a machine path
     CDescriptor m_directory;
     CIdentity m_identity;
     std::vector<char> m_names;  // each with its NUL
@@ -338,8 +338,9 @@ std::uint32_t CSearchSet::OpenDirectory(std::string_view path, CDescriptor& dire
     };
     if (!m_open.empty()) {
         const CLevel& parent = *m_open.back();
-        if (!parent.m_current.empty() && path.size() == parent.m_path.size() + 1 + parent.m_current.size() &&
-            path.starts_with(parent.m_path) && path[parent.m_path.size()] == '\\' && path.ends_with(parent.m_current)) {
+        if (!parent.m_current.empty() && path.size() == parent.m_strPath.size() + 1 + parent.m_current.size() &&
+            path.starts_with(parent.m_strPath) && path[parent.m_strPath.size()] == '\\' &&
+            path.ends_with(parent.m_current)) {
             identity = parent.m_currentIdentity;
             isBehindLink = parent.m_bBehindLink || parent.m_bCurrentIsLink;
             return open(parent.m_directory.Get(), parent.m_current.data());
@@ -377,7 +378,7 @@ std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path, std::uint32
     m_open.reserve(m_open.size() + 1);
     m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
     CLevel* const level = m_spare.back().get();
-    level->m_path = path;
+    level->m_strPath = path;
     level->m_directory = std::move(directory);
     level->m_identity = identity;
     level->m_bBehindLink = isBehindLink;

@@ -70,11 +70,11 @@ std::optional<std::string> CPathMap::FindName(const std::string& directory, std:
     struct stat status {};
     if (stat(directory.c_str(), &status) != 0) return std::nullopt;
     const auto stamp = [](const timespec& time) { return std::pair(time.tv_sec, time.tv_nsec); };
-    if (m_listing.m_directory != directory || m_listing.m_changed != stamp(status.st_ctim)) {
+    if (m_listing.m_strDirectory != directory || m_listing.m_changed != stamp(status.st_ctim)) {
         m_listing = {};
         const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(directory.c_str()), &closedir);
         if (stream == nullptr) return std::nullopt;
-        m_listing.m_directory = directory;
+        m_listing.m_strDirectory = directory;
         m_listing.m_changed = stamp(status.st_ctim);
         while (const dirent* const entry = readdir(stream.get())) {
             std::string& found = m_listing.m_names[FoldCase(entry->d_name)];
@@ -93,13 +93,13 @@ std::optional<std::string> CPathMap::Find(std::string_view path) const {
     std::optional<std::string> found = parts ? FindAnywhere(*parts) : std::nullopt;
     if (!found || parts->m_pDrive == nullptr || !parts->m_pDrive->m_bConfined) return found;
     const std::string real = RealHostPath(*found);
-    if (LiesWithin(real, parts->m_pDrive->m_realRoot)) return found;
+    if (LiesWithin(real, parts->m_pDrive->m_strRealRoot)) return found;
     if (!real.empty()) errno = ENOENT;
     return std::nullopt;
 }
 
 std::optional<std::string> CPathMap::FindAnywhere(const CParts& parts) const {
-    const std::string base = parts.m_pDrive == nullptr ? "/" : parts.m_pDrive->m_root;
+    const std::string base = parts.m_pDrive == nullptr ? "/" : parts.m_pDrive->m_strRoot;
     std::string spelled = base;
     for (const std::string& name : parts.m_names)
         spelled = Join(spelled, name);
@@ -141,11 +141,11 @@ std::string CPathMap::ToDisplay(std::string_view path) const {
 std::string CPathMap::ToMachine(const std::string& hostPath) const {
     const CHostedDrive* best = nullptr;
     for (const CHostedDrive& drive : m_drives) {
-        if (drive.m_bIsHostRoot || drive.m_realRoot.empty() || !LiesWithin(hostPath, drive.m_realRoot)) continue;
-        if (best == nullptr || drive.m_realRoot.size() > best->m_realRoot.size()) best = &drive;
+        if (drive.m_bIsHostRoot || drive.m_strRealRoot.empty() || !LiesWithin(hostPath, drive.m_strRealRoot)) continue;
+        if (best == nullptr || drive.m_strRealRoot.size() > best->m_strRealRoot.size()) best = &drive;
     }
     if (best == nullptr) return ToHostForm(hostPath);
-    return std::string(1, best->m_letter) + ':' + ToHostForm(hostPath.substr(best->m_realRoot.size()));
+    return std::string(1, best->m_letter) + ':' + ToHostForm(hostPath.substr(best->m_strRealRoot.size()));
 }
 
 }  // namespace delvane

@@ -14,8 +14,8 @@ namespace delvane {
 // A drive of the hosted machine.
 struct CHostedDrive {
     char m_letter = 'C';         // upper case
-    std::string m_root;          // the path by which the host reaches it
-    std::string m_realRoot;      // the same with links resolved; empty where the link leads nowhere
+    std::string m_strRoot;       // the path by which the host reaches it
+    std::string m_strRealRoot;   // the same with links resolved; empty where the link leads nowhere
     std::uint32_t m_nType = 0;   // as GetDriveType gives it
     bool m_bIsHostRoot = false;  // the host's own root: no disk of the machine
     bool m_bConfined = false;    // what a link leads to outside of it is not there
@@ -50,7 +50,7 @@ private:
     };
     // The names of one directory by their folded form; of several that fold alike the first by byte.
     struct CListing {
-        std::string m_directory;
+        std::string m_strDirectory;
         std::pair<std::int64_t, std::int64_t> m_changed;  // the directory's change time
         std::unordered_map<std::string, std::string> m_names;
     };

@@ -55,7 +55,7 @@ const CWineVersion* FindWineVersion(std::string_view name) {
 
 }  // namespace
 
-CPrefixIdentity::CPrefixIdentity(std::string folder) : m_folder(std::move(folder)) {
+CPrefixIdentity::CPrefixIdentity(std::string folder) : m_strFolder(std::move(folder)) {
     ReadRegistry();
     CheckUser();
 }
@@ -65,7 +65,7 @@ CPrefixIdentity::CPrefixIdentity(std::string folder) : m_folder(std::move(folder
 void CPrefixIdentity::ReadRegistry() {
     BeginRegistry();
     const auto open = [this](const char* name, CNotice& problem) {
-        const std::string path = m_folder + name;
+        const std::string path = m_strFolder + name;
         m_pRegistry->Watch(path, CFileStamp(path));
         return CTextHive::Open(path, problem);
     };
@@ -84,9 +84,9 @@ void CPrefixIdentity::ReadRegistry() {
 }
 
 void CPrefixIdentity::CompleteRegistry() {
-    if (!IsWineRunning(m_folder)) return;
+    if (!IsWineRunning(m_strFolder)) return;
     m_pRegistry->AddProblem(
-        {"a Wine is running on " + m_folder +
+        {"a Wine is running on " + m_strFolder +
          ": what it has not written yet is missing from the snapshot; wineserver -w waits for its end"});
 }
 
@@ -95,14 +95,14 @@ void CPrefixIdentity::CheckUser() {
     const std::string name = GetVariable("DELVANE_USER");
     if (name.empty()) return;
     const CString user = FindText(true, kVolatileEnvironmentKey, "USERNAME").value_or("");
-    const std::vector<std::string> profiles = NamesIn(m_folder + "/drive_c/users");
+    const std::vector<std::string> profiles = NamesIn(m_strFolder + "/drive_c/users");
     if (mbsicmp(name, user) == 0 || std::find(profiles.begin(), profiles.end(), name) != profiles.end()) return;
     std::vector<CString> accounts;
     if (!user.empty()) accounts.push_back(user);
     for (const std::string& profile : profiles) {
         if (mbsicmp(profile, "Public") != 0 && mbsicmp(profile, user) != 0) accounts.push_back(profile);
     }
-    RefuseUser(m_folder, name, accounts);
+    RefuseUser(m_strFolder, name, accounts);
 }
 
 CVersionRecord CPrefixIdentity::GetVersion() const {
@@ -136,7 +136,7 @@ std::optional<CString> CPrefixIdentity::FindProfileVariable(const CString& name)
 // Wine keeps the label in a file of its own at the drive's root: the first line, without blanks at its end.
 std::uint32_t CPrefixIdentity::GetVolumeLabel(const CHostedDrive& drive, CString& label) const {
     constexpr std::uint64_t kLargestLabelFile = 64 * 1024;
-    const std::optional<std::string> text = ReadHostFile(drive.m_root + "/.windows-label", kLargestLabelFile);
+    const std::optional<std::string> text = ReadHostFile(drive.m_strRoot + "/.windows-label", kLargestLabelFile);
     if (!text) return errno == ENOENT || errno == EISDIR ? ERROR_SUCCESS : Win32Error(errno);
     label = text->substr(0, text->find('\n'));
     while (!label.empty() && (label.back() == ' ' || label.back() == '\r'))
@@ -145,7 +145,7 @@ std::uint32_t CPrefixIdentity::GetVolumeLabel(const CHostedDrive& drive, CString
 }
 
 CDiskRules CPrefixIdentity::GetDiskRules() const {
-    return {true, !ShowsDotFiles(), {}, {m_folder, m_folder + "/dosdevices"}};
+    return {true, !ShowsDotFiles(), {}, {m_strFolder, m_strFolder + "/dosdevices"}};
 }
 
 bool CPrefixIdentity::ShowsDotFiles() const {
@@ -169,25 +169,25 @@ std::optional<std::uint32_t> CPrefixIdentity::FindDriveKind(char letter) const {
 // The links are named by a small letter and a colon; those with two colons are devices.
 std::vector<CHostedDrive> CPrefixIdentity::GetDrives() const {
     std::vector<CHostedDrive> drives;
-    const std::string links = m_folder + "/dosdevices/";
+    const std::string links = m_strFolder + "/dosdevices/";
     struct stat hostRoot {};
     stat("/", &hostRoot);
     for (char letter = 'A'; letter <= 'Z'; ++letter) {
         CHostedDrive drive;
         drive.m_letter = letter;
-        drive.m_root = links + static_cast<char>(letter - 'A' + 'a') + ':';
+        drive.m_strRoot = links + static_cast<char>(letter - 'A' + 'a') + ':';
         struct stat status {};
-        const bool isLink = lstat(drive.m_root.c_str(), &status) == 0;
+        const bool isLink = lstat(drive.m_strRoot.c_str(), &status) == 0;
         // A prefix that was copied, or moved, without its links still has its C:.
-        if (letter == 'C' && !IsHostDirectory(drive.m_root) && IsHostDirectory(m_folder + "/drive_c")) {
-            drive.m_root = m_folder + "/drive_c";
+        if (letter == 'C' && !IsHostDirectory(drive.m_strRoot) && IsHostDirectory(m_strFolder + "/drive_c")) {
+            drive.m_strRoot = m_strFolder + "/drive_c";
         } else if (!isLink) {
             continue;
         }
-        if (stat(drive.m_root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        if (stat(drive.m_strRoot.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
             drive.m_nType = FindDriveKind(letter).value_or(DRIVE_NO_ROOT_DIR);
         } else {
-            drive.m_realRoot = RealHostPath(drive.m_root);
+            drive.m_strRealRoot = RealHostPath(drive.m_strRoot);
             drive.m_bIsHostRoot = status.st_dev == hostRoot.st_dev && status.st_ino == hostRoot.st_ino;
             drive.m_nType = drive.m_bIsHostRoot ? DRIVE_REMOTE : FindDriveKind(letter).value_or(DRIVE_FIXED);
         }

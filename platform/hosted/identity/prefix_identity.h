@@ -35,7 +35,7 @@ private:
     bool ShowsDotFiles() const;
     void CheckUser();
 
-    std::string m_folder;
+    std::string m_strFolder;
 };
 
 }  // namespace delvane

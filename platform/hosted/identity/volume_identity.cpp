@@ -125,7 +125,9 @@ std::vector<std::string> PartsOfWindowsFolder(const std::string& volume) {
 }
 
 CVolumeIdentity::CVolumeIdentity(std::string folder)
-    : m_folder(std::move(folder)), m_paths(VolumeAsDrive(m_folder)), m_windowsFolder(FindWindowsFolder(m_folder)) {
+    : m_strFolder(std::move(folder)),
+      m_paths(VolumeAsDrive(m_strFolder)),
+      m_strWindowsFolder(FindWindowsFolder(m_strFolder)) {
     ChooseProfile();
     ReadRegistry();
 }
@@ -135,20 +137,20 @@ void CVolumeIdentity::ChooseProfile() {
     const CString wanted = GetVariable("DELVANE_USER");
     const CProfile* chosen = nullptr;
     for (const CProfile& profile : profiles) {
-        if (!wanted.empty() && mbsicmp(profile.m_name, wanted) != 0) continue;
+        if (!wanted.empty() && mbsicmp(profile.m_strName, wanted) != 0) continue;
         if (chosen == nullptr || profile.m_nWritten > chosen->m_nWritten) chosen = &profile;
     }
     if (chosen != nullptr) {
-        m_strAccount = chosen->m_name;
-        m_strProfile = chosen->m_folder;
-        m_userHive = chosen->m_hive;
+        m_strAccount = chosen->m_strName;
+        m_strProfile = chosen->m_strFolder;
+        m_strUserHive = chosen->m_strHive;
     } else if (wanted.empty()) {
-        m_notices.push_back({"no account of " + m_folder + " has a registry hive (NTUSER.DAT); HKCU is empty"});
+        m_notices.push_back({"no account of " + m_strFolder + " has a registry hive (NTUSER.DAT); HKCU is empty"});
     } else {
         std::vector<CString> accounts;
         for (const CProfile& profile : profiles)
-            accounts.push_back(profile.m_name);
-        RefuseUser(m_folder, wanted, accounts);
+            accounts.push_back(profile.m_strName);
+        RefuseUser(m_strFolder, wanted, accounts);
     }
 }
 
@@ -156,7 +158,7 @@ std::vector<CVolumeIdentity::CProfile> CVolumeIdentity::FindProfiles() {
     std::vector<CProfile> profiles;
     std::set<std::pair<dev_t, ino_t>> seen;  // one of the folders may be a link to another
     for (const CString& parent :
-         {CString("C:\\Users"), CString("C:\\Documents and Settings"), "C:\\" + m_windowsFolder + "\\Profiles"}) {
+         {CString("C:\\Users"), CString("C:\\Documents and Settings"), "C:\\" + m_strWindowsFolder + "\\Profiles"}) {
         const auto hostParent = m_paths.Find(parent);
         for (const std::string& name : hostParent ? NamesIn(*hostParent) : std::vector<std::string>()) {
             const bool isAccount = std::none_of(kNoAccounts.begin(), kNoAccounts.end(),
@@ -176,7 +178,7 @@ std::vector<CVolumeIdentity::CProfile> CVolumeIdentity::FindProfiles() {
             if (!S_ISREG(status.st_mode) || !seen.emplace(status.st_dev, status.st_ino).second) continue;
             profiles.push_back({name, "C:\\" + NameOf(*hostParent) + "\\" + name, *hive,
                                 status.st_mtim.tv_sec * std::int64_t{1'000'000'000} + status.st_mtim.tv_nsec});
-            if (parent.ends_with("\\Profiles")) profiles.back().m_folder = parent + "\\" + name;
+            if (parent.ends_with("\\Profiles")) profiles.back().m_strFolder = parent + "\\" + name;
         }
     }
     return profiles;
@@ -192,15 +194,15 @@ std::unique_ptr<CHive> CVolumeIdentity::OpenHive(const std::string& hostPath, CN
 }
 
 CHostedRegistry::CPlace CVolumeIdentity::AddSystemHive(const char* name, bool isMachine) {
-    const CString folder = "\\" + m_windowsFolder + "\\System32\\config";
+    const CString folder = "\\" + m_strWindowsFolder + "\\System32\\config";
     const auto hostPath = m_paths.Find("C:" + folder + "\\" + name);
     CNotice problem;
     std::unique_ptr<CHive> opened;
     if (hostPath) {
         opened = OpenHive(*hostPath, problem);
     } else {
-        problem.m_path = m_paths.Find("C:" + folder).value_or(m_folder) + "/" + name;
-        problem.m_strSentence = problem.m_path + " is missing";
+        problem.m_strPath = m_paths.Find("C:" + folder).value_or(m_strFolder) + "/" + name;
+        problem.m_strSentence = problem.m_strPath + " is missing";
         problem.m_dwCode = ERROR_FILE_NOT_FOUND;
     }
     const CString loss = CString("HKLM\\") + name + " is left out";
@@ -218,9 +220,9 @@ void CVolumeIdentity::ReadRegistry() {
     AddSystemHive("SOFTWARE", true);
     MountControlSet(AddSystemHive("SYSTEM", true));
     m_userRoot = {};
-    if (m_userHive.empty()) return;
+    if (m_strUserHive.empty()) return;
     CNotice problem;
-    std::unique_ptr<CHive> hive = OpenHive(m_userHive, problem);
+    std::unique_ptr<CHive> hive = OpenHive(m_strUserHive, problem);
     m_userRoot = AddHive(std::move(hive), problem, "HKCU stays empty");
     m_pRegistry->SetRoot(HKEY_CURRENT_USER, {m_userRoot, {}});
 }
@@ -235,8 +237,8 @@ void CVolumeIdentity::MountControlSet(CHostedRegistry::CPlace system) {
     if (set) {
         m_pRegistry->Mount(system, "CurrentControlSet", set->m_first);
     } else {
-        m_pRegistry->AddProblem(
-            {"the hive SYSTEM of " + m_folder + " does not tell the control set in use; CurrentControlSet is missing"});
+        m_pRegistry->AddProblem({"the hive SYSTEM of " + m_strFolder +
+                                 " does not tell the control set in use; CurrentControlSet is missing"});
     }
 }
 
@@ -269,7 +271,7 @@ std::optional<CHostedRegistry::CLayers> CVolumeIdentity::MountUserClasses() {
         hostPath = m_paths.Find(m_strProfile + folder + "\\UsrClass.dat");
         if (hostPath || IsNothing(errno)) continue;
         const std::uint32_t code = Win32Error(errno);
-        const std::string path = m_paths.Find(m_strProfile).value_or(m_folder) + "/.../UsrClass.dat";
+        const std::string path = m_paths.Find(m_strProfile).value_or(m_strFolder) + "/.../UsrClass.dat";
         m_pRegistry->AddProblem({path + ": " + ErrorWords(code) + "; the user's classes are left out", path, code});
     }
     CHostedRegistry::CPlace classes;
@@ -294,7 +296,7 @@ std::optional<CHostedRegistry::CLayers> CVolumeIdentity::MountUserClasses() {
 
 CString CVolumeIdentity::FindWindowsDirectory() const {
     const CString root = FindText(false, kVersionKey, "SystemRoot").value_or("");
-    return IsPrefixNoCase("C:\\", root) ? root : "C:\\" + m_windowsFolder;
+    return IsPrefixNoCase("C:\\", root) ? root : "C:\\" + m_strWindowsFolder;
 }
 
 std::optional<CString> CVolumeIdentity::FindProfileListText(const char* name) const {
@@ -322,15 +324,15 @@ std::optional<CString> CVolumeIdentity::FindProfileVariable(const CString& name)
 
 std::vector<CHostedDrive> CVolumeIdentity::GetDrives() const { return m_paths.GetDrives(); }
 
-CDiskRules CVolumeIdentity::GetDiskRules() const { return {false, false, m_folder, {}}; }
+CDiskRules CVolumeIdentity::GetDiskRules() const { return {false, false, m_strFolder, {}}; }
 
 // A folder that is no mount point is a copy, and the label of the disk that it lies on says nothing about it.
 std::uint32_t CVolumeIdentity::GetVolumeLabel(const CHostedDrive& drive, CString& label) const {
     label.clear();
-    const std::string source = MountSource(drive.m_realRoot);
+    const std::string source = MountSource(drive.m_strRealRoot);
     if (source.empty()) return ERROR_SUCCESS;
     std::array<char, FSLABEL_MAX> text{};
-    const CDescriptor root(open(drive.m_realRoot.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const CDescriptor root(open(drive.m_strRealRoot.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!root) return Win32Error(errno);
     const bool isTold = ioctl(root.Get(), FS_IOC_GETFSLABEL, text.data()) == 0;
     label = isTold ? CString(text.data(), strnlen(text.data(), text.size())) : LabelOfDevice(source);

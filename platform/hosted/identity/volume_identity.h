@@ -37,9 +37,9 @@ protected:
 
 private:
     struct CProfile {
-        CString m_name;               // of its folder
-        CString m_folder;             // as a machine path
-        std::string m_hive;           // NTUSER.DAT, on the host
+        CString m_strName;            // of its folder
+        CString m_strFolder;          // as a machine path
+        std::string m_strHive;        // NTUSER.DAT, on the host
         std::int64_t m_nWritten = 0;  // when that was written last, in nanoseconds since 1970
     };
 
@@ -51,12 +51,12 @@ private:
     std::optional<CHostedRegistry::CLayers> MountUserClasses();
     std::optional<CString> FindProfileListText(const char* name) const;
 
-    std::string m_folder;
+    std::string m_strFolder;
     CPathMap m_paths;  // of the volume as drive C:
-    std::string m_windowsFolder;
+    std::string m_strWindowsFolder;
     CString m_strAccount;
-    CString m_strProfile;    // the account's folder, as a machine path
-    std::string m_userHive;  // its NTUSER.DAT, on the host; empty where there is no account
+    CString m_strProfile;       // the account's folder, as a machine path
+    std::string m_strUserHive;  // its NTUSER.DAT, on the host; empty where there is no account
     CHostedRegistry::CPlace m_machineRoot;
     CHostedRegistry::CPlace m_userRoot;
     bool m_bComplete = false;  // the hives that identity does not need are in the registry too

@@ -113,14 +113,14 @@ std::unique_ptr<CRegfHive> CRegfHive::Read(CFileBytes bytes, const std::vector<C
     }
     std::unique_ptr<CRegfHive> hive(new CRegfHive(std::move(bytes), std::move(name)));
     if (!hive->MakeTable()) {
-        problem = {hive->m_name + " is damaged: it has no root key", hive->m_name, ERROR_REGISTRY_CORRUPT};
+        problem = {hive->m_strName + " is damaged: it has no root key", hive->m_strName, ERROR_REGISTRY_CORRUPT};
         return nullptr;
     }
     hive->m_bUnfinished = state == EHiveState::kUnfinished;
     return hive;
 }
 
-CRegfHive::CRegfHive(CFileBytes bytes, std::string name) : m_bytes(std::move(bytes)), m_name(std::move(name)) {
+CRegfHive::CRegfHive(CFileBytes bytes, std::string name) : m_bytes(std::move(bytes)), m_strName(std::move(name)) {
     const std::string_view whole = m_bytes.GetBytes();
     m_cells = whole.substr(kBaseBlock);
     const std::size_t size = U32(whole, kCellsSize);
@@ -390,21 +390,21 @@ std::string CRegfHive::PathOf(std::uint32_t key) const {
 }
 
 void CRegfHive::NoteBadKey(std::uint32_t parent) {
-    if (m_firstBad.empty()) m_firstBad = "a subkey of " + PathOf(parent);
+    if (m_strFirstBad.empty()) m_strFirstBad = "a subkey of " + PathOf(parent);
 }
 
 void CRegfHive::NoteBadValue(std::uint32_t key) {
-    if (m_firstBad.empty()) m_firstBad = "a value of " + PathOf(key);
+    if (m_strFirstBad.empty()) m_strFirstBad = "a value of " + PathOf(key);
 }
 
 std::vector<CNotice> CRegfHive::GetProblems() const {
     std::vector<CNotice> problems;
     const auto add = [&](const std::string& what) {
-        problems.push_back({m_name + what, m_name, ERROR_REGISTRY_CORRUPT});
+        problems.push_back({m_strName + what, m_strName, ERROR_REGISTRY_CORRUPT});
     };
     if (m_bCut) add(" is cut off: it is shorter than its head says");
     if (m_bUnfinished) add(" was not written to its end, and no log beside it completes it");
-    if (!m_firstBad.empty()) add(" is damaged: what cannot be read is left out, first " + m_firstBad);
+    if (!m_strFirstBad.empty()) add(" is damaged: what cannot be read is left out, first " + m_strFirstBad);
     return problems;
 }
 

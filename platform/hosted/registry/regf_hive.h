@@ -69,7 +69,7 @@ private:
     void MakeIndex();
 
     CFileBytes m_bytes;
-    std::string m_name;
+    std::string m_strName;
     std::string_view m_cells;  // what lies behind the base block; cells are told by their offset in it
     std::uint32_t m_nMinorVersion = 0;
     std::size_t m_nCellHead = 4;  // what a cell begins with before its content
@@ -81,7 +81,7 @@ private:
     CKeyIndex m_index;               // made when it is worth it
     std::size_t m_nSteps = 0;        // from sibling to sibling, in all look-ups so far
     std::string m_bigData;
-    std::string m_firstBad;
+    std::string m_strFirstBad;
     bool m_bUnfinished = false;  // its last changes are lost
     bool m_bCut = false;         // its file is shorter than it says
 };

@@ -49,7 +49,7 @@ struct CHostedRegistry::COpenKey {
     bool m_bRead = false;
     std::size_t m_nLastChild = 0;  // the ones that were enumerated last, which are asked for next
     std::size_t m_nLastValue = 0;
-    std::string m_askedFor;  // the name of the value that was looked for last, and where it was found
+    std::string m_strAskedFor;  // the name of the value that was looked for last, and where it was found
     std::optional<std::size_t> m_answer;
     CKeyContents m_contents;
     std::vector<CLayers> m_children;  // by index, where the hive's numbers do not tell; else empty
@@ -96,7 +96,7 @@ void CHostedRegistry::AddProblem(CNotice problem) {
 
 bool CHostedRegistry::HasChanged() const {
     return std::any_of(m_files.begin(), m_files.end(),
-                       [](const CWatchedFile& file) { return CFileStamp(file.m_path) != file.m_stamp; });
+                       [](const CWatchedFile& file) { return CFileStamp(file.m_strPath) != file.m_stamp; });
 }
 
 std::vector<CNotice> CHostedRegistry::GetProblems() const {
@@ -249,11 +249,11 @@ void CHostedRegistry::ApplyMounts(COpenKey& key) {
     for (const CMount& mount : m_mounts) {
         if (mount.m_parent != key.m_layers.m_first && mount.m_parent != key.m_layers.m_second) continue;
         key.SpreadChildren();
-        const std::optional<std::size_t> index = FindChild(key, mount.m_name);
+        const std::optional<std::size_t> index = FindChild(key, mount.m_strName);
         if (index) {
             key.m_children[*index] = {mount.m_target, {}};
         } else {
-            key.m_contents.m_subkeys.push_back({key.m_contents.Add(mount.m_name), mount.m_target.m_nKey});
+            key.m_contents.m_subkeys.push_back({key.m_contents.Add(mount.m_strName), mount.m_target.m_nKey});
             key.m_children.push_back({mount.m_target, {}});
         }
     }
@@ -292,10 +292,10 @@ std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::
     // Asked for in turn, or one name again and again, no value is looked for among all the others.
     auto found = values.begin() + static_cast<std::ptrdiff_t>(std::min(open->m_nLastValue, values.size()));
     if (found == values.end() || !isExact(*found)) {
-        if (!open->m_answer || open->m_askedFor != name) {
+        if (!open->m_answer || open->m_strAskedFor != name) {
             found = std::find_if(values.begin(), values.end(), isExact);
             if (found == values.end()) found = std::find_if(values.begin(), values.end(), isEqual);
-            open->m_askedFor = name;
+            open->m_strAskedFor = name;
             open->m_answer = static_cast<std::size_t>(found - values.begin());
         }
         found = values.begin() + static_cast<std::ptrdiff_t>(*open->m_answer);
@@ -361,7 +361,7 @@ std::vector<CString> CHostedRegistry::ListSubkeys(HKEY root, std::string_view pa
 CHostedRegistry::CPlace CHostedRegistry::FindSubkey(CPlace parent, std::string_view name) {
     if (!parent) return {};
     for (const CMount& mount : m_mounts) {
-        if (mount.m_parent == parent && KeyNamesEqual(mount.m_name, name)) return mount.m_target;
+        if (mount.m_parent == parent && KeyNamesEqual(mount.m_strName, name)) return mount.m_target;
     }
     const std::optional<std::uint32_t> found = parent.m_pHive->FindSubkey(parent.m_nKey, name);
     return found ? CPlace{parent.m_pHive, *found} : CPlace{};
@@ -407,7 +407,7 @@ std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindLinkTarget(std::str
     const bool isClasses =
         sid.size() > kClasses.size() && KeyNamesEqual(sid.substr(sid.size() - kClasses.size()), kClasses);
     if (isClasses) sid.remove_suffix(kClasses.size());
-    if (m_userSid.empty() ? KeyNamesEqual(sid, ".Default") : !KeyNamesEqual(sid, m_userSid)) return std::nullopt;
+    if (m_strUserSid.empty() ? KeyNamesEqual(sid, ".Default") : !KeyNamesEqual(sid, m_strUserSid)) return std::nullopt;
     std::optional<CLayers> key = FindRoot(HKEY_CURRENT_USER);
     if (key && isClasses) key = FindBelow(*key, "Software\\Classes", links);
     return key ? FindBelow(*key, target, links) : std::nullopt;

@@ -44,7 +44,7 @@ public:
     CHive& AddHive(std::unique_ptr<CHive> hive);
     void SetRoot(HKEY root, CLayers layers);
     void Mount(CPlace parent, std::string_view name, CPlace target);
-    void SetUserSid(std::string_view userSid) { m_userSid = userSid; }
+    void SetUserSid(std::string_view userSid) { m_strUserSid = userSid; }
     // A key that stands for something else than itself, so that an open yields no key.
     void SetUnopenable(CPlace key) { m_unopenable.push_back(key); }
     // What was found wrong while the registry was put together; kept once.
@@ -77,11 +77,11 @@ public:
 private:
     struct CMount {
         CPlace m_parent;
-        std::string m_name;
+        std::string m_strName;
         CPlace m_target;
     };
     struct CWatchedFile {
-        std::string m_path;
+        std::string m_strPath;
         CFileStamp m_stamp;
     };
     struct COpenKey;
@@ -105,7 +105,7 @@ private:
     std::vector<std::unique_ptr<CHive>> m_hives;
     std::vector<std::pair<HKEY, CLayers>> m_roots;
     std::vector<CMount> m_mounts;
-    std::string m_userSid;
+    std::string m_strUserSid;
     std::vector<CPlace> m_unopenable;
     std::vector<CNotice> m_problems;
     std::vector<CWatchedFile> m_files;

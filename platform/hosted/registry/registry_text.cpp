@@ -361,7 +361,7 @@ const char* CRegistryText::Refuse(const char* at, const char* reason) {
 
 void CRegistryText::Note(const char* at, const char* reason) {
     if (m_nProblems++ != 0) return;
-    m_problem = "line " + std::to_string(1 + std::count(m_pBegin, at, '\n')) + ": " + reason;
+    m_strProblem = "line " + std::to_string(1 + std::count(m_pBegin, at, '\n')) + ": " + reason;
 }
 
 void CRegistryText::NoteCut(const char* reason) {

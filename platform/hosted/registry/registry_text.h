@@ -60,7 +60,7 @@ public:
     // What was wrong with the part read so far: how often, and the first in the form "line 12: a value without a
     // closing quotation mark"; empty when nothing was.
     std::size_t GetProblemCount() const { return m_nProblems; }
-    const std::string& GetProblem() const { return m_problem; }
+    const std::string& GetProblem() const { return m_strProblem; }
     // Whether the file breaks off: its last line has no end, or the text ends inside a value. Known once the end was
     // reached. A file that was cut between two lines cannot be told from a whole one.
     bool IsCut() const { return m_bCut; }
@@ -99,7 +99,7 @@ private:
     std::vector<registry_escape::CComponent> m_components;  // whose path has these
     CBuffer m_path, m_name, m_data, m_text;
     std::size_t m_nProblems = 0;
-    std::string m_problem;
+    std::string m_strProblem;
     bool m_bHeader = false;
     bool m_bCut = false;
     bool m_bEndSeen = false;

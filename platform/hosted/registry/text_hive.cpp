@@ -53,7 +53,7 @@ std::unique_ptr<CTextHive> CTextHive::Open(const std::string& hostPath, CNotice&
 }
 
 CTextHive::CTextHive(CFileBytes text, std::string name)
-    : m_bytes(std::move(text)), m_name(std::move(name)), m_text(m_bytes.GetBytes()) {
+    : m_bytes(std::move(text)), m_strName(std::move(name)), m_text(m_bytes.GetBytes()) {
     constexpr std::size_t kUsualKey = 200;  // what a key takes in the text with its values
     m_nodes.Reserve(m_bytes.m_nSize / kUsualKey + 1);
     m_nodes.push_back({});
@@ -100,10 +100,10 @@ std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name, 
     CNode node;
     node.m_nName =
         static_cast<std::uint32_t>(inText != nullptr ? static_cast<std::size_t>(inText - m_bytes.GetBytes().data())
-                                                     : m_bytes.m_nSize + m_names.size());
+                                                     : m_bytes.m_nSize + m_strNames.size());
     node.m_nNameLength = static_cast<std::uint32_t>(name.size());
     node.m_nSiblingBefore = last;
-    if (inText == nullptr) m_names += name;
+    if (inText == nullptr) m_strNames += name;
     m_nodes.push_back(node);
     m_nodes[parent].m_nLastChild = child;
     if (m_index.IsMade()) m_index.Add(child, parent, name);
@@ -207,7 +207,7 @@ std::optional<std::string> CTextHive::GetLink(std::uint32_t key) {
 std::vector<CNotice> CTextHive::GetProblems() const {
     if (m_text.GetProblemCount() == 0) return {};
     const char* const what = m_text.IsCut() ? " is cut off: " : " is damaged: ";
-    return {{m_name + what + m_text.GetProblem(), m_name, ERROR_REGISTRY_CORRUPT}};
+    return {{m_strName + what + m_text.GetProblem(), m_strName, ERROR_REGISTRY_CORRUPT}};
 }
 
 }  // namespace delvane

@@ -37,7 +37,7 @@ public:
 
 private:
     struct CNode {
-        std::uint32_t m_nName = 0;  // where it begins in the text, or behind its size in m_names
+        std::uint32_t m_nName = 0;  // where it begins in the text, or behind its size in m_strNames
         std::uint32_t m_nNameLength = 0;
         std::uint32_t m_nLastChild = 0;  // 0: none, since nobody has the root for a child
         std::uint32_t m_nSiblingBefore = 0;
@@ -46,8 +46,9 @@ private:
     std::string_view NameOf(std::uint32_t key) const {
         const CNode& node = m_nodes[key];
         const bool isInText = node.m_nName < m_bytes.m_nSize;
-        return {isInText ? m_bytes.GetBytes().data() + node.m_nName : m_names.data() + (node.m_nName - m_bytes.m_nSize),
-                node.m_nNameLength};
+        return {
+            isInText ? m_bytes.GetBytes().data() + node.m_nName : m_strNames.data() + (node.m_nName - m_bytes.m_nSize),
+            node.m_nNameLength};
     }
     std::uint32_t MakeKey(const CRegistryText::CKey& section);
     std::uint32_t MakeChild(std::uint32_t parent, std::string_view name, const char* inText);
@@ -58,10 +59,10 @@ private:
     void ReadSection(std::size_t position, CKeyContents& contents);
 
     CFileBytes m_bytes;
-    std::string m_name;
+    std::string m_strName;
     CRegistryText m_text;
     CPageVector<CNode> m_nodes;
-    std::string m_names;
+    std::string m_strNames;
     struct CLink {
         std::uint32_t m_nKey;
         std::size_t m_nPathEnd;  // where the names below it begin in the path

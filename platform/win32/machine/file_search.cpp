@@ -130,7 +130,7 @@ struct CSearchSet::CLevel {
         CFileWords m_words;
     };
 
-    CString m_path;
+    CString m_strPath;
     std::vector<char> m_names;
     std::vector<CEntry> m_entries;
     std::size_t m_nNext = 0;
@@ -157,10 +157,10 @@ CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
     m_dwError = ERROR_SUCCESS;
     typename Form::CData data;
     Form::Clear(data);
-    const CFindHandle search(Form::First(m_path + (m_path.ends_with('\\') ? "*" : "\\*"), data));
+    const CFindHandle search(Form::First(m_strPath + (m_strPath.ends_with('\\') ? "*" : "\\*"), data));
     if (!search) {
         const DWORD code = GetLastError();
-        if (IsExhaustion(code)) ThrowExhausted(m_path, code);
+        if (IsExhaustion(code)) ThrowExhausted(m_strPath, code);
         if (code == ERROR_FILENAME_EXCED_RANGE || code == ERROR_MORE_DATA || code == ERROR_INSUFFICIENT_BUFFER ||
             code == ERROR_NO_UNICODE_TRANSLATION) {
             return EOutcome::kDoesNotFit;
@@ -181,7 +181,7 @@ CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
         Form::Clear(data);
     } while (Form::Next(search.Get(), data));
     const DWORD code = GetLastError();
-    if (IsExhaustion(code)) ThrowExhausted(m_path, code);
+    if (IsExhaustion(code)) ThrowExhausted(m_strPath, code);
     // Another failure than the end: a name that the code page's record cannot take. In UTF-16 there is none such.
     constexpr DWORD kNoMoreFiles = 18;
     if (code == kNoMoreFiles) return EOutcome::kRead;
@@ -190,7 +190,7 @@ CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
 }
 
 bool CSearchSet::CLevel::ReadEntries() {
-    EOutcome outcome = IsPlainPath(m_path) ? Read<CNarrowForm>() : EOutcome::kDoesNotFit;
+    EOutcome outcome = IsPlainPath(m_strPath) ? Read<CNarrowForm>() : EOutcome::kDoesNotFit;
     if (outcome == EOutcome::kDoesNotFit) outcome = Read<CWideForm>();
     if (outcome == EOutcome::kUnreadable) return false;
     if (outcome == EOutcome::kDoesNotFit && m_dwError == ERROR_SUCCESS) m_dwError = ERROR_INVALID_NAME;
@@ -210,7 +210,7 @@ public:
         ThrowIfInterrupted();
         while (m_level.m_nNext < m_level.m_entries.size()) {
             const CSearchSet::CLevel::CEntry& entry = m_level.m_entries[m_level.m_nNext++];
-            if (m_set.IsOwn(m_level.m_path, m_level.NameOf(entry), entry.m_words)) continue;
+            if (m_set.IsOwn(m_level.m_strPath, m_level.NameOf(entry), entry.m_words)) continue;
             static_cast<CFileWords&>(data) = entry.m_words;
             data.m_name = m_level.NameOf(entry);
             return true;
@@ -234,8 +234,8 @@ bool CSearchSet::IsBehindLink(std::string_view path) const {
     if (!m_open.empty()) {
         const CLevel& parent = *m_open.back();
         const CLevel::CEntry* const current = parent.GetCurrent();
-        if (current != nullptr && path.starts_with(parent.m_path) && path.ends_with(parent.NameOf(*current)) &&
-            path.size() <= parent.m_path.size() + 1 + current->m_nLength) {
+        if (current != nullptr && path.starts_with(parent.m_strPath) && path.ends_with(parent.NameOf(*current)) &&
+            path.size() <= parent.m_strPath.size() + 1 + current->m_nLength) {
             return parent.m_bBehindLink || (current->m_words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
         }
     }
@@ -271,7 +271,7 @@ CSearchSet::EEntry CSearchSet::MayEnter(std::string_view path) {
     if (!IdentityOf(path, identity)) return EEntry::kMay;  // then its search fails too
     for (const CLevel* level : m_open) {
         CDirectoryIdentity above;
-        if (IdentityOf(level->m_path, above) && above == identity) return EEntry::kPassedOver;
+        if (IdentityOf(level->m_strPath, above) && above == identity) return EEntry::kPassedOver;
     }
     return m_visits.MayVisit(identity) ? EEntry::kMay : EEntry::kTooOften;
 }
@@ -292,7 +292,7 @@ std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path, std::uint32
     m_open.reserve(m_open.size() + 1);
     m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
     CLevel* const level = m_spare.back().get();
-    level->m_path = path;
+    level->m_strPath = path;
     level->m_bBehindLink = isBehindLink;
     if (!level->ReadEntries()) {
         error = level->m_dwError;

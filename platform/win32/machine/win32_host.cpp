@@ -35,7 +35,7 @@ private:
     CHandle m_mutex;
 };
 
-CWin32Host::CWin32Host(CString programFolder) : m_programFolder(std::move(programFolder)) {}
+CWin32Host::CWin32Host(CString programFolder) : m_strProgramFolder(std::move(programFolder)) {}
 
 CWin32Host::~CWin32Host() = default;
 
@@ -95,7 +95,7 @@ std::unique_ptr<std::ostream> CWin32Host::CreateTextFile(std::string_view path) 
 
 // A mutex of the folder's name, for all sessions of the machine; one that another user made cannot even be opened.
 bool CWin32Host::LockProgramFolder() {
-    CString name = "Global\\delvane " + FoldCase(m_programFolder);
+    CString name = "Global\\delvane " + FoldCase(m_strProgramFolder);
     std::replace(name.begin() + 7, name.end(), '\\', '/');
     CHandle mutex(CreateMutexA(nullptr, TRUE, name.c_str()));
     const DWORD code = GetLastError();

@@ -15,7 +15,7 @@ public:
     explicit CWin32Host(CString programFolder);
     ~CWin32Host() override;
 
-    CString GetModuleFileName() override { return m_programFolder + "\\delvane.exe"; }
+    CString GetModuleFileName() override { return m_strProgramFolder + "\\delvane.exe"; }
     CString GetDocumentFolder() override;
     std::uint64_t GetSystemTime() override;
 
@@ -36,7 +36,7 @@ public:
 private:
     class CLock;
 
-    CString m_programFolder;
+    CString m_strProgramFolder;
     std::unique_ptr<CLock> m_pLock;
 };
 
