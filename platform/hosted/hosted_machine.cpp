@@ -106,7 +106,9 @@ CHostedRegistry& CHostedMachine::GetRegistry() {
 // Between two captures of one run an installation may have changed the files.
 void CHostedMachine::BeginWalk() {
     m_searches.BeginWalk();
-    if (m_pRegistry != nullptr && m_pRegistry->GetOpenCount() == 0) m_pRegistry.reset();
+    if (m_pRegistry == nullptr) return;
+    m_pRegistry->BeginWalk();
+    if (m_pRegistry->GetOpenCount() == 0) m_pRegistry.reset();
 }
 
 bool CHostedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {

@@ -262,8 +262,6 @@ void CHostedRegistry::ApplyMounts(COpenKey& key) {
 std::uint32_t CHostedRegistry::QueryInfo(HKEY key, CKeyInfo& info) {
     COpenKey* const open = GetOpenKey(key);
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
-    if (open->m_pParent == nullptr && m_open.GetCount() == 0)
-        m_nBehindLinks = m_nBytesBehindLinks = 0;  // a walk begins
     open->m_contents.QueryInfo(info);
     return ERROR_SUCCESS;
 }

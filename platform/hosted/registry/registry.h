@@ -67,6 +67,7 @@ public:
     std::vector<CNotice> GetProblems() const;
 
     // As CMachine tells them.
+    void BeginWalk() { m_nBehindLinks = m_nBytesBehindLinks = 0; }
     std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
     void CloseKey(HKEY key);
     std::uint32_t QueryInfo(HKEY key, CKeyInfo& info);

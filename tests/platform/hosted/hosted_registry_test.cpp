@@ -64,6 +64,7 @@ protected:
         }
     }
     Lines WalkRoot(HKEY root) {
+        m_registry.BeginWalk();
         Lines lines;
         Walk(root, "", lines);
         EXPECT_EQ(m_registry.GetOpenCount(), 0U);
