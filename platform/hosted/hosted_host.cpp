@@ -67,25 +67,16 @@ std::uint64_t CHostedHost::GetSystemTime() {
     return milliseconds * (kTicksPerSecond / 1000) + kUnixEpochTicks;
 }
 
-bool CHostedHost::FileExists(std::string_view path) {
-    const std::optional<std::string> hostPath = m_paths.Find(path);
-    return hostPath && IsFile(*hostPath);
-}
+// A path that leads to no place of the host becomes the empty one, where nothing can be.
+bool CHostedHost::FileExists(std::string_view path) { return IsFile(m_paths.Find(path).value_or("")); }
 
-bool CHostedHost::DirectoryExists(std::string_view path) {
-    const std::optional<std::string> hostPath = m_paths.Find(path);
-    return hostPath && IsHostDirectory(*hostPath);
-}
+bool CHostedHost::DirectoryExists(std::string_view path) { return IsHostDirectory(m_paths.Find(path).value_or("")); }
 
 bool CHostedHost::CreateDirectory(std::string_view path) {
-    const std::optional<std::string> hostPath = m_paths.FindForCreation(path);
-    return hostPath && mkdir(hostPath->c_str(), 0777) == 0;
+    return mkdir(m_paths.FindForCreation(path).value_or("").c_str(), 0777) == 0;
 }
 
-bool CHostedHost::DeleteFile(std::string_view path) {
-    const std::optional<std::string> hostPath = m_paths.Find(path);
-    return hostPath && unlink(hostPath->c_str()) == 0;
-}
+bool CHostedHost::DeleteFile(std::string_view path) { return unlink(m_paths.Find(path).value_or("").c_str()) == 0; }
 
 std::vector<CString> CHostedHost::ListFiles(std::string_view folder) {
     std::vector<CString> names;
