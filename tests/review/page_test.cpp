@@ -48,9 +48,9 @@ TEST_F(ReviewPage, MarksWhatDiffersByCharacters) {
 }
 
 TEST_F(ReviewPage, DumpsBytes) {
-    EXPECT_EQ(Dump("0123456789<\x01", "0123456x89<\x02"),
-              "<pre class=\"hex\" tabindex=\"0\">\n0000  30 31 32 33 34 35 36 <del>37</del>  38 39 3c <del>01</del>"
-              "              0123456<del>7</del>89&lt;<del>.</del>\n</pre>");
+    EXPECT_EQ(Dump("012345678\x01<\x7F", "0123456x8\x01<\x02"),
+              "<pre class=\"hex\" tabindex=\"0\">\n0000  30 31 32 33 34 35 36 <del>37</del>  38 01 3c <del>7f</del>"
+              "              0123456<del>7</del>8.&lt;<del>.</del>\n</pre>");
     EXPECT_NE(Dump(CString(65537, 'a'), "").find("\n00010000  <del>61</del>"), CString::npos);
 }
 
