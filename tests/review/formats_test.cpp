@@ -156,6 +156,9 @@ TEST_F(ReviewFormats, SarifHasARuleForEachResultAndASuppressionForWhatIsAccepted
     const auto& last = run.at("results").back();
     EXPECT_EQ(last.at("locations").at(0).at("physicalLocation").at("artifactLocation").at("uri"),
               "file:///C:/a/100%25%20%C3%A9%23.txt");
+    // FNV-1a of rule, NUL and object in lower case: services know an alert by it from run to run.
+    EXPECT_EQ(last.at("ruleId"), "files-outside");
+    EXPECT_EQ(last.at("partialFingerprints").begin().value(), "9131e001a10619bd");
 }
 
 TEST_F(ReviewFormats, JUnitFailsWhatReachesTheLevelAndSkipsWhatIsAccepted) {
