@@ -66,7 +66,10 @@ private:
     };
 
     void Fault(const toml::source_region& place, std::string_view text) {
-        m_faults.push_back({place.begin.line, place.begin.column, CString(text)});
+        // A line a fault, whatever a text of the list holds.
+        CString line(text);
+        std::replace(line.begin(), line.end(), '\n', ' ');
+        m_faults.push_back({place.begin.line, place.begin.column, std::move(line)});
     }
     [[noreturn]] void Throw() {
         constexpr std::size_t kMostTold = 10;  // a draft that was not filled in has hundreds

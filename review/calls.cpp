@@ -191,6 +191,8 @@ int RunReview(CReviewOptions& options) {
         for (const CString& path : written)
             std::cout << "wrote " << VisibleText(path) << "\n";
         std::cout << std::flush;
+        if (!std::cout.good())
+            throw CCallError(kReviewNoFile, "standard output: write: the verdict could not be written");
     }
     return review.m_nExit;
 }
@@ -234,6 +236,13 @@ int RunWord(const CString& word, std::vector<CString> arguments) {
         }
         app.add_option("--results", options.m_strResults, "the folder in which snapshots are looked for by name");
     }
+    // A gate whose control comes from a variable that nobody has set must not run without one.
+    const auto isEmpty = [](const CString& text) {
+        return text.empty() || (text.starts_with("--") && text.ends_with('='));
+    };
+    if (std::any_of(arguments.begin(), arguments.end(), isEmpty)) {
+        throw CCallError(kReviewBadCall, "an argument is an empty text; a variable may not be set");
+    }
     try {
         std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
         app.parse(arguments);
@@ -256,8 +265,10 @@ std::optional<int> RunCall(int argumentCount, const char* const* arguments) {
     try {
         return RunWord(word, {arguments + 1, arguments + argumentCount});
     } catch (const CCallError& error) {
+        // The faults of an accept list are a line each; any other text is one sentence, whatever a name in it holds.
         std::istringstream lines(error.what());
-        for (CString line; std::getline(lines, line);)
+        const char end = error.GetExitCode() == kReviewBadCall ? '\n' : '\0';
+        for (CString line; std::getline(lines, line, end);)
             theContext.Say(line);
         return error.GetExitCode();
     } catch (...) {

@@ -170,6 +170,8 @@ public:
         : m_review(review), m_stream(stream), m_direction(direction) {}
 
     void Write() {
+        CollectDeletedKeys();
+        CollectContents();
         m_stream.write("\xFF\xFE", 2);
         Line("Windows Registry Editor Version 5.00");
         Line("");
@@ -177,9 +179,13 @@ public:
         Line("; " + CString(isRedo ? "redo" : "undo") + ": makes the registry of " +
              Shown(isRedo ? m_review.m_baseline.m_strName : m_review.m_current.m_strName) + " that of " +
              Shown(isRedo ? m_review.m_current.m_strName : m_review.m_baseline.m_strName));
+        if (!m_deletedKeys.empty()) {
+            Line(
+                "; A capture reads a link to a key as that key. If one of these is a link, what it leads to is "
+                "deleted");
+            Line("; through it, and the link stays: look through them first.");
+        }
         Line("");
-        CollectDeletedKeys();
-        CollectContents();
         WriteDeletedKeys();
         WriteContents();
     }
