@@ -354,16 +354,19 @@ TEST_F(HostedMachine, DeepTreesAreWalkedToTheLimitAndNotBeyond) {
     EXPECT_EQ(CountWalked(Open(prefix), "C:"), kMaxTreeDepth + 2) << "and windows\\system32";
 }
 
-TEST_F(HostedMachine, TheProgramsFolderIsADrivePathOnlyOnADisk) {
+TEST_F(HostedMachine, FoldersOfTheProgramAreDrivePathsOnlyOnADisk) {
     const CPrefix prefix;
     const auto folderOf = [&](const std::string& program) {
         return CHostedHost(Open(prefix).GetPaths(), program).GetModuleFileName();
     };
     const std::string real = fs::canonical(prefix.MakeFolder("drive_c/Tools"));
     EXPECT_EQ(folderOf(real), "C:\\Tools\\delvane");
-    std::string host = m_home.GetPath();
-    std::replace(host.begin(), host.end(), '/', '\\');
-    EXPECT_EQ(folderOf(m_home.GetPath()), host + "\\delvane");
+    const auto hostForm = [](std::string path) {
+        std::replace(path.begin(), path.end(), '/', '\\');
+        return path;
+    };
+    EXPECT_EQ(folderOf(m_home.GetPath()), hostForm(m_home.GetPath()) + "\\delvane");
+    EXPECT_EQ(m_pHost->GetDocumentFolder(), hostForm(ExecutableFolder())) << "there is no help page beside the tests";
 }
 
 TEST_F(HostedMachine, TheDocumentsStandBesideTheProgramOrInTheShareOfItsInstallation) {
@@ -375,15 +378,6 @@ TEST_F(HostedMachine, TheDocumentsStandBesideTheProgramOrInTheShareOfItsInstalla
     EXPECT_EQ(FindDocumentFolder(bin), fs::canonical(m_home / "share/delvane"));
     m_home.Write("bin/Using.htm");
     EXPECT_EQ(FindDocumentFolder(bin), bin);
-}
-
-TEST_F(HostedMachine, TheDocumentFolderIsAMachinePath) {
-    const CPrefix prefix;
-    // There is no help page beside the tests.
-    std::string host = ExecutableFolder();
-    std::replace(host.begin(), host.end(), '/', '\\');
-    Open(prefix);
-    EXPECT_EQ(m_pHost->GetDocumentFolder(), host);
 }
 
 TEST_F(HostedMachine, WithoutAMachineItsOwnFilesStillWork) {
