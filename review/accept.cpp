@@ -4,13 +4,13 @@
 #include <array>
 #include <cstdio>
 #include <span>
-#include <toml++/toml.h>
 #include <vector>
 
 #include "review/change_list.h"
 #include "review/describe.h"
 #include "review/pattern.h"
 #include "review/rules.h"
+#include "review/toml.h"
 
 namespace delvane {
 namespace {
