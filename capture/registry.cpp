@@ -93,10 +93,16 @@ bool CDelvRegValObj::Capture(CCaptureProgress* progress) {
         const HKEY key = *OpenKey();
         if (key == 0) return false;
         CRoom room;
-        if (machine.RegQueryValueEx(key, m_name, nullptr, room) != ERROR_SUCCESS) return false;
+        const auto query = [&](std::uint32_t* type) {
+            const std::uint32_t code = machine.RegQueryValueEx(key, m_name, type, room);
+            if (code == ERROR_SUCCESS) return true;
+            RootOf(*this).GetGaps().Add(EGapKind::kValue, GetFullName(), code, CString(m_name));
+            return false;
+        };
+        if (!query(nullptr)) return false;
         room.m_pBytes = static_cast<char*>(RootOf(*this).GetArena().Take(room.m_nSize, 1));
         // Data that have grown meanwhile do not fit and leave the value empty.
-        const bool fits = machine.RegQueryValueEx(key, m_name, &m_dwType, room) == ERROR_SUCCESS;
+        const bool fits = query(&m_dwType);
         m_data = {room.m_pBytes, fits ? room.m_nSize : 0};
         CloseKey();
         m_bCaptured = true;

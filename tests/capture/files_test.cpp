@@ -66,15 +66,17 @@ TEST_F(Walk, KeepsAListOfWhatItCouldNotRead) {
             below.txt
           locked.txt  unreadable
     )";
-    SetRegistry("HKCR\n  .x\\\nHKCU\n  Software\\\nHKLM\n  SAM\\  unopenable\n  SOFTWARE\\\n");
+    SetRegistry(
+        "HKCR\n  .x\\\nHKCU\n  Software\\\nHKLM\n  SAM\\  unopenable\n  SOFTWARE\\\n    Hid = sz \"x\"  denied\n");
     EXPECT_EQ(Walked(kDisks, "/s /d:Q"), "C:\\\nC:\\cut\\\nC:\\cut\\a.txt\nC:\\locked\\\n");
     const auto snapshot = TakeSnapshot("Snap");
     EXPECT_EQ(snapshot->GetGaps().GetSummary(),
-              "1 drive, 2 directories, 1 entry and 1 key could not be read, first HKLM\\SAM (5)");
+              "1 drive, 2 directories, 1 entry, 1 key and 1 value could not be read, first HKLM\\SAM (5)");
     Store(*snapshot);
     const CString path = "C:\\Delvane\\Results\\Snap.gaps.jsonl";
     EXPECT_EQ(m_pHost->m_files[path],
               R"({"record":"gap","snapshot":"Snap","kind":"key","path":"HKLM\\SAM","code":5,"reason":"access denied"}
+{"record":"gap","snapshot":"Snap","kind":"value","path":"HKLM\\SOFTWARE","name":"Hid","code":5,"reason":"access denied"}
 {"record":"gap","snapshot":"Snap","kind":"directory","path":"C:\\cut","code":23,"reason":"data error"}
 {"record":"gap","snapshot":"Snap","kind":"directory","path":"C:\\locked","code":5,"reason":"access denied"}
 {"record":"gap","snapshot":"Snap","kind":"entry","path":"C:\\locked.txt","code":5,"reason":"access denied"}

@@ -65,7 +65,7 @@ CScriptedRegistry::CValue CScriptedRegistry::ParseValue(std::string_view line) {
     value.m_name = line.substr(0, equals);
     if (value.m_name == "@") value.m_name.clear();
     std::string_view rest = line.substr(equals + 3);
-    for (const std::string_view refusal : {"grows", "late", "vanishes"}) {
+    for (const std::string_view refusal : {"grows", "late", "vanishes", "denied"}) {
         if (!rest.ends_with("  " + CString(refusal))) continue;
         value.m_refusal = refusal;
         rest.remove_suffix(refusal.size() + 2);
@@ -156,7 +156,7 @@ std::uint32_t CScriptedRegistry::EnumValue(HKEY key, std::uint32_t index, CRoom&
     const std::uint32_t code = open->m_contents.EnumValue(index, name, type, data);
     if (code == ERROR_NO_MORE_ITEMS) return code;
     const CString& refusal = open->m_pKey->m_values[index].m_refusal;
-    if (refusal == "late" || refusal == "vanishes") data.m_nSize = 0;
+    if (refusal == "late" || refusal == "vanishes" || refusal == "denied") data.m_nSize = 0;
     return code;
 }
 
@@ -170,6 +170,7 @@ std::uint32_t CScriptedRegistry::QueryValue(HKEY key, std::string_view name, std
     if (open == nullptr) return ERROR_INVALID_HANDLE;
     for (const CValue& value : open->m_pKey->m_values) {
         if (mbsicmp(value.m_name, name) != 0 || value.m_refusal == "vanishes") continue;
+        if (value.m_refusal == "denied") return ERROR_ACCESS_DENIED;
         if (type != nullptr) *type = value.m_dwType;
         if (data.m_pBytes != nullptr) return FillRoom(data, value.m_data, false) ? ERROR_SUCCESS : ERROR_MORE_DATA;
         data.m_nSize = static_cast<std::uint32_t>(value.m_data.size());

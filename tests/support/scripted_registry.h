@@ -15,7 +15,8 @@ namespace delvane {
 //   Setup\                      behind two blanks one of: unopenable, shrinks (a value goes during the walk)
 //     Path = sz "C:\Tools"      also expand "..", multi "a" "b", dword 12, hex(3) 01 02 ff; \" and \0 in texts
 // Behind the data of a value, separated by two blanks: grows (its data grew between the calls), late (the enumeration
-// gives no data, the query does), vanishes (neither gives any).
+// gives no data, the query does), vanishes (neither gives any), denied (the
+// query may not).
 class CScriptedRegistry {
 public:
     explicit CScriptedRegistry(std::string_view text = {});
