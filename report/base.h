@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <string_view>
@@ -16,6 +17,7 @@ using CObjectList = std::vector<CDelvObj*>;                    // not owned
 using CDiffList = std::vector<std::unique_ptr<CDelvDiffObj>>;  // owned
 
 enum class ESubtree { kFiles, kRegistry, kExtensions };
+enum class EFinding { kInfo, kWarning, kError };
 
 // Lives for one comparison. The nodes it is told of belong to the two snapshots, which outlive it. Entries keep the
 // order of the calls, which is the order of the walk over the trees.
@@ -28,14 +30,12 @@ public:
     CReportObj(const CReportObj&) = delete;
     CReportObj& operator=(const CReportObj&) = delete;
 
-    // Findings. The base hands them on to the master report. A text that is put together names the id that it was made
-    // of.
-    virtual void AddInfo(int section, CDelvObj& object, std::uint32_t textId);
-    virtual void AddObjInfo(int section, CDelvObj& object, std::string_view text, std::uint32_t textId = 0);
-    virtual void AddWarning(int section, CDelvObj& object, std::uint32_t textId);
-    virtual void AddObjWarning(int section, CDelvObj& object, std::string_view text, std::uint32_t textId = 0);
-    virtual void AddError(int section, CDelvObj& object, std::uint32_t textId);
-    virtual void AddObjError(int section, CDelvObj& object, std::string_view text, std::uint32_t textId = 0);
+    // Findings. A text that is put together names the id that it was made of.
+    void AddInfo(int section, CDelvObj& object, std::uint32_t textId);
+    void AddWarning(int section, CDelvObj& object, std::uint32_t textId);
+    void AddObjWarning(int section, CDelvObj& object, std::string_view text, std::uint32_t textId);
+    void AddError(int section, CDelvObj& object, std::uint32_t textId);
+    void AddObjError(int section, CDelvObj& object, std::string_view text, std::uint32_t textId);
 
     // Told of each pair of lists that were compared. The base hands it on to the master report.
     virtual void CountCompared(std::size_t nodes);
@@ -54,8 +54,8 @@ public:
     virtual void AddAdded(CDelvObj& object);
 
     // Lists of objects and of changes, grouped under the full name of the parent; neighbours share a heading.
-    virtual void WriteObjectList(std::ostream& stream, const CObjectList& list);
-    virtual void WriteNameList(std::ostream& stream, const CDiffList& list);
+    void WriteObjectList(std::ostream& stream, const CObjectList& list);
+    void WriteNameList(std::ostream& stream, const CDiffList& list);
     // One entry: a change (CDelvDiffObj) or a node.
     virtual void WriteChange(std::ostream& stream, CDelvObj& item);
 
@@ -65,6 +65,16 @@ public:
     CReportObj* m_pMaster = nullptr;  // set by the master's constructor; null in the master itself
 
 protected:
+    // Every finding comes here. The base hands it on to the master report.
+    virtual void AddFinding(EFinding severity, int section, CDelvObj& object, std::string_view text,
+                            std::uint32_t textId);
+
+    // One entry as the sections write it: the name, and the cells of the row behind it, which are left open; of a
+    // change those of both sides.
+    using CNameText = std::function<CString(const CDelvObj&)>;
+    using CCellWriter = std::function<void(CDelvObj&)>;
+    static void WriteEntry(std::ostream& stream, CDelvObj& item, const CNameText& name, const CCellWriter& cells);
+
     // Ids of the headings of the raw data, and what its anchors begin with.
     struct CRawHeadings {
         std::uint32_t m_titleId = 0;
@@ -73,10 +83,18 @@ protected:
         std::uint32_t m_changedId = 0;
         std::string_view m_anchor;
     };
-    // The lists of added, deleted and changed objects that are not empty. BeginRawList is told of each before it is
-    // written by the end of its anchor: "Add", "Del" or "Chg".
+    // The lists of added, deleted and changed objects that are not empty, with "Add", "Del" or "Chg" behind anchors.
     void WriteRawLists(std::ostream& stream, const CRawHeadings& headings);
-    virtual void BeginRawList(std::string_view) {}
+    // What parts a list further: an anchor of that name stands ahead of the first entry that has it, and a rule between
+    // two of them. The base has none.
+    virtual CString GetPartOf(const CDelvObj&) const { return {}; }
+
+private:
+    template <class List, class NodeOf>
+    void WriteGroups(std::ostream& stream, const List& list, NodeOf nodeOf, std::string_view begin,
+                     std::string_view end);
+
+    std::string_view m_anchorSuffix;  // of the raw list that is being written
 };
 
 // The words that stand for an object in a finding: its kind, and for most kinds its full name in brackets.

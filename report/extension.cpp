@@ -12,21 +12,12 @@ void WriteCell(std::ostream& stream, std::string_view text, std::uint32_t emptyI
     stream << "</TD><TD> - " << (text.empty() ? LoadResString(emptyId) : text);
 }
 
-void WriteSide(std::ostream& stream, std::uint32_t labelId, const CDelvObj& object) {
-    stream << "<TR><TD></TD><TD>" << LoadResString(labelId);
-    CExtReport::WriteExtensionCells(stream, static_cast<const CDelvExtObj&>(object));
-    stream << "</TD></TR>\n";
-}
-
 }  // namespace
 
 void CExtReport::NoteBadExtension(CDelvObj& extension) {
     if (static_cast<const CDelvExtObj&>(extension).IsProperlyRegistered()) return;
-    ++m_nBadExtensions;
+    if (m_badExtensions.empty()) AddWarning(4, *FindSnapshot(&extension)->m_pExtensions, IDS_BAD_EXTENSIONS);
     m_badExtensions.push_back(&extension);
-    if (m_bBadReported) return;
-    m_bBadReported = true;
-    AddWarning(4, *FindSnapshot(&extension)->m_pExtensions, IDS_BAD_EXTENSIONS);
 }
 
 void CExtReport::AddAdded(CDelvObj& object) {
@@ -48,7 +39,7 @@ void CExtReport::WriteSummary(std::ostream& stream) {
     writeRow(IDS_EXTENSIONS_ADDED_COUNT, m_added.size(), "ExtsAdd");
     writeRow(IDS_EXTENSIONS_DELETED_COUNT, m_deleted.size(), "ExtsDel");
     writeRow(IDS_EXTENSIONS_CHANGED_COUNT, m_changed.size(), "ExtsChg");
-    writeRow(IDS_BAD_EXTENSIONS_COUNT, m_nBadExtensions, "BadRef");
+    writeRow(IDS_BAD_EXTENSIONS_COUNT, m_badExtensions.size(), "BadRef");
     stream << "</TABLE>\n";
 }
 
@@ -63,25 +54,15 @@ void CExtReport::WriteRawData(std::ostream& stream) {
         stream, {IDS_EXTENSION_RAW_DATA, IDS_EXTENSIONS_ADDED, IDS_EXTENSIONS_DELETED, IDS_EXTENSIONS_CHANGED, "Exts"});
 }
 
-void CExtReport::WriteExtensionCells(std::ostream& stream, const CDelvExtObj& extension) {
-    WriteCell(stream, extension.m_pKey != nullptr ? LoadResString(IDS_REGISTERED) : "", IDS_NOT_REGISTERED);
-    WriteCell(stream, extension.m_strFileType, IDS_NO_FILE_TYPE);
-    WriteCell(stream, extension.m_strIcon, IDS_NO_ICON);
-    WriteCell(stream, extension.m_strOpenCommand, extension.m_bNoOpen != 0 ? IDS_NO_OPEN : IDS_NO_COMMAND);
-}
-
 void CExtReport::WriteChange(std::ostream& stream, CDelvObj& item) {
-    if (IsExactly<CDelvDiffObj>(item)) {
-        const auto& change = static_cast<const CDelvDiffObj&>(item);
-        stream << "<DD><TABLE><TR>" << change.m_pObject->m_name << "</TR>\n";
-        WriteSide(stream, IDS_AFTER, *change.m_pObject);
-        WriteSide(stream, IDS_BEFORE, *change.m_pBaseline);
-        stream << "</TABLE>\n</DD>\n";
-        return;
-    }
-    stream << "<TR><TD>" << item.m_name;
-    WriteExtensionCells(stream, static_cast<const CDelvExtObj&>(item));
-    stream << "</TD></TR>\n";
+    const auto name = [](const CDelvObj& object) { return CString(object.m_name); };
+    WriteEntry(stream, item, name, [&stream](const CDelvObj& object) {
+        const auto& extension = static_cast<const CDelvExtObj&>(object);
+        WriteCell(stream, extension.m_pKey != nullptr ? LoadResString(IDS_REGISTERED) : "", IDS_NOT_REGISTERED);
+        WriteCell(stream, extension.m_strFileType, IDS_NO_FILE_TYPE);
+        WriteCell(stream, extension.m_strIcon, IDS_NO_ICON);
+        WriteCell(stream, extension.m_strOpenCommand, extension.m_bNoOpen != 0 ? IDS_NO_OPEN : IDS_NO_COMMAND);
+    });
 }
 
 }  // namespace delvane

@@ -67,10 +67,6 @@ public:
     std::vector<std::unique_ptr<CDelvExeObj>> m_exeCopies;
 
 private:
-    // If the folder of that kind is a prefix of the object's full name, appends the object to the list. The folder
-    // itself counts, and so does a sibling whose name merely begins with the folder's.
-    static bool AddIfInFolder(int kind, CObjectList& list, CDelvObj& object, const CString& fullName);
-    static bool AddIfInFolder(int kind, CDiffList& list, CDelvObj& object, const CString& fullName, CDelvObj& baseline);
     template <class List, class... Baseline>
     void SortByFolder(List& start, List& appData, List& docs, bool note, CDelvObj& object, const CString& fullName,
                       Baseline&... baseline);
@@ -80,13 +76,11 @@ private:
     // A copy of the file if it is an executable image of any kind on the live disk, else null.
     CDelvExeObj* CopyIfExecutable(CDelvObj& object, const CString& fullName);
     void NoteSystemExe(CDelvObj& object);
-    void NoteOtherExe(CDelvExeObj& copy);
-    void Note16BitExe(CDelvExeObj& copy);
-    void NoteKernelExe(CDelvExeObj& copy);
     void NoteKind(CDelvExeObj& copy);
+    // Appends to a list and files its finding with the first entry.
+    void Note(CObjectList& list, CDelvObj& object, int section, std::uint32_t textId);
 
     static CString DisplayName(const CDelvObj& object);
-    void WriteSide(std::ostream& stream, std::string_view label, const CDelvObj& object) const;
 };
 
 }  // namespace delvane

@@ -2,6 +2,7 @@
 // did to the file system.
 #include <algorithm>
 #include <array>
+#include <span>
 
 #include "capture/drives.h"
 #include "capture/executable.h"
@@ -19,22 +20,23 @@ constexpr std::array kDocuments = {CSIDL_PERSONAL, CSIDL_COMMON_DOCUMENTS};
 
 bool IsInFolder(int kind, std::string_view fullName) { return IsPrefixNoCase(*theContext.GetFolder(kind), fullName); }
 
-CDelvObj& DriveSetOf(CDelvObj& object) { return *FindSnapshot(&object)->m_pDrives; }
-
-// Appends to a list and files its finding with the first entry.
-void Note(CFileReport& report, CObjectList& list, CDelvObj& object, int section, std::uint32_t textId) {
-    if (list.empty()) report.AddWarning(section, DriveSetOf(object), textId);
-    list.push_back(&object);
+bool IsInAny(std::span<const int> kinds, std::string_view fullName) {
+    return std::any_of(kinds.begin(), kinds.end(), [&](int kind) { return IsInFolder(kind, fullName); });
 }
+
+void Append(CObjectList& list, CDelvObj& object) { list.push_back(&object); }
+void Append(CDiffList& list, CDelvObj& object, CDelvObj& baseline) {
+    list.push_back(std::make_unique<CDelvDiffObj>(object, baseline));
+}
+
+CDelvObj& DriveSetOf(CDelvObj& object) { return *FindSnapshot(&object)->m_pDrives; }
 
 }  // namespace
 
 unsigned FindFolderAreas(std::string_view fullName) {
     unsigned areas = 0;
-    const auto look = [&](EFolderArea area, const auto& kinds) {
-        const bool isIn =
-            std::any_of(std::begin(kinds), std::end(kinds), [&](int kind) { return IsInFolder(kind, fullName); });
-        if (isIn) areas |= 1U << static_cast<unsigned>(area);
+    const auto look = [&](EFolderArea area, std::span<const int> kinds) {
+        if (IsInAny(kinds, fullName)) areas |= 1U << static_cast<unsigned>(area);
     };
     look(EFolderArea::kProgramFiles, std::array{CSIDL_PROGRAM_FILES});
     look(EFolderArea::kWindows, std::array{CSIDL_WINDOWS});
@@ -47,29 +49,16 @@ unsigned FindFolderAreas(std::string_view fullName) {
 CFileReport::CFileReport() = default;
 CFileReport::~CFileReport() = default;
 
-bool CFileReport::AddIfInFolder(int kind, CObjectList& list, CDelvObj& object, const CString& fullName) {
-    if (!IsInFolder(kind, fullName)) return false;
-    list.push_back(&object);
-    return true;
-}
-
-bool CFileReport::AddIfInFolder(int kind, CDiffList& list, CDelvObj& object, const CString& fullName,
-                                CDelvObj& baseline) {
-    if (!IsInFolder(kind, fullName)) return false;
-    list.push_back(std::make_unique<CDelvDiffObj>(object, baseline));
-    return true;
-}
-
 // The three groups do not exclude each other; within a group the first folder that fits takes the object.
 template <class List, class... Baseline>
 void CFileReport::SortByFolder(List& start, List& appData, List& docs, bool note, CDelvObj& object,
                                const CString& fullName, Baseline&... baseline) {
-    const auto addTo = [&](List& list, const auto& kinds) {
-        return std::any_of(kinds.begin(), kinds.end(),
-                           [&](int kind) { return AddIfInFolder(kind, list, object, fullName, baseline...); });
+    const auto addTo = [&](List& list, std::span<const int> kinds) {
+        const bool isIn = IsInAny(kinds, fullName);
+        if (isIn) Append(list, object, baseline...);
+        return isIn;
     };
-    if (addTo(start, kStartMenus) && note && !m_bStartMenuNoted) {
-        m_bStartMenuNoted = true;
+    if (addTo(start, kStartMenus) && note && !std::exchange(m_bStartMenuNoted, true)) {
         AddInfo(6, DriveSetOf(object), IDS_START_MENU_ADDITIONS);
     }
     addTo(appData, kAppData);
@@ -84,17 +73,18 @@ void CFileReport::AddAdded(CDelvObj& object) {
     if (IsExactly<CDelvFileObj>(object)) {
         NoteSystemFile(object, fullName);
         if (CDelvExeObj* const copy = CopyIfExecutable(object, fullName)) {
-            if (AddIfInFolder(CSIDL_PROGRAM_FILES, m_exesProgramFiles, *copy, fullName)) {
-                // where executables belong
-            } else if (AddIfInFolder(CSIDL_WINDOWS, m_exesSystemAdded, *copy, fullName)) {
+            if (IsInFolder(CSIDL_PROGRAM_FILES, fullName)) {
+                m_exesProgramFiles.push_back(copy);
+            } else if (IsInFolder(CSIDL_WINDOWS, fullName)) {
+                m_exesSystemAdded.push_back(copy);
                 NoteSystemExe(object);
             } else {
-                NoteOtherExe(*copy);
+                Note(m_exesOtherAdded, *copy, 1, IDS_EXES_ADDED_OUTSIDE);
             }
             NoteKind(*copy);
         }
     }
-    if (FindFolderAreas(fullName) == 0) Note(*this, m_otherAdded, object, 5, IDS_FILES_OUTSIDE);
+    if (FindFolderAreas(fullName) == 0) Note(m_otherAdded, object, 5, IDS_FILES_OUTSIDE);
 }
 
 void CFileReport::AddChanged(CDelvObj& object, CDelvObj& baseline) {
@@ -105,7 +95,10 @@ void CFileReport::AddChanged(CDelvObj& object, CDelvObj& baseline) {
     if (!IsExactly<CDelvFileObj>(object)) return;
     NoteSystemFile(object, fullName);
     if (CDelvExeObj* const copy = CopyIfExecutable(object, fullName)) {
-        if (AddIfInFolder(CSIDL_WINDOWS, m_exesSystemChanged, *copy, fullName)) NoteSystemExe(object);
+        if (IsInFolder(CSIDL_WINDOWS, fullName)) {
+            m_exesSystemChanged.push_back(copy);
+            NoteSystemExe(object);
+        }
         m_exesReplaced.push_back(copy);
         NoteKind(*copy);
     }
@@ -144,20 +137,17 @@ void CFileReport::AddKernelService(CDelvFileObj& file) {
 }
 
 void CFileReport::NoteSystemExe(CDelvObj& object) {
-    if (m_bSystemExeNoted) return;
-    m_bSystemExeNoted = true;
-    AddWarning(1, DriveSetOf(object), IDS_SYSTEM_EXES);
+    if (!std::exchange(m_bSystemExeNoted, true)) AddWarning(1, DriveSetOf(object), IDS_SYSTEM_EXES);
 }
 
 void CFileReport::NoteKind(CDelvExeObj& copy) {
-    if (copy.m_image.fDOSImage) Note16BitExe(copy);
-    if (copy.m_image.fSystemImage) NoteKernelExe(copy);
+    if (copy.m_image.fDOSImage) Note(m_exes16Bit, copy, 2, IDS_16BIT_EXES);
+    if (copy.m_image.fSystemImage) Note(m_exesKernelMode, copy, 7, IDS_KERNEL_DRIVERS);
 }
 
-void CFileReport::NoteOtherExe(CDelvExeObj& copy) { Note(*this, m_exesOtherAdded, copy, 1, IDS_EXES_ADDED_OUTSIDE); }
-
-void CFileReport::Note16BitExe(CDelvExeObj& copy) { Note(*this, m_exes16Bit, copy, 2, IDS_16BIT_EXES); }
-
-void CFileReport::NoteKernelExe(CDelvExeObj& copy) { Note(*this, m_exesKernelMode, copy, 7, IDS_KERNEL_DRIVERS); }
+void CFileReport::Note(CObjectList& list, CDelvObj& object, int section, std::uint32_t textId) {
+    if (list.empty()) AddWarning(section, DriveSetOf(object), textId);
+    list.push_back(&object);
+}
 
 }  // namespace delvane

@@ -27,10 +27,6 @@ CString SizeText(const CDelvFileObj& file) {
     return DecimalText(size) + " bytes" + exact;
 }
 
-void WriteDateAndSize(std::ostream& stream, const CDelvFileObj& file) {
-    stream << "</TD><TD> - " << DateText(file) << "</TD><TD> - " << SizeText(file);
-}
-
 }  // namespace
 
 // The rows of the summary and the blocks of details and raw data, in the order of the page.
@@ -142,38 +138,25 @@ CString CFileReport::DisplayName(const CDelvObj& object) {
     return MakeAnchor(object.m_name, object.m_name);
 }
 
-void CFileReport::WriteSide(std::ostream& stream, std::string_view label, const CDelvObj& object) const {
-    stream << "<TR><TD></TD><TD><B>" << label << "</B>";
-    WriteDateAndSize(stream, static_cast<const CDelvFileObj&>(object));
-    stream << "</TD></TR>\n";
-}
-
 void CFileReport::WriteChange(std::ostream& stream, CDelvObj& item) {
-    if (IsExactly<CDelvDiffObj>(item)) {
-        const auto& change = static_cast<const CDelvDiffObj&>(item);
-        stream << "<DD><TABLE><TR>" << DisplayName(*change.m_pObject) << "</TR>\n";
-        WriteSide(stream, "After", *change.m_pObject);
-        WriteSide(stream, "Before", *change.m_pBaseline);
-        stream << "</TABLE>\n</DD>\n";
-    } else if (IsExactly<CDelvExeObj>(item)) {
-        auto& exe = static_cast<CDelvExeObj&>(item);
-        if (!exe.m_bAnalyzed) exe.Analyze();
-        const bool kernelMode = exe.m_image.fSystemImage;
-        stream << (kernelMode ? "<B>" : "") << "<TR><TD>" << DisplayName(exe);
-        WriteDateAndSize(stream, exe);
-        stream << "</TD><TD> - " << (exe.m_image.fDOSImage ? "16-bit" : "32-bit");
-        if (!exe.m_strFileVersion.empty()) stream << "</TD><TD> - v." << exe.m_strFileVersion;
-        if (kernelMode) stream << "</TD><TD> - **Kernel Mode**";
-        stream << "</TD></TR>\n" << (kernelMode ? "</B>" : "");
-    } else {
-        stream << "<TR><TD>" << DisplayName(item);
-        if (IsKindOf<CDelvDirObj>(item)) {
+    const bool isChange = IsExactly<CDelvDiffObj>(item);
+    CDelvExeObj* const exe = IsExactly<CDelvExeObj>(item) ? static_cast<CDelvExeObj*>(&item) : nullptr;
+    if (exe != nullptr && !exe->m_bAnalyzed) exe->Analyze();
+    const bool isKernelMode = exe != nullptr && exe->m_image.fSystemImage;
+    if (isKernelMode) stream << "<B>";
+    WriteEntry(stream, item, DisplayName, [&](const CDelvObj& object) {
+        if (!isChange && IsKindOf<CDelvDirObj>(object)) {
             stream << "\\";
-        } else {
-            WriteDateAndSize(stream, static_cast<const CDelvFileObj&>(item));
+            return;
         }
-        stream << "</TD></TR>\n";
-    }
+        const auto& file = static_cast<const CDelvFileObj&>(object);
+        stream << "</TD><TD> - " << DateText(file) << "</TD><TD> - " << SizeText(file);
+        if (exe == nullptr) return;
+        stream << "</TD><TD> - " << (exe->m_image.fDOSImage ? "16-bit" : "32-bit");
+        if (!exe->m_strFileVersion.empty()) stream << "</TD><TD> - v." << exe->m_strFileVersion;
+        if (isKernelMode) stream << "</TD><TD> - **Kernel Mode**";
+    });
+    if (isKernelMode) stream << "</B>";
 }
 
 }  // namespace delvane

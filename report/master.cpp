@@ -11,10 +11,6 @@ namespace {
 constexpr std::string_view kRule = "<HR SIZE=5 NOSHADE>\n";
 constexpr std::string_view kThinRule = "<HR SIZE=4 WIDTH=100%>\n";
 
-CString FindingLine(std::string_view prefix, const CDelvObj& object, std::string_view text) {
-    return FormatString1(prefix, DescribeObject(object)) + CString(text);
-}
-
 CString LinkTo(std::string_view address) { return "<A HREF=\"" + CString(address) + "\">" + CString(address) + "</A>"; }
 
 }  // namespace
@@ -37,35 +33,21 @@ CMasterReport::CMasterReport(CSnapshot& current, CSnapshot& baseline)
     m_registryReport.m_pFileReport = &m_fileReport;
 }
 
-void CMasterReport::File(std::string_view prefix, CFindings& lines, const CReportFinding& finding, int exitBit) {
-    lines[static_cast<std::size_t>(finding.m_nSection)].push_back(
-        FindingLine(prefix, *finding.m_pObject, finding.m_strText));
-    m_findings.push_back(finding);
-    theApp.m_nExitCode |= exitBit;
-}
-
-void CMasterReport::AddInfo(int section, CDelvObj& object, std::uint32_t textId) {
-    AddObjInfo(section, object, LoadResString(textId), textId);
-}
-
-void CMasterReport::AddObjInfo(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
-    File("INFO - %1: ", m_lstInfo, {section, &object, textId, CString(text)}, kExitFindings);
-}
-
-void CMasterReport::AddWarning(int section, CDelvObj& object, std::uint32_t textId) {
-    AddObjWarning(section, object, LoadResString(textId), textId);
-}
-
-void CMasterReport::AddObjWarning(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
-    File("WARNING - %1: ", m_lstWarnings, {section, &object, textId, CString(text)}, kExitFindings);
-}
-
-void CMasterReport::AddError(int section, CDelvObj& object, std::uint32_t textId) {
-    AddObjError(section, object, LoadResString(textId), textId);
-}
-
-void CMasterReport::AddObjError(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) {
-    File("ERROR - %1: ", m_lstErrors, {section, &object, textId, CString(text)}, kExitErrors);
+void CMasterReport::AddFinding(EFinding severity, int section, CDelvObj& object, std::string_view text,
+                               std::uint32_t textId) {
+    struct CForm {
+        std::string_view m_prefix;
+        CFindings CMasterReport::*m_lines;
+        int m_nExitBit;
+    };
+    static constexpr CForm kForms[] = {{"INFO - %1: ", &CMasterReport::m_lstInfo, kExitFindings},
+                                       {"WARNING - %1: ", &CMasterReport::m_lstWarnings, kExitFindings},
+                                       {"ERROR - %1: ", &CMasterReport::m_lstErrors, kExitErrors}};
+    const CForm& form = kForms[static_cast<std::size_t>(severity)];
+    (this->*form.m_lines)[static_cast<std::size_t>(section)].push_back(
+        FormatString1(form.m_prefix, DescribeObject(object)).append(text));
+    m_findings.push_back({section, &object, textId, CString(text)});
+    theApp.m_nExitCode |= form.m_nExitBit;
 }
 
 bool CMasterReport::CompareSnapshots() {

@@ -40,13 +40,6 @@ public:
     // where it cannot be written to its end; then an earlier one stays as it was.
     bool GenerateReport();
 
-    // Each files one line under its section and sets its bit of the exit code.
-    void AddInfo(int section, CDelvObj& object, std::uint32_t textId) override;
-    void AddObjInfo(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) override;
-    void AddWarning(int section, CDelvObj& object, std::uint32_t textId) override;
-    void AddObjWarning(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) override;
-    void AddError(int section, CDelvObj& object, std::uint32_t textId) override;
-    void AddObjError(int section, CDelvObj& object, std::string_view text, std::uint32_t textId) override;
     void CountCompared(std::size_t nodes) override {
         if (m_pfnCompared) m_pfnCompared(nodes);
     }
@@ -71,8 +64,12 @@ public:
     CRegistryReport m_registryReport;
     CExtReport m_extReport;
 
+protected:
+    // Files one line under its section and sets its bit of the exit code.
+    void AddFinding(EFinding severity, int section, CDelvObj& object, std::string_view text,
+                    std::uint32_t textId) override;
+
 private:
-    void File(std::string_view prefix, CFindings& lines, const CReportFinding& finding, int exitBit);
     void WritePage(std::ostream& stream);
     void WriteHead(std::ostream& stream) const;
     void WriteSection(std::ostream& stream, std::size_t section) const;

@@ -7,7 +7,6 @@
 #include "capture/registry.h"
 #include "core/context.h"
 #include "report/file.h"
-#include "report/heading.h"
 #include "resources/strings.h"
 #include "tree/snapshot.h"
 
@@ -84,60 +83,13 @@ CString DumpText(std::string_view data) {
     return text;
 }
 
-void WriteValueCells(std::ostream& stream, const CDelvRegValObj& value) {
-    stream << "</TD><TD>" << ValueTypeName(value) << "</TD><TD>" << ValueDataText(value);
-}
-
-void WriteSide(std::ostream& stream, std::uint32_t labelId, const CDelvObj& object) {
-    stream << "<TR><TD></TD><TD>" << LoadResString(labelId);
-    WriteValueCells(stream, static_cast<const CDelvRegValObj&>(object));
-    stream << "</TD></TR>\n";
-}
-
-// Follows the hive of the entries written so far.
-class CHiveMark {
-public:
-    void Follow(std::ostream& stream, const CDelvObj& object, const CString& suffix) {
-        CString hive = HiveOf(object);
-        if (hive == m_strHive) return;
-        if (!m_strHive.empty()) stream << "<HR WIDTH=100%>\n";
-        stream << MakeAnchor("", hive + suffix);
-        m_strHive = std::move(hive);
-    }
-
-private:
-    CString m_strHive;
-};
-
 }  // namespace
 
 CString ValueTypeName(const CDelvRegValObj& value) {
-    std::uint32_t textId = IDS_BINARY;
-    switch (value.m_dwType) {
-        case REG_NONE:
-            textId = IDS_NONE;
-            break;
-        case REG_SZ:
-        case REG_EXPAND_SZ:
-            textId = IDS_STRING;
-            break;
-        case REG_DWORD:
-        case REG_DWORD_BIG_ENDIAN:
-            textId = IDS_DWORD;
-            break;
-        case REG_LINK:
-            textId = IDS_LINK;
-            break;
-        case REG_MULTI_SZ:
-            textId = IDS_STRINGS;
-            break;
-        case REG_RESOURCE_LIST:
-            textId = IDS_RESOURCE_LIST;
-            break;
-        default:
-            break;
-    }
-    return CString(LoadResString(textId));
+    // By the number of the type, from REG_NONE on; all others are binary.
+    static constexpr std::uint32_t kTextIds[] = {IDS_NONE,  IDS_STRING, IDS_STRING,  IDS_BINARY,       IDS_DWORD,
+                                                 IDS_DWORD, IDS_LINK,   IDS_STRINGS, IDS_RESOURCE_LIST};
+    return CString(LoadResString(value.m_dwType < std::size(kTextIds) ? kTextIds[value.m_dwType] : IDS_BINARY));
 }
 
 CString ValueDataText(const CDelvRegValObj& value) {
@@ -224,48 +176,18 @@ void CRegistryReport::WriteRawData(std::ostream& stream) {
                   {IDS_REGISTRY_RAW_DATA, IDS_REGISTRY_ADDITIONS, IDS_REGISTRY_DELETIONS, IDS_REGISTRY_CHANGES, "Reg"});
 }
 
-void CRegistryReport::WriteObjectList(std::ostream& stream, const CObjectList& list) {
-    CHeading heading;
-    CHiveMark hive;
-    for (CDelvObj* object : list) {
-        const bool moves = heading.Moves(*object);
-        if (moves && heading.WasOpen()) stream << kObjectGroupEnd;
-        hive.Follow(stream, *object, m_strAnchorSuffix);
-        if (moves) stream << "<DL>\n<DT>" << heading.GetName() << "\\</DT>\n<DD><TABLE>";
-        WriteChange(stream, *object);
-    }
-    if (heading.IsOpen()) stream << kObjectGroupEnd;
-}
-
-void CRegistryReport::WriteNameList(std::ostream& stream, const CDiffList& list) {
-    CHeading heading;
-    CHiveMark hive;
-    for (const auto& change : list) {
-        const bool moves = heading.Moves(*change->m_pObject);
-        if (moves && heading.WasOpen()) stream << kNameGroupEnd;
-        hive.Follow(stream, *change->m_pObject, m_strAnchorSuffix);
-        if (moves) stream << "<DL>\n<DT>" << heading.GetName() << "\\</DT>\n";
-        WriteChange(stream, *change);
-    }
-    if (heading.IsOpen()) stream << kNameGroupEnd;
-}
+CString CRegistryReport::GetPartOf(const CDelvObj& object) const { return HiveOf(object); }
 
 void CRegistryReport::WriteChange(std::ostream& stream, CDelvObj& item) {
-    if (IsExactly<CDelvDiffObj>(item)) {
-        const auto& change = static_cast<const CDelvDiffObj&>(item);
-        stream << "<DD><TABLE><TR>" << change.m_pObject->m_name << "</TR>\n";
-        WriteSide(stream, IDS_AFTER, *change.m_pObject);
-        WriteSide(stream, IDS_BEFORE, *change.m_pBaseline);
-        stream << "</TABLE>\n</DD>\n";
-        return;
-    }
-    stream << "<TR><TD>" << item.m_name;
-    if (IsKindOf<CDelvRegKeyObj>(item)) {
-        stream << "\\";
-    } else {
-        WriteValueCells(stream, static_cast<const CDelvRegValObj&>(item));
-    }
-    stream << "</TD></TR>\n";
+    const auto name = [](const CDelvObj& object) { return CString(object.m_name); };
+    WriteEntry(stream, item, name, [&stream](const CDelvObj& object) {
+        if (IsKindOf<CDelvRegKeyObj>(object)) {
+            stream << "\\";
+        } else {
+            const auto& value = static_cast<const CDelvRegValObj&>(object);
+            stream << "</TD><TD>" << ValueTypeName(value) << "</TD><TD>" << ValueDataText(value);
+        }
+    });
 }
 
 }  // namespace delvane

@@ -21,9 +21,6 @@ public:
     void WriteSummary(std::ostream& stream) override;
     void WriteDetails(std::ostream& stream) override;
     void WriteRawData(std::ostream& stream) override;
-    // As in the base; an anchor stands ahead of the first group of each hive, and a rule between two hives.
-    void WriteObjectList(std::ostream& stream, const CObjectList& list) override;
-    void WriteNameList(std::ostream& stream, const CDiffList& list) override;
     void WriteChange(std::ostream& stream, CDelvObj& item) override;
 
     // Files the finding on HKEY_CURRENT_USER with the first object of that hive.
@@ -34,13 +31,12 @@ public:
     std::uint32_t m_nValuesChanged = 0;
     std::uint32_t m_nValuesDeleted = 0;
     std::uint32_t m_nKeysDeleted = 0;
-    CString m_strAnchorSuffix;  // behind a hive's name in its anchor
     bool m_bHkcuReported = false;
     CFileReport* m_pFileReport = nullptr;  // the one beside this; set by the master's constructor
     CObjectList m_uninstallAdded;          // added keys and values under the Uninstall key
 
 protected:
-    void BeginRawList(std::string_view suffix) override { m_strAnchorSuffix = suffix; }
+    CString GetPartOf(const CDelvObj& object) const override;  // its hive
 
 private:
     void NoteUninstall(CDelvObj& object, const CString& fullName);
