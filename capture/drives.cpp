@@ -18,14 +18,8 @@ CDelvDriveObj::CDelvDriveObj(CDelvObj* parent, CArena& arena, std::string_view n
 
 // The kind and the volume stand ahead of the directory record. Version 1.3 had no volume.
 void CDelvDriveObj::Serialize(CArchive& archive) {
-    if (archive.IsStoring()) {
-        archive.WriteU32(m_nDriveType);
-        archive.WriteString(m_strVolume);
-    } else {
-        m_nDriveType = archive.ReadU32();
-        if (RootOf(*this).m_strVersion != "v1.3") m_strVolume = archive.ReadString();
-        m_bCaptured = true;
-    }
+    archive.Transfer(m_nDriveType);
+    if (archive.IsStoring() || RootOf(*this).m_strVersion != "v1.3") archive.Transfer(m_strVolume);
     CDelvDirObj::Serialize(archive);
 }
 
@@ -85,11 +79,7 @@ CDelvAllDrives::CDelvAllDrives(CTreeRoot& root) : CDelvDriveObj(&root, root.GetA
 CDelvDirObj* CDelvAllDrives::NewSubdir(CArena& arena) { return arena.New<CDelvDriveObj>(this, arena); }
 
 void CDelvAllDrives::Serialize(CArchive& archive) {
-    if (archive.IsStoring()) {
-        archive.WriteU32(m_dwDrives);
-    } else {
-        m_dwDrives = archive.ReadU32();
-    }
+    archive.Transfer(m_dwDrives);
     CDelvDirObj::Serialize(archive);
 }
 
@@ -140,10 +130,7 @@ CDelvObj* CDelvAllDrives::FindObject(std::string_view path) {
     if (path.ends_with('"')) path.remove_suffix(1);
     if (path.starts_with("\\??\\")) path.remove_prefix(4);
     if (path.size() < 2 || path[0] < 'A' || path[0] > 'Z' || path[1] != ':') return nullptr;
-    for (CDelvObj* drive : m_subdirs) {
-        if (CDelvObj* const found = drive->FindObject(path)) return found;
-    }
-    return nullptr;
+    return FindIn(m_subdirs, path);
 }
 
 }  // namespace delvane

@@ -27,20 +27,13 @@ std::string_view TextOf(const CDelvRegValObj& value) { return value.m_data.subst
 
 void CDelvExtObj::Serialize(CArchive& archive) {
     CDelvObj::Serialize(archive);
-    for (CTextRef* text : {&m_strFileType, &m_strIcon, &m_strOpenCommand}) {
-        if (archive.IsStoring()) {
-            archive.WriteString(*text);
-        } else {
-            *text = archive.ReadString();
-        }
-    }
-    if (archive.IsStoring()) {
-        archive.WriteU32(m_bNoOpen);
-    } else {
-        m_bNoOpen = archive.ReadU32();
-        m_pKey = RootOf(*this).FindObject(PathInClasses(m_name));
-        m_bCaptured = true;
-    }
+    archive.Transfer(m_strFileType);
+    archive.Transfer(m_strIcon);
+    archive.Transfer(m_strOpenCommand);
+    archive.Transfer(m_bNoOpen);
+    if (archive.IsStoring()) return;
+    m_pKey = RootOf(*this).FindObject(PathInClasses(m_name));
+    m_bCaptured = true;
 }
 
 bool CDelvExtObj::Compare(CDelvObj& other, CReportObj& report) {
@@ -85,20 +78,10 @@ CDelvAllExts::CDelvAllExts(CTreeRoot& root) : CDelvObj(&root), m_extensions(root
 
 void CDelvAllExts::Serialize(CArchive& archive) {
     CDelvObj::Serialize(archive);
-    if (archive.IsStoring()) {
-        archive.WriteCount(m_extensions.size());
-        for (CDelvObj* extension : m_extensions)
-            extension->Serialize(archive);
-        return;
-    }
-    const std::uint32_t count = archive.ReadCount(kSmallestRecord);
-    m_extensions.ReserveClaim(count);
-    for (std::uint32_t i = 0; i < count; ++i) {
-        CDelvExtObj* const extension = archive.GetArena().New<CDelvExtObj>(this);
-        m_extensions.push_back(extension);
-        extension->Serialize(archive);
+    CArena& arena = m_extensions.GetArena();
+    archive.TransferList(m_extensions, kSmallestRecord, [&] { return arena.New<CDelvExtObj>(this); });
+    for (CDelvObj* extension : m_extensions)
         m_byName[extension->m_name] = extension;
-    }
 }
 
 CDelvObj* CDelvAllExts::FindObject(std::string_view name) {

@@ -14,16 +14,6 @@ namespace {
 constexpr std::size_t kSmallestFileRecord = 2 + 9 * 4;
 constexpr std::size_t kSmallestDirRecord = kSmallestFileRecord + 2 * 4;
 
-void StoreTime(CArchive& archive, const FILETIME& time) {
-    archive.WriteU32(time.dwHighDateTime);
-    archive.WriteU32(time.dwLowDateTime);
-}
-
-FILETIME LoadTime(CArchive& archive) {
-    const std::uint32_t high = archive.ReadU32();
-    return {archive.ReadU32(), high};
-}
-
 void NoteExtension(std::string_view fileName, CDelvAllExts& extensions, CCaptureProgress* progress) {
     const std::string_view extension = ExtensionOf(fileName);
     if (!extension.empty()) extensions.AddFileExtension(MakeLower(extension), progress);
@@ -40,32 +30,13 @@ CDelvFileObj::CDelvFileObj(CDelvObj* parent, CTextRef name, const CFileWords& wo
 }
 
 void CDelvFileObj::Serialize(CArchive& archive) {
-    if (archive.IsStoring()) {
-        StoreNames(archive);
-        StoreWords(archive);
-    } else {
-        LoadNames(archive);
-        LoadWords(archive);
-    }
-}
-
-// Times are stored high word first, the reverse of their order in memory.
-void CDelvFileObj::StoreWords(CArchive& archive) const {
-    archive.WriteU32(m_dwAttributes);
-    StoreTime(archive, m_ftCreation);
-    StoreTime(archive, m_ftLastAccess);
-    StoreTime(archive, m_ftLastWrite);
-    archive.WriteU32(m_dwSizeHigh);
-    archive.WriteU32(m_dwSizeLow);
-}
-
-void CDelvFileObj::LoadWords(CArchive& archive) {
-    m_dwAttributes = archive.ReadU32();
-    m_ftCreation = LoadTime(archive);
-    m_ftLastAccess = LoadTime(archive);
-    m_ftLastWrite = LoadTime(archive);
-    m_dwSizeHigh = archive.ReadU32();
-    m_dwSizeLow = archive.ReadU32();
+    CDelvObj::Serialize(archive);
+    archive.Transfer(m_dwAttributes);
+    archive.Transfer(m_ftCreation);
+    archive.Transfer(m_ftLastAccess);
+    archive.Transfer(m_ftLastWrite);
+    archive.Transfer(m_dwSizeHigh);
+    archive.Transfer(m_dwSizeLow);
     m_bCaptured = true;
 }
 
@@ -90,31 +61,10 @@ CDelvDirObj* CDelvDirObj::NewSubdir(CArena& arena) { return arena.New<CDelvDirOb
 
 void CDelvDirObj::Serialize(CArchive& archive) {
     CDelvFileObj::Serialize(archive);
-    if (archive.IsStoring()) {
-        archive.WriteCount(m_files.size());
-        for (CDelvObj* file : m_files)
-            static_cast<CDelvFileObj*>(file)->CDelvFileObj::Serialize(archive);
-        archive.WriteCount(m_subdirs.size());
-        for (CDelvObj* subdir : m_subdirs)
-            subdir->Serialize(archive);
-        return;
-    }
     archive.Enter();
-    CArena& arena = archive.GetArena();
-    const std::uint32_t fileCount = archive.ReadCount(kSmallestFileRecord);
-    m_files.ReserveClaim(fileCount);
-    for (std::uint32_t i = 0; i < fileCount; ++i) {
-        CDelvFileObj* const file = arena.New<CDelvFileObj>(this);
-        m_files.push_back(file);
-        file->CDelvFileObj::Serialize(archive);
-    }
-    const std::uint32_t subdirCount = archive.ReadCount(kSmallestDirRecord);
-    m_subdirs.ReserveClaim(subdirCount);
-    for (std::uint32_t i = 0; i < subdirCount; ++i) {
-        CDelvDirObj* const subdir = NewSubdir(arena);
-        m_subdirs.push_back(subdir);
-        subdir->Serialize(archive);
-    }
+    CArena& arena = m_files.GetArena();
+    archive.TransferList(m_files, kSmallestFileRecord, [&] { return arena.New<CDelvFileObj>(this); });
+    archive.TransferList(m_subdirs, kSmallestDirRecord, [&] { return NewSubdir(arena); });
     archive.Leave();
 }
 
@@ -123,14 +73,9 @@ CDelvObj* CDelvDirObj::FindObject(std::string_view path) {
     if (CDelvObj::FindObject(SplitPath(rest, '\\')) == nullptr) return nullptr;
     if (rest.empty()) return this;
     if (rest.find('\\') == std::string_view::npos) {
-        for (CDelvObj* file : m_files) {
-            if (file->FindObject(rest) != nullptr) return file;
-        }
+        if (CDelvObj* const file = FindIn(m_files, rest)) return file;
     }
-    for (CDelvObj* subdir : m_subdirs) {
-        if (CDelvObj* const found = subdir->FindObject(rest)) return found;
-    }
-    return nullptr;
+    return FindIn(m_subdirs, rest);
 }
 
 bool CDelvDirObj::Compare(CDelvObj& other, CReportObj& report) {

@@ -21,10 +21,6 @@ public:
     void Serialize(CArchive& archive) override;
     bool Compare(CDelvObj& baseline, CReportObj& report) override;
     bool Capture(CCaptureProgress* progress) override;
-
-protected:
-    void StoreWords(CArchive& archive) const;
-    void LoadWords(CArchive& archive);
 };
 
 static_assert(sizeof(CDelvFileObj) <= 72,

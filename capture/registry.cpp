@@ -69,12 +69,11 @@ CDelvRegValObj::CDelvRegValObj(CDelvObj* parent, CArena& arena, CTextRef name, s
 
 void CDelvRegValObj::Serialize(CArchive& archive) {
     CDelvObj::Serialize(archive);
+    archive.Transfer(m_dwType);
     if (archive.IsStoring()) {
-        archive.WriteU32(m_dwType);
         archive.WriteCount(m_data.size());
         archive.WriteBytes(m_data);
     } else {
-        m_dwType = archive.ReadU32();
         m_data = archive.ReadBytes(archive.ReadU32());
         m_bCaptured = true;
     }
@@ -132,31 +131,10 @@ CDelvRegKeyObj::CDelvRegKeyObj(CDelvObj* parent, CArena& arena, CTextRef name) :
 
 void CDelvRegKeyObj::Serialize(CArchive& archive) {
     CDelvObj::Serialize(archive);
-    if (archive.IsStoring()) {
-        archive.WriteCount(m_values.size());
-        for (CDelvObj* value : m_values)
-            value->Serialize(archive);
-        archive.WriteCount(m_subkeys.size());
-        for (CDelvObj* key : m_subkeys)
-            key->Serialize(archive);
-        return;
-    }
     archive.Enter();
-    CArena& arena = archive.GetArena();
-    const std::uint32_t valueCount = archive.ReadCount(kSmallestRecord);
-    m_values.ReserveClaim(valueCount);
-    for (std::uint32_t i = 0; i < valueCount; ++i) {
-        CDelvRegValObj* const value = arena.New<CDelvRegValObj>(this);
-        m_values.push_back(value);
-        value->CDelvRegValObj::Serialize(archive);
-    }
-    const std::uint32_t keyCount = archive.ReadCount(kSmallestRecord);
-    m_subkeys.ReserveClaim(keyCount);
-    for (std::uint32_t i = 0; i < keyCount; ++i) {
-        CDelvRegKeyObj* const key = arena.New<CDelvRegKeyObj>(this, arena);
-        m_subkeys.push_back(key);
-        key->CDelvRegKeyObj::Serialize(archive);
-    }
+    CArena& arena = m_values.GetArena();
+    archive.TransferList(m_values, kSmallestRecord, [&] { return arena.New<CDelvRegValObj>(this); });
+    archive.TransferList(m_subkeys, kSmallestRecord, [&] { return arena.New<CDelvRegKeyObj>(this, arena); });
     archive.Leave();
 }
 
@@ -164,20 +142,14 @@ CDelvObj* CDelvRegKeyObj::FindObject(std::string_view path) {
     const std::size_t end = path.find('\\');
     if (mbsicmp(path.substr(0, end), m_name) != 0) return nullptr;
     if (end == std::string_view::npos || end + 1 == path.size()) return this;
-    return FindSubobject(path.substr(end + 1));
+    const std::string_view rest = path.substr(end + 1);
+    if (rest.find('\\') == std::string_view::npos) {
+        if (CDelvObj* const value = FindIn(m_values, rest)) return value;
+    }
+    return FindSubkey(rest);
 }
 
-CDelvObj* CDelvRegKeyObj::FindSubobject(std::string_view path) {
-    if (path.find('\\') == std::string_view::npos) {
-        for (CDelvObj* value : m_values) {
-            if (value->FindObject(path) != nullptr) return value;
-        }
-    }
-    for (CDelvObj* key : m_subkeys) {
-        if (CDelvObj* const found = key->FindObject(path)) return found;
-    }
-    return nullptr;
-}
+CDelvObj* CDelvRegKeyObj::FindSubkey(std::string_view path) { return FindIn(m_subkeys, path); }
 
 bool CDelvRegKeyObj::Compare(CDelvObj& other, CReportObj& report) {
     if (!CDelvObj::Compare(other, report)) return false;
@@ -278,7 +250,7 @@ void CDelvRegKeyObj::CaptureValue(CTextRef name, std::uint32_t type, std::string
     CArena& arena = m_values.GetArena();
     CDelvRegValObj* const value = arena.New<CDelvRegValObj>(this, arena, name, type, data);
     m_values.push_back(value);
-    if (!value->Capture(progress)) m_values.erase(m_values.end() - 1);
+    if (!value->Capture(progress)) m_values.pop_back();
 }
 
 // The machine's classes are left out: they come again as HKCR.
@@ -287,7 +259,7 @@ void CDelvRegKeyObj::CaptureSubkey(std::string_view name, CCaptureProgress* prog
     CArena& arena = m_subkeys.GetArena();
     CDelvRegKeyObj* const key = arena.New<CDelvRegKeyObj>(this, arena, arena.Copy(name));
     m_subkeys.push_back(key);
-    if (!key->Capture(progress)) m_subkeys.erase(m_subkeys.end() - 1);
+    if (!key->Capture(progress)) m_subkeys.pop_back();
 }
 
 CDelvRegHiveObj::CDelvRegHiveObj(CDelvObj* parent, CArena& arena, CTextRef name)
@@ -296,36 +268,23 @@ CDelvRegHiveObj::CDelvRegHiveObj(CDelvObj* parent, CArena& arena, CTextRef name)
 }
 
 void CDelvRegHiveObj::Serialize(CArchive& archive) {
-    if (archive.IsStoring()) {
-        archive.WriteU32(m_hKey);
-    } else {
-        m_hKey = archive.ReadU32();
-    }
+    archive.Transfer(m_hKey);
     CDelvRegKeyObj::Serialize(archive);
 }
 
-CDelvObj* CDelvRegHiveObj::FindSubobject(std::string_view path) {
+CDelvObj* CDelvRegHiveObj::FindSubkey(std::string_view path) {
     constexpr std::size_t kFewSubkeys = 32;
-    if (m_subkeys.size() < kFewSubkeys) return CDelvRegKeyObj::FindSubobject(path);
-    const std::size_t end = path.find('\\');
-    if (end == std::string_view::npos) {
-        for (CDelvObj* value : m_values) {
-            if (value->FindObject(path) != nullptr) return value;
-        }
-    }
+    if (m_subkeys.size() < kFewSubkeys) return CDelvRegKeyObj::FindSubkey(path);
+    const auto sortsBefore = [](std::string_view a, std::string_view b) { return mbsicmp(a, b) < 0; };
     if (m_byFoldedName.size() != m_subkeys.size()) {
         m_byFoldedName = CNodeList(m_subkeys.GetArena());
         for (CDelvObj* key : m_subkeys)
             m_byFoldedName.push_back(key);
-        std::stable_sort(m_byFoldedName.begin(), m_byFoldedName.end(),
-                         [](const CDelvObj* a, const CDelvObj* b) { return mbsicmp(a->m_name, b->m_name) < 0; });
+        std::ranges::stable_sort(m_byFoldedName, sortsBefore, &CDelvObj::m_name);
     }
-    const std::string_view name = path.substr(0, end);
-    CDelvObj** key = std::lower_bound(
-        m_byFoldedName.begin(), m_byFoldedName.end(), name,
-        [](const CDelvObj* node, std::string_view wanted) { return mbsicmp(node->m_name, wanted) < 0; });
-    for (; key != m_byFoldedName.end() && mbsicmp((*key)->m_name, name) == 0; ++key) {
-        if (CDelvObj* const found = (*key)->FindObject(path)) return found;
+    const std::string_view name = path.substr(0, path.find('\\'));
+    for (CDelvObj* key : std::ranges::equal_range(m_byFoldedName, name, sortsBefore, &CDelvObj::m_name)) {
+        if (CDelvObj* const found = key->FindObject(path)) return found;
     }
     return nullptr;
 }
@@ -362,28 +321,12 @@ CDelvAllReg::CDelvAllReg(CTreeRoot& root) : CDelvRegHiveObj(&root, root.GetArena
 
 void CDelvAllReg::Serialize(CArchive& archive) {
     CDelvObj::Serialize(archive);
-    if (archive.IsStoring()) {
-        archive.WriteCount(m_subkeys.size());
-        for (CDelvObj* hive : m_subkeys)
-            hive->Serialize(archive);
-        return;
-    }
-    CArena& arena = archive.GetArena();
-    const std::uint32_t count = archive.ReadCount(kSmallestHiveRecord);
-    m_subkeys.ReserveClaim(count);
-    for (std::uint32_t i = 0; i < count; ++i) {
-        CDelvRegHiveObj* const hive = arena.New<CDelvRegHiveObj>(this, arena);
-        m_subkeys.push_back(hive);
-        hive->Serialize(archive);
-    }
+    CArena& arena = m_subkeys.GetArena();
+    archive.TransferList(m_subkeys, kSmallestHiveRecord, [&] { return arena.New<CDelvRegHiveObj>(this, arena); });
 }
 
 CDelvObj* CDelvAllReg::FindObject(std::string_view path) {
-    if (!path.starts_with("HK")) return nullptr;
-    for (CDelvObj* hive : m_subkeys) {
-        if (CDelvObj* const found = hive->FindObject(path)) return found;
-    }
-    return nullptr;
+    return path.starts_with("HK") ? FindIn(m_subkeys, path) : nullptr;
 }
 
 bool CDelvAllReg::Compare(CDelvObj& baseline, CReportObj& report) {

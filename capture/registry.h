@@ -57,8 +57,8 @@ public:
     CNodeList m_values;   // of CDelvRegValObj
 
 protected:
-    // FindObject for what lies below this key.
-    virtual CDelvObj* FindSubobject(std::string_view path);
+    // FindObject for a path that begins with the name of a subkey.
+    virtual CDelvObj* FindSubkey(std::string_view path);
 
 private:
     void CaptureContents(HKEY key, CCaptureProgress* progress);
@@ -81,7 +81,7 @@ public:
     void CloseKey() override {}
 
 protected:
-    CDelvObj* FindSubobject(std::string_view path) override;
+    CDelvObj* FindSubkey(std::string_view path) override;
 
 private:
     // The subkeys in the order of their names without case: HKCR has ten thousand, and every extension is looked up

@@ -1,7 +1,5 @@
 #include "tree/archive.h"
 
-#include "tree/node.h"
-
 namespace delvane {
 CArchiveError::CArchiveError(std::size_t offset, std::string_view reason, std::string_view fault)
     : std::runtime_error(CString(fault) + " at byte " + std::to_string(offset) + ": " + CString(reason)),
@@ -34,7 +32,7 @@ std::uint32_t CArchive::ReadCount(std::size_t smallestRecord) {
 }
 
 void CArchive::Enter() {
-    if (++m_nDepth > kMaxDepth) {
+    if (++m_nDepth > kMaxDepth && !IsStoring()) {
         throw CArchiveError(GetOffset(), "nested more than " + std::to_string(kMaxDepth) + " levels deep");
     }
 }

@@ -12,11 +12,9 @@
 #include "platform/host.h"
 #include "platform/machine.h"
 #include "tree/arena.h"
-#include "tree/text_ref.h"
+#include "tree/node.h"
 
 namespace delvane {
-
-class CDelvObj;
 
 static_assert(std::endian::native == std::endian::little, "values are copied as the file holds them");
 
@@ -38,14 +36,39 @@ private:
 // keeps for as long as its tree lives. Storing goes through a buffer into a file writer and throws what that throws.
 class CArchive {
 public:
-    CArchive(std::string_view bytes, CArena& arena)
-        : m_pBegin(bytes.data()), m_pNext(bytes.data()), m_pEnd(bytes.data() + bytes.size()), m_pArena(&arena) {}
+    explicit CArchive(std::string_view bytes)
+        : m_pBegin(bytes.data()), m_pNext(bytes.data()), m_pEnd(bytes.data() + bytes.size()) {}
     explicit CArchive(CFileWriter& file);
 
     bool IsStoring() const { return m_pFile != nullptr; }
 
+    // Each stores what stands in its argument, or loads it from the file.
+    void Transfer(std::uint32_t& word) { IsStoring() ? WriteU32(word) : void(word = ReadU32()); }
+    void Transfer(CTextRef& text) { IsStoring() ? WriteString(text) : void(text = ReadString()); }
+    void Transfer(FILETIME& time) {  // the high word first, the reverse of their order in memory
+        Transfer(time.dwHighDateTime);
+        Transfer(time.dwLowDateTime);
+    }
+    // The count and the records of a list. A record has at least `smallestRecord` bytes; `make` gives the node that is
+    // to be loaded next.
+    template <class Make>
+    void TransferList(CNodeList& list, std::size_t smallestRecord, Make make) {
+        if (IsStoring()) {
+            WriteCount(list.size());
+            for (CDelvObj* node : list)
+                node->Serialize(*this);
+            return;
+        }
+        const std::uint32_t count = ReadCount(smallestRecord);
+        list.ReserveClaim(count);
+        for (std::uint32_t i = 0; i < count; ++i) {
+            CDelvObj* const node = make();
+            list.push_back(node);
+            node->Serialize(*this);
+        }
+    }
+
     // Loading.
-    CArena& GetArena() const { return *m_pArena; }  // where the nodes of the file go
     std::size_t GetOffset() const { return static_cast<std::size_t>(m_pNext - m_pBegin); }
     std::uint32_t ReadU32() { return ReadWord<std::uint32_t>(); }
     CTextRef ReadString() {
@@ -64,7 +87,8 @@ public:
     // The count of a list whose records have at least `smallestRecord` bytes. It is taken as signed, 0 and below mean
     // none, and a count that the rest of the file cannot hold is an error: a count is a claim, not a size to allocate.
     std::uint32_t ReadCount(std::size_t smallestRecord);
-    // Refuses to go deeper than a walk goes: kMaxTreeDepth directories, the set above them and a leaf below.
+    // While it loads, refuses to go deeper than a walk goes: kMaxTreeDepth directories, the set above them and a leaf
+    // below.
     void Enter();
     void Leave() { --m_nDepth; }
 
@@ -115,7 +139,6 @@ private:
     const char* m_pBegin = nullptr;
     const char* m_pNext = nullptr;
     const char* m_pEnd = nullptr;
-    CArena* m_pArena = nullptr;
     std::uint32_t m_nDepth = 0;
 
     CFileWriter* m_pFile = nullptr;

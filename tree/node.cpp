@@ -10,25 +10,9 @@
 namespace delvane {
 
 void CDelvObj::Serialize(CArchive& archive) {
-    if (archive.IsStoring()) {
-        StoreNames(archive);
-    } else {
-        LoadNames(archive);
-    }
-}
-
-void CDelvObj::StoreNames(CArchive& archive) const {
-    archive.WriteString(m_name);
-    if (m_bComposed) {
-        archive.WritePath(*m_pParent, m_name);
-    } else {
-        archive.WriteString(m_fullName);
-    }
-}
-
-void CDelvObj::LoadNames(CArchive& archive) {
-    m_name = archive.ReadString();
-    m_fullName = archive.ReadString();
+    archive.Transfer(m_name);
+    if (archive.IsStoring() && m_bComposed) return archive.WritePath(*m_pParent, m_name);
+    archive.Transfer(m_fullName);
     m_bComposed = false;
 }
 
@@ -104,11 +88,6 @@ void CDelvObj::InsertSorted(CNodeList& list) {
     list.insert(std::upper_bound(list.begin(), list.end(), this, sortsBefore), this);
 }
 
-void CDelvObj::RemoveFrom(CNodeList& list) {
-    CDelvObj** const position = std::find(list.begin(), list.end(), this);
-    if (position != list.end()) list.erase(position);
-}
-
 void SortByName(CNodeList& list) {
     const auto sortsBefore = [](const CDelvObj* a, const CDelvObj* b) { return mbscmp(a->m_name, b->m_name) < 0; };
     if (std::is_sorted(list.begin(), list.end(), sortsBefore)) return;
@@ -124,6 +103,13 @@ void SortByName(CNodeList& list) {
         return a.m_nHead != b.m_nHead ? a.m_nHead < b.m_nHead : sortsBefore(a.m_pNode, b.m_pNode);
     });
     std::transform(entries.begin(), entries.end(), list.begin(), [](const CEntry& entry) { return entry.m_pNode; });
+}
+
+CDelvObj* FindIn(const CNodeList& list, std::string_view path) {
+    for (CDelvObj* node : list) {
+        if (CDelvObj* const found = node->FindObject(path)) return found;
+    }
+    return nullptr;
 }
 
 CDelvDiffObj::CDelvDiffObj(CDelvObj& object, CDelvObj& baseline)

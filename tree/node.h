@@ -56,8 +56,6 @@ public:
 
     // Puts this node behind all that do not sort behind it. Names usually arrive in order, so the tail is tried first.
     void InsertSorted(CNodeList& list);
-    // Takes this very node out of the list, if it is there.
-    void RemoveFrom(CNodeList& list);
 
     CTextRef m_name;
     CTextRef m_fullName;            // empty while m_bComposed is set
@@ -66,8 +64,6 @@ public:
     bool m_bComposed = false;       // the full name is the parent's, a backslash and the name, and is not kept
 
 protected:
-    void StoreNames(CArchive& archive) const;
-    void LoadNames(CArchive& archive);
     // The full path as the record holds it: m_fullName, or what it is composed of.
     CString GetStoredFullName() const;
     bool HasSameFullName(const CDelvObj& other) const;
@@ -93,6 +89,9 @@ private:
 
 // Brings siblings that stand in the order of their coming into the order of their names; equal names keep theirs.
 void SortByName(CNodeList& list);
+
+// The first that any node of the list finds, in their order; null if none does.
+CDelvObj* FindIn(const CNodeList& list, std::string_view path);
 
 // Merges two sorted lists: Compare on the Current's node for a name in both, ReportAdded or ReportDeleted for a name
 // in one.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cassert>
 #include <cstring>
 
 namespace delvane {
@@ -35,12 +34,6 @@ void CNodeList::insert(CDelvObj** position, CDelvObj* node) {
     std::memmove(m_pNodes + index + 1, m_pNodes + index, (m_nCount - index) * sizeof(void*));
     m_pNodes[index] = node;
     ++m_nCount;
-}
-
-void CNodeList::erase(CDelvObj** position) {
-    assert(position >= begin() && position < end());
-    std::copy(position + 1, end(), position);
-    --m_nCount;
 }
 
 }  // namespace delvane

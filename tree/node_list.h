@@ -26,7 +26,7 @@ public:
 
     void push_back(CDelvObj* node) { insert(end(), node); }
     void insert(CDelvObj** position, CDelvObj* node);
-    void erase(CDelvObj** position);
+    void pop_back() { --m_nCount; }
     // Room for a list that claims to hold that many nodes. A claim far above what most lists hold is not believed at
     // once: the list grows when the nodes come.
     void ReserveClaim(std::size_t count);

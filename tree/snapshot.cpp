@@ -100,14 +100,14 @@ bool CSnapshot::Load() {
     try {
         // The head tells whether the rest is worth reading.
         const CFileBytes head = host.ReadFileHead(GetLoadPath(), kHeadSize);
-        CArchive archive(head.GetBytes(), GetArena());
+        CArchive archive(head.GetBytes());
         if (!LoadHead(archive)) return false;
         m_file = host.ReadFile(GetLoadPath(), kLargestFile);
     } catch (const CFileOpenError& error) {
         m_strError = error.what();
         return false;
     }
-    CArchive archive(m_file.GetBytes(), GetArena());
+    CArchive archive(m_file.GetBytes());
     archive.ReadBytes(kHeadSize);
     Serialize(archive);
     return true;
@@ -121,7 +121,7 @@ bool CSnapshot::LoadIdentity() {
         m_strError = error.what();
         return false;
     }
-    CArchive archive(m_file.GetBytes(), GetArena());
+    CArchive archive(m_file.GetBytes());
     if (!LoadHead(archive)) return false;
     SerializeIdentity(archive);
     return true;
@@ -165,13 +165,7 @@ void CSnapshot::SerializeIdentity(CArchive& archive) {
             *text = archive.ReadString().Get();
         }
     }
-    if (archive.IsStoring()) {
-        archive.WriteU32(m_ftCreated.dwHighDateTime);
-        archive.WriteU32(m_ftCreated.dwLowDateTime);
-    } else {
-        m_ftCreated.dwHighDateTime = archive.ReadU32();
-        m_ftCreated.dwLowDateTime = archive.ReadU32();
-    }
+    archive.Transfer(m_ftCreated);
 }
 
 void CSnapshot::Serialize(CArchive& archive) {
