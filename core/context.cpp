@@ -1,7 +1,6 @@
 #include "core/context.h"
 
 #include <algorithm>
-#include <array>
 #include <iostream>
 
 #include "core/drive_names.h"
@@ -10,7 +9,47 @@ namespace delvane {
 
 CRunContext theContext;
 
-CRunContext::~CRunContext() = default;
+namespace {
+
+// A folder of the machine: where it is kept, and its place under the profiles of a machine without a folder library.
+struct CFolder {
+    int m_kind;
+    CString CRunContext::*m_cache;
+    const char* m_tail = "";
+    const char* m_win9xName = nullptr;  // null for a common folder
+};
+
+constexpr CFolder kFolders[] = {
+    {CSIDL_WINDOWS, &CRunContext::m_strWindowsDir},
+    {CSIDL_SYSTEM, &CRunContext::m_strSystemDir},
+    {CSIDL_PROGRAM_FILES, &CRunContext::m_strProgramFiles},
+    {CSIDL_PERSONAL, &CRunContext::m_strPersonal, "\\Personal", "My Documents"},
+    {CSIDL_STARTMENU, &CRunContext::m_strStartMenu, "\\Start Menu", "Start Menu"},
+    {CSIDL_COMMON_STARTMENU, &CRunContext::m_strCommonStartMenu, "\\Start Menu"},
+    {CSIDL_APPDATA, &CRunContext::m_strAppData, "\\Application Data", "Application Data"},
+    {CSIDL_LOCAL_APPDATA, &CRunContext::m_strLocalAppData, "\\Local Settings\\Application Data",
+     "Local Settings\\Application Data"},
+    {CSIDL_COMMON_APPDATA, &CRunContext::m_strCommonAppData, "\\Application Data"},
+    {CSIDL_COMMON_DOCUMENTS, &CRunContext::m_strCommonDocuments, "\\Personal"},
+};
+
+// Where a machine without a folder library has the folder.
+CString FallbackFolder(const CFolder& folder) {
+    if (folder.m_kind == CSIDL_PROGRAM_FILES) return theContext.m_strSystemDrive + "\\Program Files";
+    const CString profiles = theContext.m_strWindowsDir + "\\Profiles\\";
+    if (folder.m_win9xName == nullptr) return theContext.m_bWinNT4 ? profiles + "All Users" + folder.m_tail : CString();
+    if (theContext.m_bWin2000) return {};
+    CFileWords words;
+    const CString path = profiles + theContext.m_strUserName + folder.m_tail;
+    if (theContext.m_bWinNT4 || theContext.GetMachine().FindPath(path, words) == ERROR_SUCCESS) return path;
+    return theContext.m_strWindowsDir + "\\" + folder.m_win9xName;
+}
+
+bool HasNoCase(const CStringList& list, std::string_view text) {
+    return std::ranges::any_of(list, [&](const CString& entry) { return mbsicmp(entry, text) == 0; });
+}
+
+}  // namespace
 
 void CRunContext::Initialize() {
     TellNotices();
@@ -105,81 +144,17 @@ bool CRunContext::IsDriveSelected(std::string_view name) const {
     }
 }
 
-bool CRunContext::IsDirAllowed(std::string_view path) const {
-    for (const CString& skipped : m_lstSkipDirs) {
-        if (mbsicmp(skipped, path) == 0) return false;
-    }
-    return true;
-}
+bool CRunContext::IsDirAllowed(std::string_view path) const { return !HasNoCase(m_lstSkipDirs, path); }
 
-bool CRunContext::IsNameAllowed(std::string_view name) const {
-    for (const CString& skipped : m_lstSkipNames) {
-        if (mbsicmp(skipped, name) == 0) return false;
-    }
-    return true;
-}
-
-CString* CRunContext::GetFolderCache(int kind) {
-    switch (kind) {
-        case CSIDL_PERSONAL:
-            return &m_strPersonal;
-        case CSIDL_STARTMENU:
-            return &m_strStartMenu;
-        case CSIDL_COMMON_STARTMENU:
-            return &m_strCommonStartMenu;
-        case CSIDL_APPDATA:
-            return &m_strAppData;
-        case CSIDL_LOCAL_APPDATA:
-            return &m_strLocalAppData;
-        case CSIDL_COMMON_APPDATA:
-            return &m_strCommonAppData;
-        case CSIDL_WINDOWS:
-            return &m_strWindowsDir;
-        case CSIDL_SYSTEM:
-            return &m_strSystemDir;
-        case CSIDL_PROGRAM_FILES:
-            return &m_strProgramFiles;
-        case CSIDL_COMMON_DOCUMENTS:
-            return &m_strCommonDocuments;
-        default:
-            return nullptr;
-    }
-}
+bool CRunContext::IsNameAllowed(std::string_view name) const { return !HasNoCase(m_lstSkipNames, name); }
 
 const CString* CRunContext::GetFolder(int kind) {
-    CString* const cache = GetFolderCache(kind);
-    if (cache == nullptr || kind == CSIDL_WINDOWS || kind == CSIDL_SYSTEM || !cache->empty()) return cache;
-    if (!m_pfnGetFolderPath || !m_pfnGetFolderPath(kind, *cache)) *cache = GetFallbackFolder(kind);
-    return cache;
-}
-
-CString CRunContext::GetFallbackFolder(int kind) const {
-    struct CFallback {
-        int m_kind;
-        const char* m_tail;
-        const char* m_win9xName;  // null for a common folder
-    };
-    static constexpr std::array<CFallback, 7> kFallbacks = {{
-        {CSIDL_PERSONAL, "\\Personal", "My Documents"},
-        {CSIDL_STARTMENU, "\\Start Menu", "Start Menu"},
-        {CSIDL_COMMON_STARTMENU, "\\Start Menu", nullptr},
-        {CSIDL_APPDATA, "\\Application Data", "Application Data"},
-        {CSIDL_LOCAL_APPDATA, "\\Local Settings\\Application Data", "Local Settings\\Application Data"},
-        {CSIDL_COMMON_APPDATA, "\\Application Data", nullptr},
-        {CSIDL_COMMON_DOCUMENTS, "\\Personal", nullptr},
-    }};
-    if (kind == CSIDL_PROGRAM_FILES) return m_strSystemDrive + "\\Program Files";
-    for (const CFallback& fallback : kFallbacks) {
-        if (fallback.m_kind != kind) continue;
-        const CString profiles = m_strWindowsDir + "\\Profiles\\";
-        if (fallback.m_win9xName == nullptr) return m_bWinNT4 ? profiles + "All Users" + fallback.m_tail : CString();
-        if (m_bWin2000) return {};
-        CFileWords words;
-        const CString path = profiles + m_strUserName + fallback.m_tail;
-        if (m_bWinNT4 || GetMachine().FindPath(path, words) == ERROR_SUCCESS) return path;
-        return m_strWindowsDir + "\\" + fallback.m_win9xName;
-    }
-    return {};
+    const auto* const folder = std::ranges::find(kFolders, kind, &CFolder::m_kind);
+    if (folder == std::end(kFolders)) return nullptr;
+    CString& path = this->*folder->m_cache;
+    const bool isKnown = !path.empty() || kind == CSIDL_WINDOWS || kind == CSIDL_SYSTEM;
+    if (!isKnown && (!m_pfnGetFolderPath || !m_pfnGetFolderPath(kind, path))) path = FallbackFolder(*folder);
+    return &path;
 }
 
 const CString& CRunContext::GetResultsDir() {

@@ -25,7 +25,6 @@ using CStringList = std::vector<CString>;
 class CRunContext {
 public:
     CRunContext() = default;
-    virtual ~CRunContext();
     CRunContext(const CRunContext&) = delete;
     CRunContext& operator=(const CRunContext&) = delete;
 
@@ -129,8 +128,6 @@ private:
     void Notice(const CString& sentence);
     void ReadSystemVersion();
     void FillSkipLists();
-    CString* GetFolderCache(int kind);
-    CString GetFallbackFolder(int kind) const;
     CString GetConfigPath() const { return m_strProgramDir + "\\delvane.cfg"; }
     CString GetErrorLogPath() const { return m_strProgramDir + "\\delvane.err"; }
 
