@@ -7,12 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include "capture/executable.h"
 #include "report/base.h"
 
 namespace delvane {
-
-class CDelvExeObj;
-class CDelvFileObj;
 
 // The areas that files belong into.
 enum class EFolderArea { kProgramFiles, kWindows, kStartMenu, kAppData, kDocuments };
@@ -23,9 +21,6 @@ unsigned FindFolderAreas(std::string_view fullName);
 // The folders that sort the files are those of the machine and the user that compare, not of the snapshots.
 class CFileReport : public CReportObj {
 public:
-    CFileReport();
-    ~CFileReport() override;
-
     void AddChanged(CDelvObj& object, CDelvObj& baseline) override;
     void AddDeleted(CDelvObj& object) override;
     void AddAdded(CDelvObj& object) override;

@@ -5,7 +5,6 @@
 #include <span>
 
 #include "capture/drives.h"
-#include "capture/executable.h"
 #include "core/context.h"
 #include "report/file.h"
 #include "resources/strings.h"
@@ -45,9 +44,6 @@ unsigned FindFolderAreas(std::string_view fullName) {
     look(EFolderArea::kDocuments, kDocuments);
     return areas;
 }
-
-CFileReport::CFileReport() = default;
-CFileReport::~CFileReport() = default;
 
 // The three groups do not exclude each other; within a group the first folder that fits takes the object.
 template <class List, class... Baseline>

@@ -2,7 +2,6 @@
 #include <array>
 #include <cmath>
 
-#include "capture/executable.h"
 #include "report/file.h"
 
 namespace delvane {
@@ -27,109 +26,101 @@ CString SizeText(const CDelvFileObj& file) {
     return DecimalText(size) + " bytes" + exact;
 }
 
-}  // namespace
-
 // The rows of the summary and the blocks of details and raw data, in the order of the page.
-struct CFileReportTables {
-    struct CCounter {
-        std::string_view m_label;
-        std::uint32_t CFileReport::*m_count;
-        std::string_view m_anchor;
-    };
-    // A block stands for a list of nodes or of changes. Its row in the summary may be absent: the raw data's is among
-    // the counters.
-    struct CBlock {
-        std::string_view m_label;
-        std::string_view m_title;
-        std::string_view m_anchor;
-        CObjectList CFileReport::*m_objects;
-        CDiffList CFileReport::*m_changes;
 
-        std::size_t GetCount(const CFileReport& report) const {
-            return m_objects != nullptr ? (report.*m_objects).size() : (report.*m_changes).size();
-        }
-    };
+struct CCounter {
+    std::string_view m_label;
+    std::uint32_t CFileReport::*m_count;
+    std::string_view m_anchor;
+};
+// A block stands for a list of nodes or of changes. Its row in the summary may be absent: the raw data's is among
+// the counters.
+struct CBlock {
+    std::string_view m_label;
+    std::string_view m_title;
+    std::string_view m_anchor;
+    CObjectList CFileReport::*m_objects;
+    CDiffList CFileReport::*m_changes = nullptr;
 
-    static constexpr std::array<CCounter, 5> kCounters = {{
-        {"Files Added:", &CFileReport::m_nFilesAdded, "FileAdd"},
-        {"Directories Added:", &CFileReport::m_nDirsAdded, "FileAdd"},
-        {"Files Deleted:", &CFileReport::m_nFilesDeleted, "FileDel"},
-        {"Directories Deleted:", &CFileReport::m_nDirsDeleted, "FileDel"},
-        {"Files Changed:", &CFileReport::m_nFilesChanged, "FileChg"},
-    }};
-
-    static constexpr std::array<CBlock, 17> kDetails = {{
-        {"Kernel Mode Exes:", "Kernel Mode Executables Installed/Replaced", "KrnlAdd", &CFileReport::m_exesKernelMode,
-         nullptr},
-        {"16-bit Exes:", "16-bit Executables Installed/Replaced", "16btAdd", &CFileReport::m_exes16Bit, nullptr},
-        {"Program Files Exes:", "Executables Added to Program Files", "PrgmAdd", &CFileReport::m_exesProgramFiles,
-         nullptr},
-        {"System Dir Exes Added:", "Executables Added to System Directory", "SyseAdd", &CFileReport::m_exesSystemAdded,
-         nullptr},
-        {"System Dir Exes Changed:", "Executables Changed in the System Directory", "SyseChg",
-         &CFileReport::m_exesSystemChanged, nullptr},
-        {"Other Exes Added:", "Other Executables Added", "ExesAdd", &CFileReport::m_exesOtherAdded, nullptr},
-        {"Exes Replaced:", "Executables that were Replaced", "ExesChg", &CFileReport::m_exesReplaced, nullptr},
-        {"Start Menu Additions:", "Entries Added to the Start Menu", "StrtAdd", &CFileReport::m_startAdded, nullptr},
-        {"Start Menu Deletions:", "Entries Removed from the Start Menu", "StrtDel", &CFileReport::m_startDeleted,
-         nullptr},
-        {"Start Menu Changes:", "Entries Changed on the Start Menu", "StrtChg", nullptr, &CFileReport::m_startChanged},
-        {"App Data Additions:", "Files Added to Application Data", "AppdAdd", &CFileReport::m_appDataAdded, nullptr},
-        {"App Data Deletions:", "Files Removed from Application Data", "AppdDel", &CFileReport::m_appDataDeleted,
-         nullptr},
-        {"App Data Changes:", "Files Changed in Application Data", "AppdChg", nullptr, &CFileReport::m_appDataChanged},
-        {"Doc Dir Additions:", "Files Added to Document Directories", "DocdAdd", &CFileReport::m_docsAdded, nullptr},
-        {"Doc Dir Deletions:", "Files Removed from Document Directories", "DocdDel", &CFileReport::m_docsDeleted,
-         nullptr},
-        {"Doc Dir Changes:", "Files Changed in Document Directories", "DocdChg", nullptr, &CFileReport::m_docsChanged},
-        {"Files Outside of Appropriate Areas:", "Files Added Outside of the Appropriate Directories", "OtherAdd",
-         &CFileReport::m_otherAdded, nullptr},
-    }};
-
-    static constexpr std::array<CBlock, 3> kRawData = {{
-        {{}, "Files Added", "FileAdd", &CFileReport::m_added, nullptr},
-        {{}, "Files Deleted", "FileDel", &CFileReport::m_deleted, nullptr},
-        {{}, "Files Changed", "FileChg", nullptr, &CFileReport::m_changed},
-    }};
-
-    static void WriteRow(std::ostream& stream, std::string_view label, std::size_t count, std::string_view anchor) {
-        stream << "<TR><TD>" << MakeLink(label, count, anchor) << "</TD><TD>" << count << "</TD></TR>\n";
-    }
-
-    static void WriteBlock(CFileReport& report, std::ostream& stream, const CBlock& block) {
-        if (block.GetCount(report) == 0) return;
-        stream << "<HR WIDTH=100%>\n<H4>" << MakeAnchor(block.m_title, block.m_anchor) << "</H4>\n";
-        if (block.m_objects != nullptr) {
-            report.WriteObjectList(stream, report.*block.m_objects);
-        } else {
-            report.WriteNameList(stream, report.*block.m_changes);
-        }
+    std::size_t GetCount(const CFileReport& report) const {
+        return m_objects != nullptr ? (report.*m_objects).size() : (report.*m_changes).size();
     }
 };
 
-void CFileReport::WriteSummary(std::ostream& stream) {
-    using Tables = CFileReportTables;
-    stream << "<TABLE><TR><TH>Summary of File Changes</TH></TR>\n";
-    for (const Tables::CCounter& row : Tables::kCounters) {
-        Tables::WriteRow(stream, row.m_label, this->*row.m_count, row.m_anchor);
+constexpr std::array<CCounter, 5> kCounters = {{
+    {"Files Added:", &CFileReport::m_nFilesAdded, "FileAdd"},
+    {"Directories Added:", &CFileReport::m_nDirsAdded, "FileAdd"},
+    {"Files Deleted:", &CFileReport::m_nFilesDeleted, "FileDel"},
+    {"Directories Deleted:", &CFileReport::m_nDirsDeleted, "FileDel"},
+    {"Files Changed:", &CFileReport::m_nFilesChanged, "FileChg"},
+}};
+
+constexpr std::array<CBlock, 17> kDetails = {{
+    {"Kernel Mode Exes:", "Kernel Mode Executables Installed/Replaced", "KrnlAdd", &CFileReport::m_exesKernelMode},
+    {"16-bit Exes:", "16-bit Executables Installed/Replaced", "16btAdd", &CFileReport::m_exes16Bit},
+    {"Program Files Exes:", "Executables Added to Program Files", "PrgmAdd", &CFileReport::m_exesProgramFiles},
+    {"System Dir Exes Added:", "Executables Added to System Directory", "SyseAdd", &CFileReport::m_exesSystemAdded},
+    {"System Dir Exes Changed:", "Executables Changed in the System Directory", "SyseChg",
+     &CFileReport::m_exesSystemChanged},
+    {"Other Exes Added:", "Other Executables Added", "ExesAdd", &CFileReport::m_exesOtherAdded},
+    {"Exes Replaced:", "Executables that were Replaced", "ExesChg", &CFileReport::m_exesReplaced},
+    {"Start Menu Additions:", "Entries Added to the Start Menu", "StrtAdd", &CFileReport::m_startAdded},
+    {"Start Menu Deletions:", "Entries Removed from the Start Menu", "StrtDel", &CFileReport::m_startDeleted},
+    {"Start Menu Changes:", "Entries Changed on the Start Menu", "StrtChg", nullptr, &CFileReport::m_startChanged},
+    {"App Data Additions:", "Files Added to Application Data", "AppdAdd", &CFileReport::m_appDataAdded},
+    {"App Data Deletions:", "Files Removed from Application Data", "AppdDel", &CFileReport::m_appDataDeleted},
+    {"App Data Changes:", "Files Changed in Application Data", "AppdChg", nullptr, &CFileReport::m_appDataChanged},
+    {"Doc Dir Additions:", "Files Added to Document Directories", "DocdAdd", &CFileReport::m_docsAdded},
+    {"Doc Dir Deletions:", "Files Removed from Document Directories", "DocdDel", &CFileReport::m_docsDeleted},
+    {"Doc Dir Changes:", "Files Changed in Document Directories", "DocdChg", nullptr, &CFileReport::m_docsChanged},
+    {"Files Outside of Appropriate Areas:", "Files Added Outside of the Appropriate Directories", "OtherAdd",
+     &CFileReport::m_otherAdded},
+}};
+
+constexpr std::array<CBlock, 3> kRawData = {{
+    {{}, "Files Added", "FileAdd", &CFileReport::m_added},
+    {{}, "Files Deleted", "FileDel", &CFileReport::m_deleted},
+    {{}, "Files Changed", "FileChg", nullptr, &CFileReport::m_changed},
+}};
+
+void WriteRow(std::ostream& stream, std::string_view label, std::size_t count, std::string_view anchor) {
+    stream << "<TR><TD>" << MakeLink(label, count, anchor) << "</TD><TD>" << count << "</TD></TR>\n";
+}
+
+void WriteBlock(CFileReport& report, std::ostream& stream, const CBlock& block) {
+    if (block.GetCount(report) == 0) return;
+    stream << "<HR WIDTH=100%>\n<H4>" << MakeAnchor(block.m_title, block.m_anchor) << "</H4>\n";
+    if (block.m_objects != nullptr) {
+        report.WriteObjectList(stream, report.*block.m_objects);
+    } else {
+        report.WriteNameList(stream, report.*block.m_changes);
     }
-    for (const Tables::CBlock& block : Tables::kDetails) {
+}
+
+}  // namespace
+
+void CFileReport::WriteSummary(std::ostream& stream) {
+    stream << "<TABLE><TR><TH>Summary of File Changes</TH></TR>\n";
+    for (const CCounter& row : kCounters) {
+        WriteRow(stream, row.m_label, this->*row.m_count, row.m_anchor);
+    }
+    for (const CBlock& block : kDetails) {
         const std::size_t count = block.GetCount(*this);
-        if (count != 0) Tables::WriteRow(stream, block.m_label, count, block.m_anchor);
+        if (count != 0) WriteRow(stream, block.m_label, count, block.m_anchor);
     }
     stream << "</TABLE>\n";
 }
 
 void CFileReport::WriteDetails(std::ostream& stream) {
-    for (const auto& block : CFileReportTables::kDetails)
-        CFileReportTables::WriteBlock(*this, stream, block);
+    for (const auto& block : kDetails)
+        WriteBlock(*this, stream, block);
 }
 
 void CFileReport::WriteRawData(std::ostream& stream) {
     if (m_added.empty() && m_deleted.empty() && m_changed.empty()) return;
     stream << "<H3>Raw File Change Data</H3>\n";
-    for (const auto& block : CFileReportTables::kRawData)
-        CFileReportTables::WriteBlock(*this, stream, block);
+    for (const auto& block : kRawData)
+        WriteBlock(*this, stream, block);
 }
 
 // The name of a system file is the target of the link in its finding.
