@@ -9,10 +9,12 @@
 #include <unistd.h>
 
 #include "platform/hosted/files/host_file.h"
-#include "platform/hosted/identity/volume_identity.h"
+#include "platform/machine.h"
 
 namespace delvane {
 namespace {
+
+constexpr const char* kWindowsFolders[] = {"C:\\Windows", "C:\\WINNT"};
 
 std::string HomeFolder() {
     std::string home = GetVariable("HOME");
@@ -38,8 +40,12 @@ std::string FindDeniedFolder(const std::string& folder) {
         return access(path.c_str(), R_OK | X_OK) != 0 && errno == EACCES;
     };
     if (isDenied(folder)) return folder;
-    for (const std::string& part : PartsOfWindowsFolder(RealHostPath(folder))) {
-        if (isDenied(part)) return part;
+    const CPathMap paths = VolumeAsDrive(RealHostPath(folder));
+    for (const char* const name : kWindowsFolders) {
+        for (const char* const part : {"", "\\System32", "\\System32\\config"}) {
+            const auto path = paths.Find(CString(name) + part);
+            if (path && isDenied(*path)) return *path;
+        }
     }
     return {};
 }
@@ -76,6 +82,23 @@ std::string WholeHostPath(const std::string& path) {
     std::array<char, 4096> here{};
     if (getcwd(here.data(), here.size()) == nullptr) return path;
     return std::string(here.data()) + "/" + path;
+}
+
+CPathMap VolumeAsDrive(const std::string& volume) {
+    return {{{'C', volume, volume, DRIVE_FIXED, false}}, {volume, false, {}}};
+}
+
+std::string FindWindowsFolder(const std::string& volume) {
+    const CPathMap paths = VolumeAsDrive(volume);
+    for (const char* const name : kWindowsFolders) {
+        const auto hive = paths.Find(CString(name) + "\\System32\\config\\SOFTWARE");
+        const auto folder = paths.Find(name);
+        struct stat status {};
+        if (hive && folder && stat(hive->c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+            return folder->substr(folder->rfind('/') + 1);
+        }
+    }
+    return {};
 }
 
 CMachineChoice ChooseMachine() {

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/hosted/files/path_map.h"
 #include "platform/text.h"
 
 namespace delvane {
@@ -16,6 +17,11 @@ struct CMachineChoice {
 };
 
 CMachineChoice ChooseMachine();
+
+// A Windows volume as drive C:, and the folder of Windows on it in its own spelling ("WINNT"): the one that holds
+// System32/config/SOFTWARE, found without regard to case. Empty where there is none.
+CPathMap VolumeAsDrive(const std::string& volume);
+std::string FindWindowsFolder(const std::string& volume);
 
 // The folder of the program's own files: DELVANE_HOME, else where the executable stands if that can be written to and
 // is no folder of an installation, else the user's data folder. Made when needed.

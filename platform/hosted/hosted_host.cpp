@@ -1,8 +1,7 @@
-#include "platform/hosted/hosted_host.h"
-
+// The host that a machine is examined from: the program's own files in its file system.
 #include <cerrno>
+#include <chrono>
 #include <csignal>
-#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <spawn.h>
@@ -11,7 +10,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "platform/hosted/choice.h"
 #include "platform/hosted/files/host_file.h"
 #include "platform/hosted/hosted_machine.h"
 #include "platform/own_file.h"
@@ -52,75 +50,81 @@ bool OpenOnDesktop(const std::string& path) {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+class CHostedHost : public CHost {
+public:
+    CHostedHost(const CPathMap& paths, std::string programFolder)
+        : m_paths(paths), m_strProgramFolder(std::move(programFolder)) {}
+
+    CString GetModuleFileName() override { return m_paths.ToMachine(m_strProgramFolder) + "\\delvane"; }
+    CString GetDocumentFolder() override { return m_paths.ToMachine(FindDocumentFolder(ExecutableFolder())); }
+
+    // In whole milliseconds, as Windows tells the time of day.
+    std::uint64_t GetSystemTime() override {
+        const auto now = std::chrono::system_clock::now().time_since_epoch();
+        const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+        return static_cast<std::uint64_t>(milliseconds) * (kTicksPerSecond / 1000) + kUnixEpochTicks;
+    }
+
+    bool FileExists(std::string_view path) override { return IsFile(Find(path)); }
+    bool DirectoryExists(std::string_view path) override { return IsHostDirectory(Find(path)); }
+    bool CreateDirectory(std::string_view path) override { return mkdir(FindForCreation(path).c_str(), 0777) == 0; }
+    bool DeleteFile(std::string_view path) override { return unlink(Find(path).c_str()) == 0; }
+
+    std::vector<CString> ListFiles(std::string_view folder) override {
+        std::vector<CString> names;
+        const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(Find(folder).c_str()), &closedir);
+        while (const dirent* const entry = stream == nullptr ? nullptr : readdir(stream.get())) {
+            struct stat status {};
+            if (fstatat(dirfd(stream.get()), entry->d_name, &status, 0) == 0 && S_ISREG(status.st_mode)) {
+                names.emplace_back(entry->d_name);
+            }
+        }
+        return names;
+    }
+
+    CFileBytes ReadFile(std::string_view path, std::uint64_t limit) override {
+        return ReadOwnFile(Find(path), GetDisplayPath(path), limit, false);
+    }
+    CFileBytes ReadFileHead(std::string_view path, std::size_t size) override {
+        return ReadOwnFile(Find(path), GetDisplayPath(path), size, true);
+    }
+    std::unique_ptr<CFileWriter> CreateFile(std::string_view path) override {
+        return CreateOwnFile(FindForCreation(path), GetDisplayPath(path));
+    }
+    std::unique_ptr<std::ostream> CreateTextFile(std::string_view path) override {
+        return CreateOwnTextFile(FindForCreation(path));
+    }
+    CString GetDisplayPath(std::string_view path) const override { return m_paths.ToDisplay(path); }
+
+    CString GetMachinePath(std::string_view path) const override {
+        const std::string real = RealHostPath(Find(path));
+        return real.empty() ? CString(path) : m_paths.ToMachine(real);
+    }
+
+    bool LockProgramFolder() override {
+        m_lock.Reset(open(m_strProgramFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        return !m_lock || flock(m_lock.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    }
+
+    bool OpenDocument(std::string_view path) override {
+        const std::string hostPath = Find(path);
+        return !hostPath.empty() && OpenOnDesktop(hostPath);
+    }
+
+private:
+    // A path that leads to no place of the host becomes the empty one, where nothing can be.
+    std::string Find(std::string_view path) const { return m_paths.Find(path).value_or(""); }
+    std::string FindForCreation(std::string_view path) const { return m_paths.FindForCreation(path).value_or(""); }
+
+    const CPathMap& m_paths;
+    const std::string m_strProgramFolder;
+    CDescriptor m_lock;
+};
+
 }  // namespace
 
-CString CHostedHost::GetModuleFileName() { return m_paths.ToMachine(m_strProgramFolder) + "\\delvane"; }
-
-CString CHostedHost::GetDocumentFolder() { return m_paths.ToMachine(FindDocumentFolder(ExecutableFolder())); }
-
-// In whole milliseconds, as Windows tells the time of day.
-std::uint64_t CHostedHost::GetSystemTime() {
-    timespec now{};
-    clock_gettime(CLOCK_REALTIME, &now);
-    const auto milliseconds =
-        static_cast<std::uint64_t>(now.tv_sec) * 1000 + static_cast<std::uint64_t>(now.tv_nsec) / 1'000'000;
-    return milliseconds * (kTicksPerSecond / 1000) + kUnixEpochTicks;
-}
-
-// A path that leads to no place of the host becomes the empty one, where nothing can be.
-bool CHostedHost::FileExists(std::string_view path) { return IsFile(m_paths.Find(path).value_or("")); }
-
-bool CHostedHost::DirectoryExists(std::string_view path) { return IsHostDirectory(m_paths.Find(path).value_or("")); }
-
-bool CHostedHost::CreateDirectory(std::string_view path) {
-    return mkdir(m_paths.FindForCreation(path).value_or("").c_str(), 0777) == 0;
-}
-
-bool CHostedHost::DeleteFile(std::string_view path) { return unlink(m_paths.Find(path).value_or("").c_str()) == 0; }
-
-std::vector<CString> CHostedHost::ListFiles(std::string_view folder) {
-    std::vector<CString> names;
-    const std::optional<std::string> hostPath = m_paths.Find(folder);
-    const std::unique_ptr<DIR, int (*)(DIR*)> stream(hostPath ? opendir(hostPath->c_str()) : nullptr, &closedir);
-    while (const dirent* const entry = stream == nullptr ? nullptr : readdir(stream.get())) {
-        struct stat status {};
-        if (fstatat(dirfd(stream.get()), entry->d_name, &status, 0) == 0 && S_ISREG(status.st_mode)) {
-            names.emplace_back(entry->d_name);
-        }
-    }
-    return names;
-}
-
-CFileBytes CHostedHost::ReadFile(std::string_view path, std::uint64_t limit) {
-    return ReadOwnFile(m_paths.Find(path).value_or(""), GetDisplayPath(path), limit, false);
-}
-
-CFileBytes CHostedHost::ReadFileHead(std::string_view path, std::size_t size) {
-    return ReadOwnFile(m_paths.Find(path).value_or(""), GetDisplayPath(path), size, true);
-}
-
-std::unique_ptr<CFileWriter> CHostedHost::CreateFile(std::string_view path) {
-    return CreateOwnFile(m_paths.FindForCreation(path).value_or(""), GetDisplayPath(path));
-}
-
-std::unique_ptr<std::ostream> CHostedHost::CreateTextFile(std::string_view path) {
-    return CreateOwnTextFile(m_paths.FindForCreation(path).value_or(""));
-}
-
-CString CHostedHost::GetMachinePath(std::string_view path) const {
-    const std::optional<std::string> hostPath = m_paths.Find(path);
-    const std::string real = hostPath ? RealHostPath(*hostPath) : std::string();
-    return real.empty() ? CString(path) : m_paths.ToMachine(real);
-}
-
-bool CHostedHost::LockProgramFolder() {
-    m_lock.Reset(open(m_strProgramFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return !m_lock || flock(m_lock.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
-}
-
-bool CHostedHost::OpenDocument(std::string_view path) {
-    const std::optional<std::string> hostPath = m_paths.Find(path);
-    return hostPath && OpenOnDesktop(*hostPath);
+std::unique_ptr<CHost> MakeHostedHost(const CPathMap& paths, const std::string& programFolder) {
+    return std::make_unique<CHostedHost>(paths, programFolder);
 }
 
 // Started with a standard stream closed, the program would give its number to a file, and a message would go there.
@@ -136,8 +140,8 @@ void PrepareStandardStreams() {
 bool HasTerminal() { return isatty(STDERR_FILENO) != 0; }
 
 CSystem MakeSystem() {
-    auto machine = std::make_unique<CHostedMachine>(ChooseMachine());
-    auto host = std::make_unique<CHostedHost>(machine->GetPaths(), ChooseProgramFolder());
+    auto machine = MakeHostedMachine(ChooseMachine());
+    auto host = MakeHostedHost(machine->GetPaths(), ChooseProgramFolder());
     return {std::move(machine), std::move(host)};
 }
 

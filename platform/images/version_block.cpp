@@ -9,7 +9,7 @@
 // of four bytes. An entry's length is 16 bits wide, which bounds a block to 64 KB.
 //
 // Nothing here is trusted: a range is compared with what the file holds before it is read, the levels are counted by
-// the code and never by the data, and every step through a list goes forward.
+// the code and never by the data, and every step through a list goes forward. Where the way ends, CNotThere leads out.
 #include "platform/images/version_block.h"
 
 #include <algorithm>
@@ -35,12 +35,17 @@ constexpr std::uint32_t kLanguageEnglishUs = 0x409;
 
 std::size_t AlignTo4(std::size_t offset) { return (offset + 3) & ~std::size_t{3}; }
 
-// The bytes of a range of the file, or nothing where the file does not hold all of it.
-std::optional<std::string> ReadRange(const CByteSource& file, std::uint64_t offset, std::uint64_t size) {
+struct CNotThere {};
+
+void Need(bool holds) {
+    if (!holds) throw CNotThere();
+}
+
+std::string ReadRange(const CByteSource& file, std::uint64_t offset, std::uint64_t size) {
     const std::uint64_t fileSize = file.GetSize();
-    if (size > kMaxResourceSize || offset > fileSize || size > fileSize - offset) return std::nullopt;
+    Need(size <= kMaxResourceSize && offset <= fileSize && size <= fileSize - offset);
     std::string bytes(static_cast<std::size_t>(size), '\0');
-    if (file.Read(offset, bytes.data(), bytes.size()) != bytes.size()) return std::nullopt;
+    Need(file.Read(offset, bytes.data(), bytes.size()) == bytes.size());
     return bytes;
 }
 
@@ -49,14 +54,14 @@ class CPeSections {
 public:
     CPeSections(const CByteSource& file, std::string table) : m_file(file), m_table(std::move(table)) {}
 
-    std::optional<std::string> ReadAddress(std::uint64_t address, std::uint64_t size) const {
+    std::string ReadAddress(std::uint64_t address, std::uint64_t size) const {
         for (std::size_t section = 0; section + kSectionSize <= m_table.size(); section += kSectionSize) {
             const std::uint64_t begin = U32(m_table, section + 12);
             const std::uint64_t rawSize = U32(m_table, section + 16);
             if (address < begin || address - begin > rawSize || size > rawSize - (address - begin)) continue;
             return ReadRange(m_file, U32(m_table, section + 20) + (address - begin), size);
         }
-        return std::nullopt;
+        throw CNotThere();
     }
 
     static constexpr std::size_t kSectionSize = 40;
@@ -68,106 +73,96 @@ private:
 
 // Where a resource directory leads: from the entry of the first wanted number that it has, else from its first entry if
 // that will do. The top bit of the answer is set where a directory is there.
-std::optional<std::uint32_t> FindResourceEntry(const CPeSections& sections, std::uint64_t directory,
-                                               std::initializer_list<std::uint32_t> wanted, bool orFirst) {
-    const std::optional<std::string> header = sections.ReadAddress(directory, 16);
-    if (!header) return std::nullopt;
-    const std::size_t count = std::size_t{U16(*header, 12)} + U16(*header, 14);
-    if (count == 0 || count > kMaxDirectoryEntries) return std::nullopt;
-    const std::optional<std::string> entries = sections.ReadAddress(directory + 16, count * 8);
-    if (!entries) return std::nullopt;
+std::uint32_t FindResourceEntry(const CPeSections& sections, std::uint64_t directory,
+                                std::initializer_list<std::uint32_t> wanted, bool orFirst) {
+    const std::string header = sections.ReadAddress(directory, 16);
+    const std::size_t count = std::size_t{U16(header, 12)} + U16(header, 14);
+    Need(count != 0 && count <= kMaxDirectoryEntries);
+    const std::string entries = sections.ReadAddress(directory + 16, count * 8);
     for (const std::uint32_t number : wanted) {
-        for (std::size_t entry = 0; entry < entries->size(); entry += 8) {
-            if (U32(*entries, entry) == number) return U32(*entries, entry + 4);
+        for (std::size_t entry = 0; entry < entries.size(); entry += 8) {
+            if (U32(entries, entry) == number) return U32(entries, entry + 4);
         }
     }
-    if (!orFirst) return std::nullopt;
-    return U32(*entries, 4);
+    Need(orFirst);
+    return U32(entries, 4);
 }
 
-std::optional<std::string> ReadPeResource(const CByteSource& file, std::uint64_t header) {
-    const std::optional<std::string> coff = ReadRange(file, header, 24);
-    if (!coff) return std::nullopt;
-    const std::size_t sectionCount = U16(*coff, 6);
-    const std::size_t optionalSize = U16(*coff, 20);
-    if (optionalSize < 2 || sectionCount > kMaxSections) return std::nullopt;
-    const std::optional<std::string> optional = ReadRange(file, header + 24, optionalSize);
-    if (!optional) return std::nullopt;
+std::string ReadPeResource(const CByteSource& file, std::uint64_t header) {
+    const std::string coff = ReadRange(file, header, 24);
+    const std::size_t sectionCount = U16(coff, 6);
+    const std::size_t optionalSize = U16(coff, 20);
+    Need(optionalSize >= 2 && sectionCount <= kMaxSections);
+    const std::string optional = ReadRange(file, header + 24, optionalSize);
 
     // The 64-bit form is the longer one; behind its fields stand the number of data directories and the directories.
-    const std::uint16_t magic = U16(*optional, 0);
-    if (magic != 0x10b && magic != 0x20b) return std::nullopt;
+    const std::uint16_t magic = U16(optional, 0);
+    Need(magic == 0x10b || magic == 0x20b);
     const std::size_t directories = magic == 0x20b ? 112 : 96;
     constexpr std::size_t kResources = 2;
-    if (optionalSize < directories + (kResources + 1) * 8) return std::nullopt;
-    if (U32(*optional, directories - 4) <= kResources) return std::nullopt;
-    const std::uint64_t root = U32(*optional, directories + kResources * 8);
-    if (root == 0) return std::nullopt;
+    Need(optionalSize >= directories + (kResources + 1) * 8 && U32(optional, directories - 4) > kResources);
+    const std::uint64_t root = U32(optional, directories + kResources * 8);
+    Need(root != 0);
+    const CPeSections sections(file,
+                               ReadRange(file, header + 24 + optionalSize, sectionCount * CPeSections::kSectionSize));
 
-    std::optional<std::string> table =
-        ReadRange(file, header + 24 + optionalSize, sectionCount * CPeSections::kSectionSize);
-    if (!table) return std::nullopt;
-    const CPeSections sections(file, *std::move(table));
-
-    constexpr std::uint32_t kIsDirectory = 0x80000000;
-    const auto type = FindResourceEntry(sections, root, {kTypeVersion}, false);
-    if (!type || !(*type & kIsDirectory)) return std::nullopt;
-    const auto name = FindResourceEntry(sections, root + (*type & ~kIsDirectory), {kNameVersionInfo}, false);
-    if (!name || !(*name & kIsDirectory)) return std::nullopt;
+    const auto below = [root](std::uint32_t entry, bool isDirectory) {
+        constexpr std::uint32_t kIsDirectory = 0x80000000;
+        Need(((entry & kIsDirectory) != 0) == isDirectory);
+        return root + (entry & ~kIsDirectory);
+    };
+    const std::uint64_t type = below(FindResourceEntry(sections, root, {kTypeVersion}, false), true);
+    const std::uint64_t name = below(FindResourceEntry(sections, type, {kNameVersionInfo}, false), true);
     // The order in which an English Windows looks for a resource when no language is asked for.
-    const auto language =
-        FindResourceEntry(sections, root + (*name & ~kIsDirectory), {kLanguageNeutral, kLanguageEnglishUs}, true);
-    if (!language || (*language & kIsDirectory)) return std::nullopt;
-    const std::optional<std::string> data = sections.ReadAddress(root + *language, 16);
-    if (!data) return std::nullopt;
-    return sections.ReadAddress(U32(*data, 0), U32(*data, 4));
+    const std::uint64_t language =
+        below(FindResourceEntry(sections, name, {kLanguageNeutral, kLanguageEnglishUs}, true), false);
+    const std::string data = sections.ReadAddress(language, 16);
+    return sections.ReadAddress(U32(data, 0), U32(data, 4));
 }
 
-std::optional<std::string> ReadNeResource(const CByteSource& file, std::uint64_t header) {
-    const std::optional<std::string> fields = ReadRange(file, header, 0x40);
-    if (!fields) return std::nullopt;
-    const std::size_t tableOffset = U16(*fields, 0x24);
-    const std::size_t nextTable = U16(*fields, 0x26);
-    if (tableOffset == nextTable) return std::nullopt;  // there are no resources
+std::string ReadNeResource(const CByteSource& file, std::uint64_t header) {
+    const std::string fields = ReadRange(file, header, 0x40);
+    const std::size_t tableOffset = U16(fields, 0x24);
+    const std::size_t nextTable = U16(fields, 0x26);
+    Need(tableOffset != nextTable);  // else there are no resources
 
     const std::uint64_t fileSize = file.GetSize();
     const std::uint64_t tableBegin = std::min(header + tableOffset, fileSize);
-    const std::optional<std::string> table =
+    const std::string table =
         ReadRange(file, tableBegin, std::min<std::uint64_t>(kMaxNeTableSize, fileSize - tableBegin));
-    if (!table || table->size() < 2) return std::nullopt;
-    const unsigned shift = U16(*table, 0);
-    if (shift > 16) return std::nullopt;
+    Need(table.size() >= 2);
+    const unsigned shift = U16(table, 0);
+    Need(shift <= 16);
 
     constexpr std::uint32_t kIsNumber = 0x8000;
     std::size_t type = 2;
-    while (type + 8 <= table->size()) {
-        const std::uint32_t number = U16(*table, type);
-        const std::size_t count = U16(*table, type + 2);
+    while (type + 8 <= table.size()) {
+        const std::uint32_t number = U16(table, type);
+        const std::size_t count = U16(table, type + 2);
         if (number == 0) break;  // the end of the list
         const std::size_t resources = type + 8;
         type = resources + count * 12;
         if (number != (kIsNumber | kTypeVersion)) continue;
-        for (std::size_t resource = resources; resource < type && resource + 12 <= table->size(); resource += 12) {
-            if (U16(*table, resource + 6) != (kIsNumber | kNameVersionInfo)) continue;
-            const std::uint64_t offset = std::uint64_t{U16(*table, resource)} << shift;
-            const std::uint64_t size = std::uint64_t{U16(*table, resource + 2)} << shift;
-            if (offset > fileSize) return std::nullopt;
+        for (std::size_t resource = resources; resource < type && resource + 12 <= table.size(); resource += 12) {
+            if (U16(table, resource + 6) != (kIsNumber | kNameVersionInfo)) continue;
+            const std::uint64_t offset = std::uint64_t{U16(table, resource)} << shift;
+            const std::uint64_t size = std::uint64_t{U16(table, resource + 2)} << shift;
+            Need(offset <= fileSize);
             // The size is rounded up to whole units, and the last unit of a file need not be whole.
             return ReadRange(file, offset, std::min(size, fileSize - offset));
         }
     }
-    return std::nullopt;
+    throw CNotThere();
 }
 
-std::optional<std::string> ReadVersionResource(const CByteSource& file) {
-    const std::optional<std::string> dosHeader = ReadRange(file, 0, 0x40);
-    if (!dosHeader || !dosHeader->starts_with("MZ")) return std::nullopt;
-    const std::uint64_t header = U32(*dosHeader, 0x3c);
-    const std::optional<std::string> signature = ReadRange(file, header, 4);
-    if (!signature) return std::nullopt;
-    if (*signature == std::string_view("PE\0\0", 4)) return ReadPeResource(file, header);
-    if (signature->starts_with("NE")) return ReadNeResource(file, header);
-    return std::nullopt;
+std::string ReadVersionResource(const CByteSource& file) {
+    const std::string dosHeader = ReadRange(file, 0, 0x40);
+    Need(dosHeader.starts_with("MZ"));
+    const std::uint64_t header = U32(dosHeader, 0x3c);
+    const std::string signature = ReadRange(file, header, 4);
+    if (signature == std::string_view("PE\0\0", 4)) return ReadPeResource(file, header);
+    Need(signature.starts_with("NE"));
+    return ReadNeResource(file, header);
 }
 
 // Code page 1252 is Latin-1 but for these 32 characters. The five that it leaves open stay control characters, as
@@ -217,11 +212,11 @@ struct CEntry {
 
 // Some tools give a parent a length a little too short for its last child, so an entry must end within the block, and
 // need not end within its parent.
-std::optional<CEntry> ReadEntry(std::string_view block, std::size_t begin, bool wide) {
+CEntry ReadEntry(std::string_view block, std::size_t begin, bool wide) {
     const std::size_t headerSize = wide ? 6 : 4;
-    if (begin > block.size() || block.size() - begin < headerSize) return std::nullopt;
+    Need(begin <= block.size() && block.size() - begin >= headerSize);
     const std::size_t length = U16(block, begin);
-    if (length < headerSize || length > block.size() - begin) return std::nullopt;
+    Need(length >= headerSize && length <= block.size() - begin);
 
     CEntry entry;
     entry.m_nEnd = begin + length;
@@ -231,7 +226,7 @@ std::optional<CEntry> ReadEntry(std::string_view block, std::size_t begin, bool 
     while (at + unitSize <= entry.m_nEnd && (wide ? U16(block, at) != 0 : block[at] != '\0')) {
         at += unitSize;
     }
-    if (at + unitSize > entry.m_nEnd) return std::nullopt;
+    Need(at + unitSize <= entry.m_nEnd);
     entry.m_nKeyEnd = at;
 
     // The length of a text counts UTF-16 units in the 32-bit form, but some tools count its bytes. Where the claim is
@@ -245,47 +240,55 @@ std::optional<CEntry> ReadEntry(std::string_view block, std::size_t begin, bool 
     return entry;
 }
 
-std::optional<CEntry> FindChild(std::string_view block, const CEntry& parent, std::string_view key, bool wide) {
+CEntry FindChild(std::string_view block, const CEntry& parent, std::string_view key, bool wide) {
     for (std::size_t begin = parent.m_nChildren; begin < parent.m_nEnd;) {
-        const std::optional<CEntry> child = ReadEntry(block, begin, wide);
-        if (!child) return std::nullopt;
-        const std::string_view name = block.substr(child->m_nKey, child->m_nKeyEnd - child->m_nKey);
+        const CEntry child = ReadEntry(block, begin, wide);
+        const std::string_view name = block.substr(child.m_nKey, child.m_nKeyEnd - child.m_nKey);
         if (IsSameKey(DecodeText(name, wide), key)) return child;
-        begin = AlignTo4(child->m_nEnd);
+        begin = AlignTo4(child.m_nEnd);
     }
-    return std::nullopt;
+    throw CNotThere();
 }
+
+class CVersionBlock : public CVersionInfo {
+public:
+    // The block tells its own form: behind the two lengths stands a type of 0 or 1, or the first letter of the key.
+    explicit CVersionBlock(std::string bytes)
+        : m_bytes(std::move(bytes)), m_bWide(static_cast<unsigned char>(m_bytes[4]) < ' ') {}
+
+    std::optional<std::string> Query(std::string_view path) const override try {
+        if (path.starts_with('\\')) path.remove_prefix(1);
+        if (path.empty()) return std::nullopt;  // the block's own value is no text
+        const std::string_view block = m_bytes;
+        CEntry entry = ReadEntry(block, 0, m_bWide);
+        for (;;) {
+            const std::size_t separator = path.find('\\');
+            entry = FindChild(block, entry, path.substr(0, separator), m_bWide);
+            if (separator == std::string_view::npos) break;
+            path.remove_prefix(separator + 1);
+        }
+        return DecodeText(block.substr(entry.m_nValue, entry.m_nValueEnd - entry.m_nValue), m_bWide);
+    } catch (const CNotThere&) {
+        return std::nullopt;
+    }
+
+private:
+    std::string m_bytes;
+    bool m_bWide;  // the 32-bit form
+};
 
 }  // namespace
 
-std::optional<CVersionBlock> CVersionBlock::Read(const CByteSource& file) {
-    std::optional<std::string> bytes = ReadVersionResource(file);
+std::unique_ptr<const CVersionInfo> ReadVersionBlock(const CByteSource& file) try {
+    std::string bytes = ReadVersionResource(file);
     constexpr std::size_t kSmallest = 6;
-    if (!bytes || bytes->size() < kSmallest) return std::nullopt;
-    const std::size_t length = U16(*bytes, 0);
-    if (length < kSmallest || length > bytes->size()) return std::nullopt;
-    bytes->resize(length);
-
-    // The block tells its own form: behind the two lengths stands a type of 0 or 1, or the first letter of the key.
-    CVersionBlock block;
-    block.m_bWide = static_cast<unsigned char>((*bytes)[4]) < ' ';
-    block.m_bytes = *std::move(bytes);
-    return block;
-}
-
-std::optional<std::string> CVersionBlock::Query(std::string_view path) const {
-    if (path.starts_with('\\')) path.remove_prefix(1);
-    if (path.empty()) return std::nullopt;  // the block's own value is no text
-    std::optional<CEntry> entry = ReadEntry(m_bytes, 0, m_bWide);
-    while (entry) {
-        const std::size_t separator = path.find('\\');
-        entry = FindChild(m_bytes, *entry, path.substr(0, separator), m_bWide);
-        if (separator == std::string_view::npos) break;
-        path.remove_prefix(separator + 1);
-    }
-    if (!entry) return std::nullopt;
-    const std::string_view block = m_bytes;
-    return DecodeText(block.substr(entry->m_nValue, entry->m_nValueEnd - entry->m_nValue), m_bWide);
+    Need(bytes.size() >= kSmallest);
+    const std::size_t length = U16(bytes, 0);
+    Need(length >= kSmallest && length <= bytes.size());
+    bytes.resize(length);
+    return std::make_unique<const CVersionBlock>(std::move(bytes));
+} catch (const CNotThere&) {
+    return nullptr;
 }
 
 }  // namespace delvane

@@ -14,7 +14,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (image.fDOSImage && (mapped || image.fSystemImage)) std::abort();  // the answers exclude each other
     if (image.fSystemImage && !mapped) std::abort();
 
-    const auto block = delvane::CVersionBlock::Read(file);
+    const auto block = delvane::ReadVersionBlock(file);
     if (!block) return 0;
     for (const char* const path :
          {"\\StringFileInfo\\040904E4\\ProductVersion", "\\StringFileInfo\\040904B0\\FileVersion",

@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view kNothing = "(nothing)";
 
 std::string Query(const CByteSource& file, std::string_view path) {
-    const std::optional<CVersionBlock> block = CVersionBlock::Read(file);
+    const std::unique_ptr<const CVersionInfo> block = ReadVersionBlock(file);
     if (!block) return "(no block)";
     return block->Query(path).value_or(std::string(kNothing));
 }

@@ -224,7 +224,7 @@ std::unique_ptr<const CVersionInfo> CScriptedMachine::GetFileVersionInfo(std::st
     CVersionStrings strings;
     strings.m_strFileVersion = entry->m_version;
     const CString bytes = MakeImage(EImageKind::Pe32, strings);
-    return std::make_unique<const CVersionBlock>(*CVersionBlock::Read(CMemorySource(bytes)));
+    return ReadVersionBlock(CMemorySource(bytes));
 }
 
 bool CScriptedHost::FileExists(std::string_view path) { return m_files.contains(CString(path)); }

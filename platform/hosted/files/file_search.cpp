@@ -1,7 +1,7 @@
 // A directory is read by name first, and the names are sorted; each entry's one metadata call comes when the entry is
 // asked for. So a walk holds, for each level that it has open, one descriptor and the names, and the words of an entry
 // go straight to whoever asked.
-#include "platform/hosted/files/file_search.h"
+#include "platform/file_search.h"
 
 #include <algorithm>
 #include <array>
@@ -20,11 +20,10 @@
 
 #include "platform/host.h"
 #include "platform/hosted/files/host_file.h"
+#include "platform/hosted/files/path_map.h"
 
 namespace delvane {
 namespace {
-
-constexpr std::size_t kDirectoryBuffer = 1 << 16;
 
 // As the kernel hands directory entries out.
 struct CKernelEntry {
@@ -49,8 +48,6 @@ struct CNameEntry {
 std::uint64_t TicksOf(const statx_timestamp& time) {
     return static_cast<std::uint64_t>(time.tv_sec) * kTicksPerSecond + kUnixEpochTicks + time.tv_nsec / 100;
 }
-
-std::uint64_t DeviceOf(const struct statx& status) { return makedev(status.stx_dev_major, status.stx_dev_minor); }
 
 // getxattrat came with Linux 6.13, and the C library of this system does not know it yet.
 #ifndef SYS_getxattrat
@@ -81,9 +78,7 @@ ssize_t GetEntryXattr(int directory, const char* name, const char* attribute, ch
 void RaiseDescriptorLimit() {
     struct rlimit limit {};
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
-    const rlim_t wanted = kMaxTreeDepth + 256;
-    if (limit.rlim_cur >= wanted) return;
-    limit.rlim_cur = limit.rlim_max < wanted ? limit.rlim_max : wanted;
+    limit.rlim_cur = std::max(limit.rlim_cur, std::min<rlim_t>(limit.rlim_max, kMaxTreeDepth + 256));
     setrlimit(RLIMIT_NOFILE, &limit);
 }
 
@@ -94,165 +89,63 @@ void ThrowIfExhausted(std::string_view path, int error) {
     throw CFileError(path, "open directory", Win32Error(error), ErrorText(error));
 }
 
-}  // namespace
-
-// An open search: its directory, the sorted names, and the entry that was delivered last.
-struct CSearchSet::CLevel {
-    std::string m_strPath;  // as a machine path
-    CDescriptor m_directory;
-    CIdentity m_identity;
-    std::vector<char> m_names;  // each with its NUL
-    std::vector<CNameEntry> m_entries;
-    std::size_t m_nNext = 0;
-    std::string_view m_current;  // the name delivered last
-    CIdentity m_currentIdentity;
-    bool m_bCurrentIsLink = false;
-    bool m_bBehindLink = false;
-    std::uint32_t m_dwError = ERROR_SUCCESS;  // why the list breaks off
-
-    void ReadNames(std::vector<char>& buffer);
-};
-
-void CSearchSet::CLevel::ReadNames(std::vector<char>& buffer) {
-    m_names.clear();
-    m_entries.clear();
-    m_nNext = 0;
-    m_current = {};
-    m_dwError = ERROR_SUCCESS;
-    buffer.resize(kDirectoryBuffer);
-    // An entry's offset is where the next one would be looked for. Where that is the largest there is (ext4 and btrfs
-    // put it behind the last entry), the call that would find nothing is spared.
-    std::int64_t nextOffset = 0;
-    while (nextOffset != std::numeric_limits<std::int64_t>::max()) {
-        const long got = syscall(SYS_getdents64, m_directory.Get(), buffer.data(), buffer.size());
-        if (got < 0 && errno != ENOENT) m_dwError = Win32Error(errno);  // else the directory has gone in the meantime
-        if (got <= 0) break;
-        for (long at = 0; at < got;) {
-            const auto* const entry = reinterpret_cast<const CKernelEntry*>(buffer.data() + at);
-            at += entry->m_nLength;
-            nextOffset = entry->m_nOffset;
-            const std::string_view name = entry->GetName();
-            if (name == "." || name == "..") continue;
-            m_entries.push_back({TextHead(name), static_cast<std::uint32_t>(m_names.size()),
-                                 static_cast<std::uint16_t>(name.size()), entry->m_nType});
-            m_names.insert(m_names.end(), name.data(), name.data() + name.size() + 1);
-        }
-    }
-    std::sort(m_entries.begin(), m_entries.end(), [this](const CNameEntry& a, const CNameEntry& b) {
-        if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
-        return std::strcmp(m_names.data() + a.m_nOffset, m_names.data() + b.m_nOffset) < 0;
-    });
+template <class T>
+bool Contains(const std::vector<T>& list, const T& item) {
+    return std::find(list.begin(), list.end(), item) != list.end();
 }
 
-class CHostedSearch : public CFileSearch {
-public:
-    CHostedSearch(CSearchSet& set, CSearchSet::CLevel& level) : m_set(set), m_level(level) {}
-    ~CHostedSearch() override { m_set.Close(m_level); }
-
-    bool Next(CFindData& data) override {
-        while (m_level.m_nNext < m_level.m_entries.size()) {
-            ThrowIfInterrupted();
-            const CNameEntry& next = m_level.m_entries[m_level.m_nNext++];
-            const char* const name = m_level.m_names.data() + next.m_nOffset;
-            const bool mayBeLink = next.m_nType == DT_LNK || next.m_nType == DT_UNKNOWN;
-            CSearchSet::CEntry entry;
-            const auto outcome =
-                m_set.ReadEntry(m_level.m_directory.Get(), name, mayBeLink, m_level.m_identity.first, entry);
-            const bool isDirectory = (entry.m_words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-            if (outcome == CSearchSet::EOutcome::kUnlisted) continue;
-            if (isDirectory && (m_set.IsUnlisted(entry.m_identity) || m_set.IsOwn(entry.m_identity))) continue;
-            static_cast<CFileWords&>(data) = entry.m_words;
-            data.m_name = {name, next.m_nLength};
-            data.m_dwError = entry.m_dwError;
-            data.m_bNameOnly = outcome == CSearchSet::EOutcome::kUnreadable;
-            m_level.m_current = data.m_name;
-            m_level.m_currentIdentity = entry.m_identity;
-            m_level.m_bCurrentIsLink = entry.m_bIsLink;
-            return true;
-        }
-        m_level.m_current = {};
-        return false;
-    }
-    std::uint32_t GetError() const override { return m_level.m_dwError; }
-
-private:
-    CSearchSet& m_set;
-    CSearchSet::CLevel& m_level;
-};
+void AddIdentity(const std::string& hostPath, std::vector<CDirectoryIdentity>& identities) {
+    struct stat status {};
+    if (stat(hostPath.c_str(), &status) == 0) identities.emplace_back(status.st_dev, status.st_ino);
+}
 
 // The extended attributes in which NTFS's drivers for Linux tell what Windows knows of a file.
 constexpr const char* kNtfsAttributes = "system.ntfs_attrib";
 constexpr const char* kNtfsCreation = "system.ntfs_crtime";
 
-CSearchSet::CSearchSet(const CPathMap& paths, CDiskRules rules) : m_paths(paths), m_rules(std::move(rules)) {
-    RaiseDescriptorLimit();
-    for (const std::string& hostPath : m_rules.m_unlisted) {
-        struct stat status {};
-        if (stat(hostPath.c_str(), &status) == 0) m_unlisted.push_back({status.st_dev, status.st_ino});
-    }
-    struct stat root {};
-    stat("/", &root);
-    for (const char* const place : {"/dev", "/proc", "/sys"}) {
-        struct stat status {};
-        if (stat(place, &status) != 0) continue;
-        m_unlisted.push_back({status.st_dev, status.st_ino});
-        if (status.st_dev != root.st_dev) m_unlistedDevices.push_back(status.st_dev);
-    }
+// What the host knows of one entry.
+struct CEntry {
+    CFileWords m_words;
+    CDirectoryIdentity m_identity;
+    bool m_bIsLink = false;
+    std::uint32_t m_dwError = ERROR_SUCCESS;  // of what could not be read of it
+};
+enum class EOutcome { kRead, kUnlisted, kUnreadable };
+
+// An attribute that is not there, or that this user may not see, is none. Any other failure is told.
+void NoteLostAttribute(int error, CEntry& entry) {
+    if (error == ENODATA || error == EOPNOTSUPP || error == ERANGE || error == EACCES || error == EPERM) return;
+    if (!IsNothing(error)) entry.m_dwError = Win32Error(error);
+}
+
+// Reads entries by the rules of the machine's disks.
+class CEntryReader {
+public:
+    explicit CEntryReader(const CDiskRules& rules);
+    EOutcome Read(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
+
+private:
+    EOutcome ReadStatus(int directory, const char* name, bool mayBeLink, struct statx& status, CEntry& entry) const;
+    void ReadVolumeWords(int directory, const char* name, const struct statx& status, CEntry& entry) const;
+    std::uint32_t ReadDosAttributes(int directory, const char* name, CEntry& entry);
+
+    const CDiskRules& m_rules;
+    bool m_bNtfsAttributes;  // the volume's file system tells attributes and creation times beside the entries
+    std::optional<std::uint64_t> m_plainDevice;  // the last device seen that keeps no attributes of DOS
+};
+
+CEntryReader::CEntryReader(const CDiskRules& rules) : m_rules(rules) {
     std::uint32_t attributes = 0;
-    m_bNtfsAttributes = !m_rules.m_bWine && getxattr(m_rules.m_strRoot.c_str(), kNtfsAttributes, &attributes,
-                                                     sizeof attributes) == sizeof attributes;
-}
-
-CSearchSet::~CSearchSet() = default;
-
-void CSearchSet::PassOver(const std::vector<CString>& folders) {
-    m_own.clear();
-    for (const CString& folder : folders) {
-        const std::optional<std::string> hostPath = m_paths.Find(folder);
-        struct stat status {};
-        if (hostPath && stat(hostPath->c_str(), &status) == 0) m_own.push_back({status.st_dev, status.st_ino});
-    }
-}
-
-bool CSearchSet::IsUnlisted(const CIdentity& identity) const {
-    return std::find(m_unlisted.begin(), m_unlisted.end(), identity) != m_unlisted.end() ||
-           std::find(m_unlistedDevices.begin(), m_unlistedDevices.end(), identity.first) != m_unlistedDevices.end();
-}
-
-bool CSearchSet::IsOwn(const CIdentity& identity) const {
-    return std::find(m_own.begin(), m_own.end(), identity) != m_own.end();
-}
-
-// What the kernel knows of the entry, links followed. A link of a volume that leads out of it, into files of the host,
-// leads nowhere.
-CSearchSet::EOutcome CSearchSet::ReadStatus(int directory, const char* name, bool mayBeLink, unsigned mask,
-                                            struct statx& status, CEntry& entry) {
-    const auto fail = [&entry](int error) {
-        entry.m_dwError = Win32Error(error);
-        return IsNothing(error) ? EOutcome::kUnlisted : EOutcome::kUnreadable;
-    };
-    if (mayBeLink) {
-        struct stat own {};
-        if (fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) != 0) return fail(errno);
-        entry.m_bIsLink = S_ISLNK(own.st_mode);
-    }
-    if (entry.m_bIsLink && !m_rules.m_strRoot.empty()) {
-        const std::string real = RealHostPath("/proc/self/fd/" + std::to_string(directory) + "/" + name);
-        if (real.empty()) return fail(errno);
-        if (!LiesWithin(real, m_rules.m_strRoot)) return EOutcome::kUnlisted;
-    }
-    if (statx(directory, name, AT_NO_AUTOMOUNT, mask, &status) != 0) return fail(errno);
-    entry.m_identity = {DeviceOf(status), status.stx_ino};
-    return EOutcome::kRead;
+    m_bNtfsAttributes =
+        getxattr(rules.m_strVolume.c_str(), kNtfsAttributes, &attributes, sizeof attributes) == sizeof attributes;
 }
 
 // One statx an entry, through links, as Wine sees it, and one more for what may be a link. A link or a mount of a
-// volume is a junction or the like.
-CSearchSet::EOutcome CSearchSet::ReadEntry(int directory, const char* name, bool mayBeLink,
-                                           std::uint64_t directoryDevice, CEntry& entry) {
-    const unsigned mask = STATX_BASIC_STATS | (m_rules.m_bWine ? 0U : STATX_BTIME);
+// volume is a junction or the like. Wine knows no creation time but the last write's.
+EOutcome CEntryReader::Read(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice,
+                            CEntry& entry) {
     struct statx status;  // NOLINT(cppcoreguidelines-pro-type-member-init): statx fills it
-    const EOutcome outcome = ReadStatus(directory, name, mayBeLink, mask, status, entry);
+    const EOutcome outcome = ReadStatus(directory, name, mayBeLink, status, entry);
     if (outcome != EOutcome::kRead) return outcome;
     const bool isDirectory = S_ISDIR(status.stx_mode);
     CFileWords& words = entry.m_words;
@@ -262,8 +155,9 @@ CSearchSet::EOutcome CSearchSet::ReadEntry(int directory, const char* name, bool
     words.m_ftLastAccess = FILETIME::FromTicks(TicksOf(status.stx_atime));
     words.m_ftCreation = words.m_ftLastWrite;
     words.SetSize(S_ISREG(status.stx_mode) ? status.stx_size : 0);
-    if (m_rules.m_bWine) {
-        ReadPrefixWords(directory, name, status, entry);
+    if (m_rules.m_strVolume.empty()) {
+        if (name[0] == '.' && m_rules.m_bDotFilesHidden) words.m_dwAttributes |= FILE_ATTRIBUTE_HIDDEN;
+        words.m_dwAttributes |= ReadDosAttributes(directory, name, entry);
     } else {
         ReadVolumeWords(directory, name, status, entry);
     }
@@ -273,14 +167,32 @@ CSearchSet::EOutcome CSearchSet::ReadEntry(int directory, const char* name, bool
     return EOutcome::kRead;
 }
 
-// The creation time is the last write's: Wine knows no other.
-void CSearchSet::ReadPrefixWords(int directory, const char* name, const struct statx&, CEntry& entry) {
-    if (name[0] == '.' && m_rules.m_bDotFilesHidden) entry.m_words.m_dwAttributes |= FILE_ATTRIBUTE_HIDDEN;
-    entry.m_words.m_dwAttributes |= ReadDosAttributes(directory, name, entry);
+// What the kernel knows of the entry, links followed. A link of a volume that leads out of it, into files of the host,
+// leads nowhere.
+EOutcome CEntryReader::ReadStatus(int directory, const char* name, bool mayBeLink, struct statx& status,
+                                  CEntry& entry) const {
+    const auto fail = [&entry](int error) {
+        entry.m_dwError = Win32Error(error);
+        return IsNothing(error) ? EOutcome::kUnlisted : EOutcome::kUnreadable;
+    };
+    if (mayBeLink) {
+        struct stat own {};
+        if (fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) != 0) return fail(errno);
+        entry.m_bIsLink = S_ISLNK(own.st_mode);
+    }
+    if (entry.m_bIsLink && !m_rules.m_strVolume.empty()) {
+        const std::string real = RealHostPath("/proc/self/fd/" + std::to_string(directory) + "/" + name);
+        if (real.empty()) return fail(errno);
+        if (!LiesWithin(real, m_rules.m_strVolume)) return EOutcome::kUnlisted;
+    }
+    const unsigned mask = STATX_BASIC_STATS | (m_rules.m_strVolume.empty() ? 0U : STATX_BTIME);
+    if (statx(directory, name, AT_NO_AUTOMOUNT, mask, &status) != 0) return fail(errno);
+    entry.m_identity = {makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
+    return EOutcome::kRead;
 }
 
 // As Windows would show the entry.
-void CSearchSet::ReadVolumeWords(int directory, const char* name, const struct statx& status, CEntry& entry) {
+void CEntryReader::ReadVolumeWords(int directory, const char* name, const struct statx& status, CEntry& entry) const {
     CFileWords& words = entry.m_words;
     const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
     if (hasBirth) words.m_ftCreation = FILETIME::FromTicks(TicksOf(status.stx_btime));
@@ -299,23 +211,13 @@ void CSearchSet::ReadVolumeWords(int directory, const char* name, const struct s
     if (!hasBirth && read(kNtfsCreation, created)) words.m_ftCreation = FILETIME::FromTicks(created);
 }
 
-// An attribute that is not there, or that this user may not see, is none. Any other failure is told.
-void CSearchSet::NoteLostAttribute(int error, CEntry& entry) {
-    if (error == ENODATA || error == EOPNOTSUPP || error == ERANGE || error == EACCES || error == EPERM) return;
-    if (!IsNothing(error)) entry.m_dwError = Win32Error(error);
-}
-
 // Hidden and system, as Samba and Wine keep them: "0x" and hexadecimal digits. A file system without such attributes
 // is asked once.
-std::uint32_t CSearchSet::ReadDosAttributes(int directory, const char* name, CEntry& entry) {
-    const std::uint64_t device = entry.m_identity.first;
-    if (m_bPlainDeviceKnown && m_nPlainDevice == device) return 0;
+std::uint32_t CEntryReader::ReadDosAttributes(int directory, const char* name, CEntry& entry) {
+    if (m_plainDevice == entry.m_identity.first) return 0;
     std::array<char, 65> text;  // NOLINT(cppcoreguidelines-pro-type-member-init): as long as the call says
     const ssize_t length = GetEntryXattr(directory, name, "user.DOSATTRIB", text.data(), text.size() - 1);
-    if (length < 0 && errno == EOPNOTSUPP) {
-        m_nPlainDevice = device;
-        m_bPlainDeviceKnown = true;
-    }
+    if (length < 0 && errno == EOPNOTSUPP) m_plainDevice = entry.m_identity.first;
     if (length < 0) NoteLostAttribute(errno, entry);
     if (length <= 2 || text[0] != '0' || text[1] != 'x') return 0;
     text[static_cast<std::size_t>(length)] = '\0';
@@ -326,89 +228,176 @@ std::uint32_t CSearchSet::ReadDosAttributes(int directory, const char* name, CEn
     return static_cast<std::uint32_t>(attributes) & kKept;
 }
 
-// The directory that the innermost search has just delivered is opened from there; any other through its path.
-std::uint32_t CSearchSet::OpenDirectory(std::string_view path, CDescriptor& directory, CIdentity& identity,
-                                        bool& isBehindLink) {
-    const auto open = [&](int from, const char* name) -> std::uint32_t {
-        directory.Reset(OpenUntouched(from, name, O_DIRECTORY));
-        if (directory) return ERROR_SUCCESS;
-        const int error = errno;
-        ThrowIfExhausted(path, error);
-        return Win32Error(error);
-    };
-    if (!m_open.empty()) {
-        const CLevel& parent = *m_open.back();
-        if (!parent.m_current.empty() && path.size() == parent.m_strPath.size() + 1 + parent.m_current.size() &&
-            path.starts_with(parent.m_strPath) && path[parent.m_strPath.size()] == '\\' &&
-            path.ends_with(parent.m_current)) {
-            identity = parent.m_currentIdentity;
-            isBehindLink = parent.m_bBehindLink || parent.m_bCurrentIsLink;
-            return open(parent.m_directory.Get(), parent.m_current.data());
+class CHostedSearches : public CSearchSet {
+public:
+    explicit CHostedSearches(const CPathMap& paths);
+    void PassOver(const std::vector<CString>& folders) override;
+    std::unique_ptr<CFileSearch> Open(std::string_view path, std::uint32_t& error) override;
+    std::uint32_t FindPath(std::string_view path, CFileWords& words) override;
+
+private:
+    struct CDirectory;
+
+    bool IsUnlisted(const CDirectoryIdentity& identity) const {
+        return Contains(m_unlisted, identity) || Contains(m_unlistedDevices, identity.first);
+    }
+
+    const CPathMap& m_paths;
+    CEntryReader m_reader;
+    std::vector<CDirectoryIdentity> m_unlisted;
+    std::vector<std::uint64_t> m_unlistedDevices;             // file systems that are no disk: all that lies on them
+    std::vector<CDirectoryIdentity> m_own;                    // the program's own folders
+    std::vector<char> m_buffer = std::vector<char>(1 << 16);  // what the kernel hands a directory out in
+};
+
+// The directory of an open search, its sorted names, and the entry that was delivered last.
+struct CHostedSearches::CDirectory : CLevel {
+    CDirectory(CHostedSearches& set, std::string_view path, bool isBehindLink, CDescriptor descriptor,
+               const CDirectoryIdentity& identity)
+        : CLevel(set, path, isBehindLink), m_searches(set), m_descriptor(std::move(descriptor)), m_identity(identity) {
+        ReadNames();
+    }
+    bool Next(CFindData& data) override;
+    void ReadNames();
+
+    CHostedSearches& m_searches;
+    CDescriptor m_descriptor;
+    CDirectoryIdentity m_identity;
+    std::vector<char> m_names;  // each with its NUL
+    std::vector<CNameEntry> m_entries;
+    std::size_t m_nNext = 0;
+    CDirectoryIdentity m_currentIdentity;
+};
+
+void CHostedSearches::CDirectory::ReadNames() {
+    std::vector<char>& buffer = m_searches.m_buffer;
+    // An entry's offset is where the next one would be looked for. Where that is the largest there is (ext4 and btrfs
+    // put it behind the last entry), the call that would find nothing is spared.
+    constexpr std::size_t kUsualEntry = 32;
+    std::int64_t nextOffset = 0;
+    while (nextOffset != std::numeric_limits<std::int64_t>::max()) {
+        const long got = syscall(SYS_getdents64, m_descriptor.Get(), buffer.data(), buffer.size());
+        if (got < 0 && errno != ENOENT) m_dwError = Win32Error(errno);  // else the directory has gone in the meantime
+        if (got <= 0) break;
+        if (m_entries.empty()) {
+            m_entries.reserve(static_cast<std::size_t>(got) / kUsualEntry);
+            m_names.reserve(static_cast<std::size_t>(got));
+        }
+        for (long at = 0; at < got;) {
+            const auto* const entry = reinterpret_cast<const CKernelEntry*>(buffer.data() + at);
+            at += entry->m_nLength;
+            nextOffset = entry->m_nOffset;
+            const std::string_view name = entry->GetName();
+            if (name == "." || name == "..") continue;
+            m_entries.push_back({TextHead(name), static_cast<std::uint32_t>(m_names.size()),
+                                 static_cast<std::uint16_t>(name.size()), entry->m_nType});
+            m_names.insert(m_names.end(), name.data(), name.data() + name.size() + 1);
         }
     }
-    const std::optional<std::string> hostPath = m_paths.Find(path);
-    if (!hostPath) return Win32Error(errno);
-    const std::uint32_t error = open(AT_FDCWD, hostPath->c_str());
-    struct stat status {};
-    if (error != ERROR_SUCCESS || fstat(directory.Get(), &status) != 0) {
-        return error != ERROR_SUCCESS ? error : Win32Error(errno);
-    }
-    identity = {status.st_dev, status.st_ino};
-    return ERROR_SUCCESS;
+    std::sort(m_entries.begin(), m_entries.end(), [this](const CNameEntry& a, const CNameEntry& b) {
+        if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
+        return std::strcmp(m_names.data() + a.m_nOffset, m_names.data() + b.m_nOffset) < 0;
+    });
 }
 
-std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path, std::uint32_t& error) {
-    ThrowIfInterrupted();
-    CIdentity identity;
-    bool isBehindLink = false;
-    CDescriptor directory;
-    error = OpenDirectory(path, directory, identity, isBehindLink);
-    if (error == ERROR_SUCCESS && m_open.size() >= kMaxTreeDepth) error = ERROR_FILENAME_EXCED_RANGE;
-    // What is listed nowhere is not met below a root; a drive that leads there has nothing to show.
-    if (error == ERROR_SUCCESS && IsUnlisted(identity)) error = ERROR_ACCESS_DENIED;
-    if (error != ERROR_SUCCESS) return nullptr;
-    for (const CLevel* level : m_open) {
-        if (level->m_identity == identity) return nullptr;  // its own ancestor, through a link
+bool CHostedSearches::CDirectory::Next(CFindData& data) {
+    m_current = {};
+    while (m_nNext < m_entries.size()) {
+        ThrowIfInterrupted();
+        const CNameEntry& next = m_entries[m_nNext++];
+        const char* const name = m_names.data() + next.m_nOffset;
+        const bool mayBeLink = next.m_nType == DT_LNK || next.m_nType == DT_UNKNOWN;
+        CEntry entry;
+        const EOutcome outcome = m_searches.m_reader.Read(m_descriptor.Get(), name, mayBeLink, m_identity.first, entry);
+        const bool isDirectory = (entry.m_words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (outcome == EOutcome::kUnlisted) continue;
+        if (isDirectory && (m_searches.IsUnlisted(entry.m_identity) || Contains(m_searches.m_own, entry.m_identity))) {
+            continue;
+        }
+        static_cast<CFileWords&>(data) = entry.m_words;
+        data.m_name = m_current = {name, next.m_nLength};
+        data.m_dwError = entry.m_dwError;
+        data.m_bNameOnly = outcome == EOutcome::kUnreadable;
+        m_currentIdentity = entry.m_identity;
+        m_bCurrentIsLink = entry.m_bIsLink;
+        return true;
     }
-    if (isBehindLink && !m_visits.MayVisit(identity)) {
+    return false;
+}
+
+CHostedSearches::CHostedSearches(const CPathMap& paths) : m_paths(paths), m_reader(paths.GetRules()) {
+    RaiseDescriptorLimit();
+    for (const std::string& hostPath : paths.GetRules().m_unlisted)
+        AddIdentity(hostPath, m_unlisted);
+    std::vector<CDirectoryIdentity> places;
+    for (const char* const place : {"/", "/dev", "/proc", "/sys"})
+        AddIdentity(place, places);
+    for (std::size_t i = 1; i < places.size(); ++i) {
+        m_unlisted.push_back(places[i]);
+        if (places[i].first != places[0].first) m_unlistedDevices.push_back(places[i].first);
+    }
+}
+
+void CHostedSearches::PassOver(const std::vector<CString>& folders) {
+    m_own.clear();
+    for (const CString& folder : folders)
+        AddIdentity(m_paths.Find(folder).value_or(""), m_own);
+}
+
+// The directory that the innermost search has just delivered is opened from there; any other through its path.
+std::unique_ptr<CFileSearch> CHostedSearches::Open(std::string_view path, std::uint32_t& error) {
+    ThrowIfInterrupted();
+    const auto* const parent = m_open.empty() ? nullptr : static_cast<const CDirectory*>(m_open.back());
+    const bool isDelivered = parent != nullptr && parent->HasDelivered(path);
+    CDescriptor directory;
+    struct stat status {};
+    if (isDelivered) {
+        directory.Reset(OpenUntouched(parent->m_descriptor.Get(), parent->m_current.data(), O_DIRECTORY));
+    } else if (const std::optional<std::string> hostPath = m_paths.Find(path)) {
+        directory.Reset(OpenUntouched(AT_FDCWD, hostPath->c_str(), O_DIRECTORY));
+    }
+    if (!directory || (!isDelivered && fstat(directory.Get(), &status) != 0)) {
+        error = Win32Error(errno);
+        ThrowIfExhausted(path, errno);
+        return nullptr;
+    }
+    const CDirectoryIdentity identity =
+        isDelivered ? parent->m_currentIdentity : CDirectoryIdentity{status.st_dev, status.st_ino};
+    const bool isBehindLink = isDelivered && parent->IsCurrentBehindLink();
+    // What is listed nowhere is not met below a root; a drive that leads there has nothing to show.
+    error = m_open.size() >= kMaxTreeDepth ? ERROR_FILENAME_EXCED_RANGE
+            : IsUnlisted(identity)         ? ERROR_ACCESS_DENIED
+                                           : ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS) return nullptr;
+    for (const CLevel* const level : m_open) {
+        // Its own ancestor, through a link.
+        if (static_cast<const CDirectory*>(level)->m_identity == identity) return nullptr;
+    }
+    if (isBehindLink && !MayVisit(identity)) {
         error = ERROR_CANT_RESOLVE_FILENAME;
         return nullptr;
     }
-    if (m_spare.empty()) m_spare.push_back(std::make_unique<CLevel>());
-    m_open.reserve(m_open.size() + 1);
-    m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
-    CLevel* const level = m_spare.back().get();
-    level->m_strPath = path;
-    level->m_directory = std::move(directory);
-    level->m_identity = identity;
-    level->m_bBehindLink = isBehindLink;
-    level->ReadNames(m_buffer);
-    m_open.push_back(m_spare.back().release());
-    m_spare.pop_back();
-    return std::make_unique<CHostedSearch>(*this, *level);
+    return std::make_unique<CDirectory>(*this, path, isBehindLink, std::move(directory), identity);
 }
 
-void CSearchSet::Close(CLevel& level) {
-    std::erase(m_open, &level);
-    level.m_directory.Reset();
-    m_spare.emplace_back(&level);
-}
-
-std::uint32_t CSearchSet::FindPath(std::string_view path, CFileWords& words) {
+std::uint32_t CHostedSearches::FindPath(std::string_view path, CFileWords& words) {
     ThrowIfInterrupted();
     const std::optional<std::string> hostPath = m_paths.Find(path);
     if (!hostPath) return Win32Error(errno);
     const std::size_t nameStart = hostPath->rfind('/') + 1;
-    const std::string directoryPath = hostPath->substr(0, nameStart);
-    const CDescriptor directory(OpenUntouched(AT_FDCWD, directoryPath.c_str(), O_DIRECTORY));
+    const CDescriptor directory(OpenUntouched(AT_FDCWD, hostPath->substr(0, nameStart).c_str(), O_DIRECTORY));
     struct stat status {};
     if (!directory || fstat(directory.Get(), &status) != 0) return Win32Error(errno);
     CEntry entry;
-    const EOutcome outcome = ReadEntry(directory.Get(), hostPath->c_str() + nameStart, true, status.st_dev, entry);
+    const EOutcome outcome = m_reader.Read(directory.Get(), hostPath->c_str() + nameStart, true, status.st_dev, entry);
     if (outcome == EOutcome::kUnreadable) return entry.m_dwError;
     if (outcome == EOutcome::kUnlisted) return ERROR_FILE_NOT_FOUND;
     words = entry.m_words;
     return ERROR_SUCCESS;
 }
+
+}  // namespace
+
+std::unique_ptr<CSearchSet> MakeSearchSet(const CPathMap& paths) { return std::make_unique<CHostedSearches>(paths); }
 
 }  // namespace delvane

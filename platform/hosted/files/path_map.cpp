@@ -14,8 +14,6 @@ namespace {
 
 bool IsSeparator(char c) { return c == '\\' || c == '/'; }
 
-char UpperLetter(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 bool Exists(const std::string& path) {
     struct stat status {};
     return lstat(path.c_str(), &status) == 0;
@@ -35,9 +33,9 @@ std::string ToHostForm(std::string_view hostPath) {
     return path;
 }
 
-const CHostedDrive* CPathMap::FindDrive(char letter) const {
+const CHostedDrive* CPathMap::FindDrive(std::string_view path) const {
     for (const CHostedDrive& drive : m_drives) {
-        if (drive.m_letter == UpperLetter(letter)) return &drive;
+        if (IsPrefixNoCase({&drive.m_letter, 1}, path)) return &drive;
     }
     return nullptr;
 }
@@ -47,7 +45,7 @@ std::optional<CPathMap::CParts> CPathMap::Split(std::string_view path) const {
     if (path.find('\0') != std::string_view::npos || path.empty()) return std::nullopt;
     if (!IsSeparator(path.front())) {
         const bool isDrivePath = path.size() >= 2 && path[1] == ':' && (path.size() == 2 || IsSeparator(path[2]));
-        parts.m_pDrive = isDrivePath ? FindDrive(path[0]) : nullptr;
+        parts.m_pDrive = isDrivePath ? FindDrive(path) : nullptr;
         if (parts.m_pDrive == nullptr) return std::nullopt;
         path.remove_prefix(2);
     }
@@ -91,9 +89,9 @@ std::optional<std::string> CPathMap::Find(std::string_view path) const {
     errno = ENOENT;
     const std::optional<CParts> parts = Split(path);
     std::optional<std::string> found = parts ? FindAnywhere(*parts) : std::nullopt;
-    if (!found || parts->m_pDrive == nullptr || !parts->m_pDrive->m_bConfined) return found;
+    if (!found || parts->m_pDrive == nullptr || m_rules.m_strVolume.empty()) return found;
     const std::string real = RealHostPath(*found);
-    if (LiesWithin(real, parts->m_pDrive->m_strRealRoot)) return found;
+    if (LiesWithin(real, m_rules.m_strVolume)) return found;
     if (!real.empty()) errno = ENOENT;
     return std::nullopt;
 }

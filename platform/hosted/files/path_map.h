@@ -18,20 +18,29 @@ struct CHostedDrive {
     std::string m_strRealRoot;   // the same with links resolved; empty where the link leads nowhere
     std::uint32_t m_nType = 0;   // as GetDriveType gives it
     bool m_bIsHostRoot = false;  // the host's own root: no disk of the machine
-    bool m_bConfined = false;    // what a link leads to outside of it is not there
+};
+
+// How the disks show what is on them.
+struct CDiskRules {
+    std::string m_strVolume = {};   // the folder of a Windows volume, which no link leads out of; empty: Wine's disks
+    bool m_bDotFilesHidden = true;  // names that begin with a period, under Wine
+    std::vector<std::string> m_unlisted = {};  // directories of the host that no program of the machine may wander into
 };
 
 class CPathMap {
 public:
-    void SetDrives(std::vector<CHostedDrive> drives) { m_drives = std::move(drives); }
+    CPathMap() = default;
+    CPathMap(std::vector<CHostedDrive> drives, CDiskRules rules)
+        : m_drives(std::move(drives)), m_rules(std::move(rules)) {}
+
     const std::vector<CHostedDrive>& GetDrives() const { return m_drives; }
-    const CHostedDrive* FindDrive(char letter) const;
+    const CDiskRules& GetRules() const { return m_rules; }
+    const CHostedDrive* FindDrive(std::string_view path) const;  // that the path begins with; null if there is none
 
     // The path of the host for something that exists: as it is spelled, else the first match (by byte) in each
     // directory without regard to case. "." and ".." are worked out in the text and never lead above the root
     // of the drive or the host. Nothing, with an errno, where there is no such thing (IsNothing), where it cannot be
-    // looked up, for a path of neither form and for a drive that
-    // is not there.
+    // looked up, for a path of neither form and for a drive that is not there.
     std::optional<std::string> Find(std::string_view path) const;
     // The path of the host for something to be made: its directory by Find, and in it the name as it stands there, or
     // as it is spelled.
@@ -58,7 +67,8 @@ private:
     std::optional<std::string> FindAnywhere(const CParts& parts) const;
     std::optional<std::string> FindName(const std::string& directory, std::string_view name) const;
 
-    std::vector<CHostedDrive> m_drives;
+    std::vector<CHostedDrive> m_drives;  // in the order of their letters
+    CDiskRules m_rules;
     mutable CListing m_listing;  // the last directory that was searched for a name
 };
 

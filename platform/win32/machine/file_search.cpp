@@ -1,7 +1,7 @@
 // A directory is read to its end when its search is opened, and its entries are sorted: NTFS hands them out in an order
 // without case, other file systems in any. The calls in the code page do the work. Where a name does not fit their
 // record, or the path their buffer, the directory is read again in UTF-16.
-#include "platform/win32/machine/file_search.h"
+#include "platform/file_search.h"
 
 #include <algorithm>
 #include <cstring>
@@ -112,48 +112,54 @@ bool IdentityOf(std::string_view directory, CDirectoryIdentity& identity) {
     return true;
 }
 
-bool IsRoot(std::string_view path) { return path.size() <= 3; }
-
 std::string_view LastNameOf(std::string_view path) {
     while (path.ends_with('\\'))
         path.remove_suffix(1);
     return path.substr(path.rfind('\\') + 1);
 }
 
-}  // namespace
+class CWin32Searches : public CSearchSet {
+public:
+    void PassOver(const std::vector<CString>& folders) override;
+    std::unique_ptr<CFileSearch> Open(std::string_view path, std::uint32_t& error) override;
+    std::uint32_t FindPath(std::string_view path, CFileWords& words) override;
 
-struct CSearchSet::CLevel {
+private:
+    struct CDirectory;
+
+    bool IsBehindLink(std::string_view path) const;
+    bool IsOwn(std::string_view parent, std::string_view name, const CFileWords& words) const;
+
+    // The program's own folders: what tells a directory, and its name.
+    std::vector<std::pair<CDirectoryIdentity, CString>> m_own;
+};
+
+// A directory, read to its end, and nothing left open.
+struct CWin32Searches::CDirectory : CLevel {
     struct CEntry {
         std::uint64_t m_nHead;
         std::uint32_t m_nOffset;  // of the name
         std::uint32_t m_nLength;
         CFileWords m_words;
     };
-
-    CString m_strPath;
-    std::vector<char> m_names;
-    std::vector<CEntry> m_entries;
-    std::size_t m_nNext = 0;
-    std::uint32_t m_dwError = ERROR_SUCCESS;  // why the list breaks off, or why there is none
-    bool m_bBehindLink = false;
-
-    std::string_view NameOf(const CEntry& entry) const { return {m_names.data() + entry.m_nOffset, entry.m_nLength}; }
-    // What was delivered last; null before the first entry and behind the last.
-    const CEntry* GetCurrent() const {
-        return m_nNext == 0 || m_nNext > m_entries.size() ? nullptr : &m_entries[m_nNext - 1];
-    }
-
     enum class EOutcome { kRead, kUnreadable, kDoesNotFit };
+
+    using CLevel::CLevel;
+    bool Next(CFindData& data) override;
     template <class Form>
     EOutcome Read();
     bool ReadEntries();
+    std::string_view NameOf(const CEntry& entry) const { return {m_names.data() + entry.m_nOffset, entry.m_nLength}; }
+
+    std::vector<char> m_names;
+    std::vector<CEntry> m_entries;
+    std::size_t m_nNext = 0;
 };
 
 template <class Form>
-CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
+CWin32Searches::CDirectory::EOutcome CWin32Searches::CDirectory::Read() {
     m_names.clear();
     m_entries.clear();
-    m_nNext = 0;
     m_dwError = ERROR_SUCCESS;
     typename Form::CData data;
     Form::Clear(data);
@@ -189,7 +195,7 @@ CSearchSet::CLevel::EOutcome CSearchSet::CLevel::Read() {
     return EOutcome::kDoesNotFit;
 }
 
-bool CSearchSet::CLevel::ReadEntries() {
+bool CWin32Searches::CDirectory::ReadEntries() {
     EOutcome outcome = IsPlainPath(m_strPath) ? Read<CNarrowForm>() : EOutcome::kDoesNotFit;
     if (outcome == EOutcome::kDoesNotFit) outcome = Read<CWideForm>();
     if (outcome == EOutcome::kUnreadable) return false;
@@ -201,50 +207,31 @@ bool CSearchSet::CLevel::ReadEntries() {
     return true;
 }
 
-class CWin32Search : public CFileSearch {
-public:
-    CWin32Search(CSearchSet& set, CSearchSet::CLevel& level) : m_set(set), m_level(level) {}
-    ~CWin32Search() override { m_set.Close(m_level); }
-
-    bool Next(CFindData& data) override {
-        ThrowIfInterrupted();
-        while (m_level.m_nNext < m_level.m_entries.size()) {
-            const CSearchSet::CLevel::CEntry& entry = m_level.m_entries[m_level.m_nNext++];
-            if (m_set.IsOwn(m_level.m_strPath, m_level.NameOf(entry), entry.m_words)) continue;
-            static_cast<CFileWords&>(data) = entry.m_words;
-            data.m_name = m_level.NameOf(entry);
-            return true;
-        }
-        m_level.m_nNext = m_level.m_entries.size() + 1;
-        return false;
+bool CWin32Searches::CDirectory::Next(CFindData& data) {
+    ThrowIfInterrupted();
+    m_current = {};
+    while (m_nNext < m_entries.size()) {
+        const CEntry& entry = m_entries[m_nNext++];
+        if (static_cast<CWin32Searches&>(m_set).IsOwn(m_strPath, NameOf(entry), entry.m_words)) continue;
+        static_cast<CFileWords&>(data) = entry.m_words;
+        data.m_name = m_current = NameOf(entry);
+        m_bCurrentIsLink = (entry.m_words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        return true;
     }
-    std::uint32_t GetError() const override { return m_level.m_dwError; }
-
-private:
-    CSearchSet& m_set;
-    CSearchSet::CLevel& m_level;
-};
-
-CSearchSet::CSearchSet() = default;
-CSearchSet::~CSearchSet() = default;
+    return false;
+}
 
 // Whether the directory is a link or lies below one. The one that the innermost search has just delivered says so
 // itself; any other is asked.
-bool CSearchSet::IsBehindLink(std::string_view path) const {
-    if (!m_open.empty()) {
-        const CLevel& parent = *m_open.back();
-        const CLevel::CEntry* const current = parent.GetCurrent();
-        if (current != nullptr && path.starts_with(parent.m_strPath) && path.ends_with(parent.NameOf(*current)) &&
-            path.size() <= parent.m_strPath.size() + 1 + current->m_nLength) {
-            return parent.m_bBehindLink || (current->m_words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-        }
-    }
-    if (IsRoot(path)) return false;
+bool CWin32Searches::IsBehindLink(std::string_view path) const {
+    if (!m_open.empty() && m_open.back()->HasDelivered(path)) return m_open.back()->IsCurrentBehindLink();
+    constexpr std::size_t kLongestRoot = 3;
+    if (path.size() <= kLongestRoot) return false;
     const DWORD attributes = GetFileAttributesA(CString(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-void CSearchSet::PassOver(const std::vector<CString>& folders) {
+void CWin32Searches::PassOver(const std::vector<CString>& folders) {
     m_own.clear();
     for (const CString& folder : folders) {
         CDirectoryIdentity identity;
@@ -254,7 +241,7 @@ void CSearchSet::PassOver(const std::vector<CString>& folders) {
 
 // A drive may stand for a folder of another one, and a link may have any name: those and what bears an own folder's
 // name are worth a look.
-bool CSearchSet::IsOwn(std::string_view parent, std::string_view name, const CFileWords& words) const {
+bool CWin32Searches::IsOwn(std::string_view parent, std::string_view name, const CFileWords& words) const {
     if ((words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return false;
     const bool isLink = (words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
     const bool isNamed =
@@ -265,53 +252,40 @@ bool CSearchSet::IsOwn(std::string_view parent, std::string_view name, const CFi
     return std::any_of(m_own.begin(), m_own.end(), [&](const auto& own) { return own.first == identity; });
 }
 
-// A directory behind a link is entered unless it is one that it lies in.
-CSearchSet::EEntry CSearchSet::MayEnter(std::string_view path) {
-    CDirectoryIdentity identity;
-    if (!IdentityOf(path, identity)) return EEntry::kMay;  // then its search fails too
-    for (const CLevel* level : m_open) {
-        CDirectoryIdentity above;
-        if (IdentityOf(level->m_strPath, above) && above == identity) return EEntry::kPassedOver;
-    }
-    return m_visits.MayVisit(identity) ? EEntry::kMay : EEntry::kTooOften;
-}
-
-std::unique_ptr<CFileSearch> CSearchSet::Open(std::string_view path, std::uint32_t& error) {
+// A directory behind a link is entered unless it is one that it lies in. One that cannot be told fails to be listed
+// too.
+std::unique_ptr<CFileSearch> CWin32Searches::Open(std::string_view path, std::uint32_t& error) {
     ThrowIfInterrupted();
     error = m_open.size() >= kMaxTreeDepth                       ? ERROR_FILENAME_EXCED_RANGE
             : path.find_first_of("*?") != std::string_view::npos ? ERROR_INVALID_NAME
                                                                  : ERROR_SUCCESS;
     if (error != ERROR_SUCCESS) return nullptr;
     const bool isBehindLink = IsBehindLink(path);
-    if (isBehindLink) {
-        const EEntry entry = MayEnter(path);
-        if (entry == EEntry::kTooOften) error = ERROR_CANT_RESOLVE_FILENAME;
-        if (entry != EEntry::kMay) return nullptr;
+    CDirectoryIdentity identity;
+    if (isBehindLink && IdentityOf(path, identity)) {
+        for (const CLevel* const level : m_open) {
+            CDirectoryIdentity above;
+            if (IdentityOf(level->m_strPath, above) && above == identity) return nullptr;
+        }
+        if (!MayVisit(identity)) {
+            error = ERROR_CANT_RESOLVE_FILENAME;
+            return nullptr;
+        }
     }
-    if (m_spare.empty()) m_spare.push_back(std::make_unique<CLevel>());
-    m_open.reserve(m_open.size() + 1);
-    m_spare.reserve(m_spare.size() + m_open.size() + 1);  // so that Close needs no memory
-    CLevel* const level = m_spare.back().get();
-    level->m_strPath = path;
-    level->m_bBehindLink = isBehindLink;
-    if (!level->ReadEntries()) {
-        error = level->m_dwError;
-        return nullptr;
-    }
-    m_open.push_back(m_spare.back().release());
-    m_spare.pop_back();
-    return std::make_unique<CWin32Search>(*this, *level);
+    auto directory = std::make_unique<CDirectory>(*this, path, isBehindLink);
+    if (directory->ReadEntries()) return directory;
+    error = directory->m_dwError;
+    return nullptr;
 }
 
-void CSearchSet::Close(CLevel& level) {
-    std::erase(m_open, &level);
-    m_spare.emplace_back(&level);
-}
-
-std::uint32_t CSearchSet::FindPath(std::string_view path, CFileWords& words) {
+std::uint32_t CWin32Searches::FindPath(std::string_view path, CFileWords& words) {
     ThrowIfInterrupted();
     if (path.find_first_of("*?<>\"") != std::string_view::npos) return ERROR_INVALID_NAME;  // it would be a pattern
     return IsPlainPath(path) ? FindOne<CNarrowForm>(path, words) : FindOne<CWideForm>(path, words);
 }
+
+}  // namespace
+
+std::unique_ptr<CSearchSet> MakeSearchSet() { return std::make_unique<CWin32Searches>(); }
 
 }  // namespace delvane

@@ -75,7 +75,7 @@ std::vector<CNotice> CWin32Machine::TakeNotices() {
         for (; taken < from.size(); ++taken)
             notices.push_back({from[taken]});
     };
-    take(m_searches.GetNotices(), m_nSearchNotices);
+    take(m_pSearches->GetNotices(), m_nSearchNotices);
     take(m_registry.GetNotices(), m_nRegistryNotices);
     return notices;
 }

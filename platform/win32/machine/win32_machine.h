@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/file_search.h"
 #include "platform/machine.h"
-#include "platform/win32/machine/file_search.h"
 #include "platform/win32/machine/registry.h"
 
 namespace delvane {
@@ -31,16 +31,16 @@ public:
     std::uint32_t GetConnection(std::string_view name, CString& share) override;
 
     void BeginWalk() override {
-        m_searches.BeginWalk();
+        m_pSearches->BeginWalk();
         m_registry.BeginWalk();
     }
-    void PassOver(const std::vector<CString>& folders) override { m_searches.PassOver(folders); }
+    void PassOver(const std::vector<CString>& folders) override { m_pSearches->PassOver(folders); }
 
     std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) override {
-        return m_searches.Open(path, error);
+        return m_pSearches->Open(path, error);
     }
     std::uint32_t FindPath(std::string_view path, CFileWords& words) override {
-        return CSearchSet::FindPath(path, words);
+        return m_pSearches->FindPath(path, words);
     }
 
     std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override {
@@ -62,7 +62,7 @@ public:
     std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) override;
 
 private:
-    CSearchSet m_searches;
+    std::unique_ptr<CSearchSet> m_pSearches = MakeSearchSet();
     CWin32Registry m_registry;
     std::size_t m_nSearchNotices = 0;  // how many were taken
     std::size_t m_nRegistryNotices = 0;

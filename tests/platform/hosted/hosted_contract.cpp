@@ -1,5 +1,4 @@
 // A Wine prefix and a Windows volume with the contents of the contract.
-#include "platform/hosted/hosted_host.h"
 #include "platform/hosted/hosted_machine.h"
 #include "samples/regf_writer.h"
 #include "tests/support/contract_machine.h"
@@ -22,8 +21,8 @@ void WriteFiles(const CTemporaryFolder& machine, const std::string& folder) {
 class CPrefixContract : public CContractMachine {
 public:
     CPrefixContract() { WriteFiles(m_prefix, "drive_c/Contract"); }
-    CMachine& Get() override { return m_machine; }
-    CHost& GetHost() override { return m_host; }
+    CMachine& Get() override { return *m_pMachine; }
+    CHost& GetHost() override { return *m_pHost; }
     CString GetFolder() const override { return "C:\\Contract"; }
     CString GetOwnFolder() const override { return "C:\\Own"; }
 
@@ -44,8 +43,8 @@ private:
 [Software\\Contract\\beta] 1700000000
 )"};
     std::string m_own = m_prefix.MakeFolder("drive_c/Own");
-    CHostedMachine m_machine{CMachineChoice{m_prefix.GetPath(), {}, false, false}};
-    CHostedHost m_host{m_machine.GetPaths(), m_own};
+    std::unique_ptr<CHostedMachine> m_pMachine = MakePrefix(m_prefix.GetPath());
+    std::unique_ptr<CHost> m_pHost = MakeHostedHost(m_pMachine->GetPaths(), m_own);
 };
 
 class CVolumeContract : public CContractMachine {
@@ -72,8 +71,8 @@ public:
         m_volume.Write("Users/Anna/NTUSER.DAT", m_user.Build());
         WriteFiles(m_volume, "Contract");
         m_volume.MakeFolder("Own");
-        m_pMachine = std::make_unique<CHostedMachine>(CMachineChoice{m_volume.GetPath(), {}, false, true});
-        m_pHost = std::make_unique<CHostedHost>(m_pMachine->GetPaths(), m_volume / "Own");
+        m_pMachine = MakeVolume(m_volume.GetPath());
+        m_pHost = MakeHostedHost(m_pMachine->GetPaths(), m_volume / "Own");
     }
     CMachine& Get() override { return *m_pMachine; }
     CHost& GetHost() override { return *m_pHost; }
@@ -91,7 +90,7 @@ private:
     CRegfWriter m_system;
     CRegfWriter m_user;
     std::unique_ptr<CHostedMachine> m_pMachine;
-    std::unique_ptr<CHostedHost> m_pHost;
+    std::unique_ptr<CHost> m_pHost;
 };
 
 }  // namespace

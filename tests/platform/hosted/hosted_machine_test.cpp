@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "platform/folder_kinds.h"
-#include "platform/hosted/hosted_host.h"
+#include "platform/hosted/files/host_file.h"
 #include "tests/support/prefix.h"
 #include "tests/support/search.h"
 
@@ -24,8 +24,8 @@ namespace fs = std::filesystem;
 class HostedMachine : public testing::Test {
 protected:
     CHostedMachine& Open(const CPrefix& prefix) {
-        m_pMachine = std::make_unique<CHostedMachine>(CMachineChoice{prefix.GetPath(), {}, false, false});
-        m_pHost = std::make_unique<CHostedHost>(m_pMachine->GetPaths(), m_home.GetPath());
+        m_pMachine = MakePrefix(prefix.GetPath());
+        m_pHost = MakeHostedHost(m_pMachine->GetPaths(), m_home.GetPath());
         return *m_pMachine;
     }
     // The attributes of what the search lists, by name.
@@ -56,7 +56,7 @@ protected:
 
     CTemporaryFolder m_home;
     std::unique_ptr<CHostedMachine> m_pMachine;
-    std::unique_ptr<CHostedHost> m_pHost;
+    std::unique_ptr<CHost> m_pHost;
 };
 
 TEST_F(HostedMachine, VariablesThatMultiplyComeToAnEnd) {
@@ -357,7 +357,7 @@ TEST_F(HostedMachine, DeepTreesAreWalkedToTheLimitAndNotBeyond) {
 TEST_F(HostedMachine, FoldersOfTheProgramAreDrivePathsOnlyOnADisk) {
     const CPrefix prefix;
     const auto folderOf = [&](const std::string& program) {
-        return CHostedHost(Open(prefix).GetPaths(), program).GetModuleFileName();
+        return MakeHostedHost(Open(prefix).GetPaths(), program)->GetModuleFileName();
     };
     const std::string real = fs::canonical(prefix.MakeFolder("drive_c/Tools"));
     EXPECT_EQ(folderOf(real), "C:\\Tools\\delvane");
@@ -381,8 +381,9 @@ TEST_F(HostedMachine, TheDocumentsStandBesideTheProgramOrInTheShareOfItsInstalla
 }
 
 TEST_F(HostedMachine, WithoutAMachineItsOwnFilesStillWork) {
-    CHostedMachine machine({{}, "nothing here", true});
-    m_pHost = std::make_unique<CHostedHost>(machine.GetPaths(), m_home.GetPath());
+    m_pMachine = MakeHostedMachine({{}, "nothing here", true});
+    CHostedMachine& machine = *m_pMachine;
+    m_pHost = MakeHostedHost(machine.GetPaths(), m_home.GetPath());
     EXPECT_FALSE(machine.IsPresent());
     EXPECT_EQ(machine.TakeNotices(), std::vector<CNotice>{{"nothing here"}});
     EXPECT_EQ(SearchOf(machine, "C:"), nullptr);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/hosted/hosted_machine.h"
-#include "platform/hosted/identity/volume_identity.h"
 #include "samples/regf_writer.h"
 #include "tests/support/search.h"
 #include "tests/support/temporary_folder.h"
@@ -84,7 +83,7 @@ protected:
         const CMachineChoice choice = ChooseMachine();
         unsetenv("DELVANE_MACHINE");
         EXPECT_TRUE(choice.m_bIsVolume) << choice.m_strProblem;
-        m_pMachine = std::make_unique<CHostedMachine>(choice);
+        m_pMachine = MakeHostedMachine(choice);
         return *m_pMachine;
     }
     // The text of a value, or an error's number.
