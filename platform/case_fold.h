@@ -98,15 +98,13 @@ int CompareFolded(std::string_view a, std::string_view b, const FoldCharacter& f
 // too.
 template <class MapCharacter>
 CString MapCharacters(std::string_view text, const MapCharacter& map) {
-    CString result;
-    result.reserve(text.size());
+    const auto isBeyondAscii = [](char c) { return static_cast<signed char>(c) < 0; };
+    const auto ascii = std::find_if(text.begin(), text.end(), isBeyondAscii);
+    CString result(static_cast<std::size_t>(ascii - text.begin()), '\0');
+    std::transform(text.begin(), ascii, result.begin(),
+                   [](char c) { return static_cast<char>(kAsciiFold[static_cast<unsigned char>(c)]); });
+    text.remove_prefix(result.size());
     while (!text.empty()) {
-        const auto first = static_cast<unsigned char>(text.front());
-        if (first < 0x80) {
-            result += static_cast<char>(kAsciiFold[first]);
-            text.remove_prefix(1);
-            continue;
-        }
         const std::string_view before = text;
         const std::uint32_t c = TakeCharacter(text);
         const std::uint32_t mapped = map(c);

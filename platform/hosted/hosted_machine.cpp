@@ -99,8 +99,7 @@ CHostedRegistry::CPlace CHostedMachine::AddHive(std::unique_ptr<CHive> hive, CNo
         m_pRegistry->AddProblem(std::move(problem));
         return {};
     }
-    CHive& added = m_pRegistry->AddHive(std::move(hive));
-    return {&added, added.GetRoot()};
+    return m_pRegistry->AddHive(std::move(hive));
 }
 
 // Between two captures of one run an installation may have changed the files.

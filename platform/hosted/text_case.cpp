@@ -1,6 +1,6 @@
 // Case off Windows, by Unicode's simple folding.
 #include "platform/case_fold.h"
-#include "platform/hosted/registry/key_name.h"
+#include "platform/hosted/registry/hive.h"
 
 namespace delvane {
 
@@ -19,12 +19,5 @@ int CompareKeyNames(std::string_view a, std::string_view b) { return CompareFold
 bool KeyNamesEqual(std::string_view a, std::string_view b) { return CompareKeyNames(a, b) == 0; }
 
 std::string FoldKeyName(std::string_view name) { return MapCharacters(name, FoldInName); }
-
-std::string_view TakeKeyName(std::string_view& path) {
-    const std::size_t end = path.find('\\');
-    const std::string_view name = path.substr(0, end);
-    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
-    return name;
-}
 
 }  // namespace delvane

@@ -42,8 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     CHostedRegistry registry;
     for (const HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
-        CHive& added = registry.AddHive(std::make_unique<CTextHive>(BytesOf(text), "HIVE"));
-        registry.SetRoot(root, {{&added, 0}, {}});
+        registry.SetRoot(root, {registry.AddHive(std::make_unique<CTextHive>(BytesOf(text), "HIVE")), {}});
     }
     const auto machine = registry.Find(HKEY_LOCAL_MACHINE, "a");
     const auto user = registry.Find(HKEY_CURRENT_USER, "A\\a");

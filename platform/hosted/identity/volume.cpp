@@ -30,22 +30,6 @@ constexpr std::array<const char*, 8> kNoAccounts = {"All Users",    "Default",  
 constexpr std::array<const char*, 2> kClassesFolders = {"\\AppData\\Local\\Microsoft\\Windows",
                                                         "\\Local Settings\\Application Data\\Microsoft\\Windows"};
 
-// A key that holds nothing but what is mounted on it.
-class CMountPoint : public CHive {
-public:
-    std::uint32_t GetRoot() const override { return 0; }
-    bool ReadKey(std::uint32_t, CKeyContents&) override { return true; }
-    std::optional<std::uint32_t> FindSubkey(std::uint32_t, std::string_view) override { return std::nullopt; }
-    std::optional<std::string> GetLink(std::uint32_t) override { return std::nullopt; }
-    std::uint64_t GetSize() const override { return 0; }
-    bool IsCut() const override { return false; }
-    std::vector<CNotice> GetProblems() const override { return {}; }
-};
-
-CHostedRegistry::CPlace AddMountPoint(CHostedRegistry& registry) {
-    return {&registry.AddHive(std::make_unique<CMountPoint>()), 0};
-}
-
 std::string NameOf(const std::string& hostPath) { return hostPath.substr(hostPath.rfind('/') + 1); }
 
 // "\x20" as it stands in names of /dev/disk.
@@ -108,7 +92,7 @@ protected:
     void ReadRegistry() final {
         BeginRegistry();
         m_bAllHives = false;
-        m_machineRoot = AddMountPoint(*m_pRegistry);
+        m_machineRoot = m_pRegistry->AddHive(std::make_unique<CHive>());
         m_pRegistry->SetRoot(HKEY_LOCAL_MACHINE, {m_machineRoot, {}});
         AddSystemHive("SOFTWARE", true);
         MountControlSet(AddSystemHive("SYSTEM", true));
@@ -292,7 +276,7 @@ private:
         if (classes) {
             auto software = m_pRegistry->Find(HKEY_CURRENT_USER, "Software");
             if (!software) {
-                software = {AddMountPoint(*m_pRegistry), {}};
+                software = {m_pRegistry->AddHive(std::make_unique<CHive>()), {}};
                 m_pRegistry->Mount(m_userRoot, "Software", software->m_first);
             }
             m_pRegistry->Mount(software->m_first, "Classes", classes);

@@ -120,7 +120,7 @@ std::unique_ptr<CRegfHive> CRegfHive::Read(CFileBytes bytes, const std::vector<C
     return hive;
 }
 
-CRegfHive::CRegfHive(CFileBytes bytes, std::string name) : m_bytes(std::move(bytes)), m_strName(std::move(name)) {
+CRegfHive::CRegfHive(CFileBytes bytes, std::string name) : CHive(std::move(bytes), std::move(name)) {
     const std::string_view whole = m_bytes.GetBytes();
     m_cells = whole.substr(kBaseBlock);
     const std::size_t size = U32(whole, kCellsSize);
@@ -347,30 +347,6 @@ std::optional<std::string> CRegfHive::GetLink(std::uint32_t key) {
 std::string CRegfHive::NameOf(std::uint32_t key) const {
     CKeyContents contents;
     return std::string(contents.Get(AddKeyName(key, contents)));
-}
-
-std::optional<std::uint32_t> CRegfHive::FindSubkey(std::uint32_t key, std::string_view name) {
-    if (m_index.IsMade()) {
-        const std::uint32_t found =
-            m_index.Find(key, name, [this](std::uint32_t candidate) { return NameOf(candidate); });
-        return found == CKeyIndex::kNoKey ? std::nullopt : std::optional(found);
-    }
-    const CNode& node = m_nodes[key];
-    std::optional<std::uint32_t> found;
-    for (std::uint32_t child = node.m_nFirstChild; child - node.m_nFirstChild < node.m_nChildCount; ++child) {
-        ++m_nSteps;
-        const std::string candidate = NameOf(child);
-        if (candidate == name) return child;
-        if (!found && KeyNamesEqual(candidate, name)) found = child;
-    }
-    if (m_nSteps > CKeyIndex::kStepsWithout) MakeIndex();
-    return found;
-}
-
-void CRegfHive::MakeIndex() {
-    m_index.Make(m_nodes.size());
-    for (std::uint32_t key = 1; key < m_nodes.size(); ++key)
-        m_index.Add(key, m_nodes[key].m_nParent, NameOf(key));
 }
 
 // Problems.

@@ -8,13 +8,12 @@
 
 #include "platform/host.h"
 #include "platform/hosted/registry/hive.h"
-#include "platform/hosted/registry/key_index.h"
 #include "platform/machine.h"
 
 namespace delvane {
 
 // Bytes from outside: every offset and length in them is checked, each key is visited once, and damage costs the key or
-// value that it hits. Keys are numbered by a table that Open makes; the root is 0. A library for such files takes five
+// value that it hits. Keys are numbered by a table that Open makes. A library for such files takes five
 // times the processor time for the same hive (docs/performance.md).
 class CRegfHive : public CHive {
 public:
@@ -28,11 +27,8 @@ public:
     // The transaction logs beside a hive file.
     static std::vector<std::string> FindLogs(const std::string& hostPath);
 
-    std::uint32_t GetRoot() const override { return 0; }
     bool ReadKey(std::uint32_t key, CKeyContents& contents) override;
-    std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) override;
     std::optional<std::string> GetLink(std::uint32_t key) override;
-    std::uint64_t GetSize() const override { return m_bytes.m_nSize; }
     bool IsCut() const override { return m_bCut; }
     std::vector<CNotice> GetProblems() const override;
 
@@ -62,14 +58,19 @@ private:
     bool AddValue(std::uint32_t cell, CKeyContents& contents);
     bool GetData(std::uint32_t size, std::string_view valueCell, std::string_view& data);
     bool GetBigData(std::uint32_t size, std::string_view cell, std::string_view& data);
-    std::string NameOf(std::uint32_t key) const;
+    std::uint32_t FirstSubkey(std::uint32_t key) const override {
+        return m_nodes[key].m_nChildCount == 0 ? 0 : m_nodes[key].m_nFirstChild;
+    }
+    std::uint32_t NextSubkey(std::uint32_t key) const override {
+        const bool isLast = key + 1 == m_nodes.size() || m_nodes[key + 1].m_nParent != m_nodes[key].m_nParent;
+        return isLast ? 0 : key + 1;
+    }
+    std::uint32_t CountKeys() const override { return static_cast<std::uint32_t>(m_nodes.size()); }
+    std::string NameOf(std::uint32_t key) const override;
     std::string PathOf(std::uint32_t key) const;
     void NoteBadKey(std::uint32_t parent);
     void NoteBadValue(std::uint32_t key);
-    void MakeIndex();
 
-    CFileBytes m_bytes;
-    std::string m_strName;
     std::string_view m_cells;  // what lies behind the base block; cells are told by their offset in it
     std::uint32_t m_nMinorVersion = 0;
     std::size_t m_nCellHead = 4;  // what a cell begins with before its content
@@ -78,8 +79,6 @@ private:
     std::vector<ECounted> m_counted;
     std::uint64_t m_nHandedOut = 0;  // bytes of values, each key counted once
     std::size_t m_nRefunds = 0;      // keys that were refused and not counted
-    CKeyIndex m_index;               // made when it is worth it
-    std::size_t m_nSteps = 0;        // from sibling to sibling, in all look-ups so far
     std::string m_bigData;
     std::string m_strFirstBad;
     bool m_bUnfinished = false;  // its last changes are lost

@@ -18,7 +18,6 @@
 #include <unordered_set>
 
 #include "platform/host.h"
-#include "platform/hosted/registry/key_name.h"
 #include "platform/little_endian.h"
 
 namespace delvane {
@@ -37,6 +36,14 @@ bool TakePrefixNoCase(std::string_view& text, std::string_view prefix) {
     if (text.size() < prefix.size() || !KeyNamesEqual(text.substr(0, prefix.size()), prefix)) return false;
     text.remove_prefix(prefix.size());
     return true;
+}
+
+// Takes the first component and the backslash behind it off a path.
+std::string_view TakeKeyName(std::string_view& path) {
+    const std::size_t end = path.find('\\');
+    const std::string_view name = path.substr(0, end);
+    path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
+    return name;
 }
 
 }  // namespace
@@ -78,9 +85,9 @@ struct CHostedRegistry::COpenKey {
 CHostedRegistry::CHostedRegistry() = default;
 CHostedRegistry::~CHostedRegistry() = default;
 
-CHive& CHostedRegistry::AddHive(std::unique_ptr<CHive> hive) {
+CHostedRegistry::CPlace CHostedRegistry::AddHive(std::unique_ptr<CHive> hive) {
     m_hives.push_back(std::move(hive));
-    return *m_hives.back();
+    return {m_hives.back().get(), CHive::GetRoot()};
 }
 
 void CHostedRegistry::SetRoot(HKEY root, CLayers layers) { m_roots.emplace_back(root, layers); }

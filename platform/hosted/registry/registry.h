@@ -41,7 +41,7 @@ public:
     // What the registry is made of. A predefined key without a root is an empty one. A mount is a subkey that leads to
     // another key, in place of any subkey of that name. Links are resolved through the roots: \Registry\Machine leads
     // to HKEY_LOCAL_MACHINE, and \Registry\User\SID to HKEY_CURRENT_USER if `userSid` is that text (or not known).
-    CHive& AddHive(std::unique_ptr<CHive> hive);
+    CPlace AddHive(std::unique_ptr<CHive> hive);  // gives its root
     void SetRoot(HKEY root, CLayers layers);
     void Mount(CPlace parent, std::string_view name, CPlace target);
     void SetUserSid(std::string_view userSid) { m_strUserSid = userSid; }

@@ -11,8 +11,6 @@
 
 #include <algorithm>
 
-#include "platform/hosted/registry/key_name.h"
-
 namespace delvane {
 namespace {
 
@@ -53,7 +51,7 @@ std::unique_ptr<CTextHive> CTextHive::Open(const std::string& hostPath, CNotice&
 }
 
 CTextHive::CTextHive(CFileBytes text, std::string name)
-    : m_bytes(std::move(text)), m_strName(std::move(name)), m_text(m_bytes.GetBytes()) {
+    : CHive(std::move(text), std::move(name)), m_text(m_bytes.GetBytes()) {
     constexpr std::size_t kUsualKey = 200;  // what a key takes in the text with its values
     m_nodes.Reserve(m_bytes.m_nSize / kUsualKey + 1);
     m_nodes.push_back({});
@@ -76,7 +74,7 @@ std::uint32_t CTextHive::MakeKey(const CRegistryText::CKey& section) {
     while (at < path.size()) {
         const std::string_view name = path.substr(at, path.find('\\', at) - at);
         at += name.size() + 1;
-        if (depth == m_chain.size() || NameOf(m_chain[depth].m_nKey) != name) {
+        if (depth == m_chain.size() || NameAt(m_chain[depth].m_nKey) != name) {
             m_chain.resize(depth);
             m_chain.push_back({MakeChild(key, name, at > path.size() ? section.m_pName : nullptr), at});
         }
@@ -91,9 +89,9 @@ std::uint32_t CTextHive::MakeKey(const CRegistryText::CKey& section) {
 // `inText` is where the name stands in the text as it is; null where that is not known.
 std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name, const char* inText) {
     const std::uint32_t last = m_nodes[parent].m_nLastChild;
-    const bool sortsBehind = last == 0 || CompareKeyNames(NameOf(last), name) < 0;
+    const bool sortsBehind = last == 0 || CompareKeyNames(NameAt(last), name) < 0;
     if (!sortsBehind || (last != 0 && !m_bAscends)) {
-        if (const std::uint32_t found = FindChild(parent, name); found != 0) return found;
+        if (const std::optional<std::uint32_t> found = FindSubkey(parent, name)) return *found;
     }
     m_bAscends = m_bAscends && sortsBehind;
     const auto child = static_cast<std::uint32_t>(m_nodes.size());
@@ -106,33 +104,8 @@ std::uint32_t CTextHive::MakeChild(std::uint32_t parent, std::string_view name, 
     if (inText == nullptr) m_strNames += name;
     m_nodes.push_back(node);
     m_nodes[parent].m_nLastChild = child;
-    if (m_index.IsMade()) m_index.Add(child, parent, name);
+    NoteNewKey(parent, name);
     return child;
-}
-
-// 0 where there is none.
-std::uint32_t CTextHive::FindChild(std::uint32_t parent, std::string_view name) {
-    if (m_index.IsMade()) {
-        const auto nameOf = [this](std::uint32_t key) { return NameOf(key); };
-        const std::uint32_t found = m_index.Find(parent, name, nameOf);
-        return found == CKeyIndex::kNoKey ? 0 : found;
-    }
-    std::uint32_t found = 0;
-    for (std::uint32_t key = m_nodes[parent].m_nLastChild; key != 0; key = m_nodes[key].m_nSiblingBefore) {
-        ++m_nSteps;
-        if (NameOf(key) == name) return key;
-        if (KeyNamesEqual(NameOf(key), name)) found = key;
-    }
-    if (m_nSteps > CKeyIndex::kStepsWithout) MakeIndex();
-    return found;
-}
-
-void CTextHive::MakeIndex() {
-    m_index.Make(m_nodes.size());
-    for (std::uint32_t parent = 0; parent < m_nodes.size(); ++parent) {
-        for (std::uint32_t key = m_nodes[parent].m_nLastChild; key != 0; key = m_nodes[key].m_nSiblingBefore)
-            m_index.Add(key, parent, NameOf(key));
-    }
 }
 
 void CTextHive::AddSection(std::uint32_t key, std::size_t position) {
@@ -170,7 +143,7 @@ bool CTextHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
         contents.m_subkeys.push_back({{}, child});
     std::reverse(contents.m_subkeys.begin(), contents.m_subkeys.end());
     for (CKeyContents::CSubkey& subkey : contents.m_subkeys)
-        subkey.m_name = contents.Add(NameOf(subkey.m_nKey));
+        subkey.m_name = contents.Add(NameAt(subkey.m_nKey));
     if (node.m_nSection != 0) ReadSection(node.m_nSection, contents);
     if (!m_moreSections.empty()) {
         const auto more = m_moreSections.find(key);
@@ -191,11 +164,6 @@ void CTextHive::ReadSection(std::size_t position, CKeyContents& contents) {
         contents.m_values.push_back({name, value.m_dwType, contents.Add(value.m_data)});
     }
     if (m_text.GetProblemCount() != problems) contents.m_dwError = ERROR_REGISTRY_CORRUPT;
-}
-
-std::optional<std::uint32_t> CTextHive::FindSubkey(std::uint32_t key, std::string_view name) {
-    const std::uint32_t found = FindChild(key, name);
-    return found == 0 ? std::nullopt : std::optional(found);
 }
 
 std::optional<std::string> CTextHive::GetLink(std::uint32_t key) {

@@ -9,14 +9,13 @@
 
 #include "platform/host.h"
 #include "platform/hosted/registry/hive.h"
-#include "platform/hosted/registry/key_index.h"
 #include "platform/hosted/registry/registry_text.h"
 #include "platform/machine.h"
 
 namespace delvane {
 
 // Keeps the text (of no more than 4 GB) and a table of the keys in it; what a key holds is decoded when it is asked
-// for. Keys are numbered in the order of their first appearance, the root is 0.
+// for. Keys are numbered in the order of their first appearance.
 class CTextHive : public CHive {
 public:
     // Null where the file cannot be read or is no registry text: `problem` then says so.
@@ -27,11 +26,8 @@ public:
     // The account whose hive it is, as the text says at its head; empty where it does not.
     std::string FindUserSid() const;
 
-    std::uint32_t GetRoot() const override { return 0; }
     bool ReadKey(std::uint32_t key, CKeyContents& contents) override;
-    std::optional<std::uint32_t> FindSubkey(std::uint32_t key, std::string_view name) override;
     std::optional<std::string> GetLink(std::uint32_t key) override;
-    std::uint64_t GetSize() const override { return m_bytes.m_nSize; }
     bool IsCut() const override { return m_text.IsCut(); }
     std::vector<CNotice> GetProblems() const override;
 
@@ -43,7 +39,11 @@ private:
         std::uint32_t m_nSiblingBefore = 0;
         std::uint32_t m_nSection = 0;  // where its values begin in the text; 0: it has no section
     };
-    std::string_view NameOf(std::uint32_t key) const {
+    std::uint32_t FirstSubkey(std::uint32_t key) const override { return m_nodes[key].m_nLastChild; }
+    std::uint32_t NextSubkey(std::uint32_t key) const override { return m_nodes[key].m_nSiblingBefore; }
+    std::uint32_t CountKeys() const override { return static_cast<std::uint32_t>(m_nodes.size()); }
+    std::string NameOf(std::uint32_t key) const override { return std::string(NameAt(key)); }
+    std::string_view NameAt(std::uint32_t key) const {
         const CNode& node = m_nodes[key];
         const bool isInText = node.m_nName < m_bytes.m_nSize;
         return {
@@ -52,14 +52,10 @@ private:
     }
     std::uint32_t MakeKey(const CRegistryText::CKey& section);
     std::uint32_t MakeChild(std::uint32_t parent, std::string_view name, const char* inText);
-    std::uint32_t FindChild(std::uint32_t parent, std::string_view name);
-    void MakeIndex();
     void AddSection(std::uint32_t key, std::size_t position);
     void ReadLink(std::uint32_t key);
     void ReadSection(std::size_t position, CKeyContents& contents);
 
-    CFileBytes m_bytes;
-    std::string m_strName;
     CRegistryText m_text;
     CPageVector<CNode> m_nodes;
     std::string m_strNames;
@@ -69,8 +65,6 @@ private:
     };
     std::vector<CLink> m_chain;  // the keys on the path that was made last, the root left out
     bool m_bAscends = true;      // so far all siblings came in the order of their names without case
-    std::size_t m_nSteps = 0;    // from sibling to sibling, in all look-ups so far
-    CKeyIndex m_index;           // made when it is worth it
     std::unordered_map<std::uint32_t, std::vector<std::size_t>> m_moreSections;  // of keys that stand twice in the file
     std::unordered_map<std::uint32_t, std::string> m_links;
 };

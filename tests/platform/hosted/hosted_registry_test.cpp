@@ -16,8 +16,7 @@ using Lines = std::vector<std::string>;
 class HostedRegistry : public testing::Test {
 protected:
     CHostedRegistry::CPlace Add(const std::string& text) {
-        return {&m_registry.AddHive(std::make_unique<CTextHive>(BytesOf("WINE REGISTRY Version 2\n" + text), "TEXT")),
-                0};
+        return m_registry.AddHive(std::make_unique<CTextHive>(BytesOf("WINE REGISTRY Version 2\n" + text), "TEXT"));
     }
     // A link in registry text.
     static std::string Link(const std::string& key, const std::string& target) {
@@ -189,7 +188,7 @@ TEST_F(HostedRegistry, NamesThatDifferInCaseAloneAreOpenedExactly) {
     }
     CNotice problem;
     auto hive = CRegfHive::Read(BytesOf(writer.Build()), {}, "HIVE", problem);
-    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {{&m_registry.AddHive(std::move(hive)), 0}, {}});
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {m_registry.AddHive(std::move(hive)), {}});
     EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE),
               (Lines{"\\KEY", "\\KEY: is=KEY", "\\Key", "\\Key: is=Key", "\\key", "\\key: is=key"}));
 }
