@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <span>
 #include <vector>
 
 #include "review/change_list.h"
 #include "review/describe.h"
-#include "review/pattern.h"
 #include "review/rules.h"
 #include "review/toml.h"
 
@@ -17,17 +15,11 @@ namespace {
 
 constexpr std::array<std::string_view, 7> kKeys = {"path", "name", "kind", "change", "finding", "reason", "until"};
 
-CString List(std::span<const std::string_view> words) {
-    CString text;
-    for (const std::string_view word : words)
-        (text += text.empty() ? "" : ", ") += word;
-    return text;
-}
-
 // Reads one list. Every fault is noted with its place, and all of them are told at once.
 class CListReader {
 public:
-    CListReader(std::string_view file, std::uint64_t today) : m_strFile(file), m_strToday(IsoDate(today)) {}
+    CListReader(std::string_view file, std::uint64_t today)
+        : m_strFile(file), m_strToday(IsoTime(today).substr(0, 10)) {}
 
     std::vector<CAcceptEntry> Read(std::string_view text) {
         toml::table list;
@@ -91,7 +83,7 @@ private:
         entry.m_nLine = table.source().begin.line;
         for (const auto& [key, node] : table) {
             if (std::find(kKeys.begin(), kKeys.end(), key.str()) == kKeys.end())
-                Fault(key.source(), "unknown key \"" + CString(key.str()) + "\"; known are " + List(kKeys));
+                Fault(key.source(), "unknown key \"" + CString(key.str()) + "\"; known are " + Joined(kKeys, ", "));
         }
         const bool hasPath = table.contains("path");
         const bool hasFinding = table.contains("finding");
@@ -106,8 +98,8 @@ private:
         }
         ReadText(table, "path", entry.m_strPath);
         entry.m_bHasName = ReadText(table, "name", entry.m_strName);
-        ReadWords(table, "kind", kKindWords, entry.m_kinds);
-        ReadWords(table, "change", kChangeWords, entry.m_changes);
+        ReadWords(table, "kind", kWords<EKind>, entry.m_kinds);
+        ReadWords(table, "change", kWords<EChange>, entry.m_changes);
         CString rule;
         if (ReadText(table, "finding", rule)) {
             entry.m_pRule = FindRule(rule);
@@ -143,7 +135,7 @@ private:
             const CString word = element.value_or(CString());
             const auto known = std::find(words.begin(), words.end(), word);
             if (!element.is_string() || known == words.end()) {
-                Fault(element.source(), CString(key) + " is a list of these words: " + List(words));
+                Fault(element.source(), CString(key) + " is a list of these words: " + Joined(words, ", "));
             } else {
                 bits = static_cast<std::uint8_t>(bits | 1U << (known - words.begin()));
             }
@@ -160,10 +152,8 @@ private:
         const auto* const date = node->as_date();
         if (date == nullptr)
             return Fault(node->source(), "until is a date, such as 2027-03-31, without quotation marks");
-        std::array<char, 32> text{};
-        std::snprintf(text.data(), text.size(), "%04u-%02u-%02u", unsigned{date->get().year},
-                      unsigned{date->get().month}, unsigned{date->get().day});
-        entry.m_strUntil = text.data();
+        entry.m_strUntil = Printed("%04u-%02u-%02u", unsigned{date->get().year}, unsigned{date->get().month},
+                                   unsigned{date->get().day});
         entry.m_bExpired = m_strToday > entry.m_strUntil;
     }
 
@@ -172,8 +162,6 @@ private:
     std::vector<CFault> m_faults;
 };
 
-bool HasBit(std::uint8_t bits, std::size_t bit) { return (bits >> bit & 1) != 0; }
-
 }  // namespace
 
 CString CAcceptEntry::GetPlace() const {
@@ -181,23 +169,16 @@ CString CAcceptEntry::GetPlace() const {
            (m_pRule != nullptr ? CString(m_pRule->m_id) : m_strPath + (m_bHasName ? " " + m_strName : CString()));
 }
 
-class CAcceptList::CIndex : public CPatternIndex {};
-
-CAcceptList::CAcceptList()
-    : m_pEntries(std::make_unique<std::deque<CAcceptEntry>>()), m_pIndex(std::make_unique<CIndex>()) {}
-CAcceptList::~CAcceptList() = default;
-CAcceptList::CAcceptList(CAcceptList&&) noexcept = default;
-CAcceptList& CAcceptList::operator=(CAcceptList&&) noexcept = default;
-
 void CAcceptList::Read(std::string_view file, std::string_view text, std::uint64_t today) {
     CListReader reader(file, today);
     for (CAcceptEntry& entry : reader.Read(text)) {
-        const auto number = static_cast<std::uint32_t>(m_pEntries->size());
-        m_pEntries->push_back(std::move(entry));
-        const CAcceptEntry& kept = m_pEntries->back();
+        const auto number = static_cast<std::uint32_t>(m_entries.size());
+        m_entries.push_back(std::move(entry));
+        CAcceptEntry& kept = m_entries.back();
+        kept.m_nNumber = number + 1;
         if (kept.m_pRule != nullptr || kept.m_bExpired) continue;
         try {
-            m_pIndex->Add(kept.m_strPath, kept.m_bHasName ? std::optional(kept.m_strName) : std::nullopt, number);
+            m_index.Add(kept.m_strPath, kept.m_bHasName ? std::optional(kept.m_strName) : std::nullopt, number);
         } catch (const std::invalid_argument& error) {
             reader.Refuse(kept.m_nLine, CString("path ") + error.what());
         }
@@ -205,24 +186,20 @@ void CAcceptList::Read(std::string_view file, std::string_view text, std::uint64
 }
 
 const CAcceptEntry* CAcceptList::Find(const CChange& change) {
-    const auto name = change.m_kind == EKind::kValue ? std::optional(change.m_name) : std::nullopt;
+    const auto hasBit = [](std::uint8_t bits, auto word) { return (bits >> IndexOf(word) & 1) != 0; };
     const CAcceptEntry* first = nullptr;
-    std::uint32_t lowest = 0;
-    for (const std::uint32_t number : m_pIndex->Find(change.m_path, name)) {
-        CAcceptEntry& entry = (*m_pEntries)[number];
-        if (!HasBit(entry.m_kinds, static_cast<std::size_t>(change.m_kind))) continue;
-        if (!HasBit(entry.m_changes, static_cast<std::size_t>(change.m_change))) continue;
+    for (const std::uint32_t number : m_index.Find(change.m_path, change.GetValueName())) {
+        CAcceptEntry& entry = m_entries[number];
+        if (!hasBit(entry.m_kinds, change.m_kind) || !hasBit(entry.m_changes, change.m_change)) continue;
         entry.m_bFits = true;
-        if (first != nullptr && lowest < number) continue;
-        first = &entry;
-        lowest = number;
+        if (first == nullptr || &entry < first) first = &entry;
     }
     return first;
 }
 
 const CAcceptEntry* CAcceptList::Find(const CRule& rule) {
     const CAcceptEntry* first = nullptr;
-    for (CAcceptEntry& entry : *m_pEntries) {
+    for (CAcceptEntry& entry : m_entries) {
         if (entry.m_pRule != &rule || entry.m_bExpired) continue;
         entry.m_bFits = true;
         if (first == nullptr) first = &entry;

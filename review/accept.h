@@ -2,13 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
-#include <memory>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
 
 #include "platform/text.h"
+#include "review/pattern.h"
 #include "review/words.h"
 
 namespace delvane {
@@ -17,7 +16,8 @@ struct CChange;
 struct CRule;
 
 struct CAcceptEntry {
-    CString m_strFile;  // as it was given in the call
+    std::uint32_t m_nNumber = 0;  // its place in all lists, counted from 1
+    CString m_strFile;            // as it was given in the call
     std::uint32_t m_nLine = 0;
     CString m_strPath;  // the pattern; empty where it accepts a rule
     CString m_strName;  // the pattern of a value's name
@@ -43,27 +43,19 @@ public:
 // The entries of all lists of a call, in their order. The first that fits gives the reason.
 class CAcceptList {
 public:
-    CAcceptList();
-    ~CAcceptList();
-    CAcceptList(CAcceptList&&) noexcept;
-    CAcceptList& operator=(CAcceptList&&) noexcept;
-
     // Appends the entries of a list, `text`, that came from `file`. `today` is the day in ticks, for entries that
     // expire. CAcceptError where the list cannot be used.
     void Read(std::string_view file, std::string_view text, std::uint64_t today);
 
-    // The first entry that fits, or null. Marks all that fit.
+    // The first entry that fits, or null; it keeps its place when the list is moved. Marks all that fit.
     const CAcceptEntry* Find(const CChange& change);
     const CAcceptEntry* Find(const CRule& rule);
 
-    // They keep their places, whatever happens to the list.
-    const std::deque<CAcceptEntry>& GetEntries() const { return *m_pEntries; }
+    const std::vector<CAcceptEntry>& GetEntries() const { return m_entries; }
 
 private:
-    class CIndex;
-
-    std::unique_ptr<std::deque<CAcceptEntry>> m_pEntries;
-    std::unique_ptr<CIndex> m_pIndex;
+    std::vector<CAcceptEntry> m_entries;
+    CPatternIndex m_index;
 };
 
 }  // namespace delvane

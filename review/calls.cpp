@@ -113,12 +113,12 @@ void AddOptions(CLI::App& app, CReviewOptions& options) {
 // What can be wrong with a call is found before anything is opened or made.
 void CheckOptions(CReviewOptions& options) {
     options.m_formats = FormatsOf(options.m_strFormats);
-    const auto level = std::find(kFailOnWords.begin(), kFailOnWords.end(), options.m_strFailOn);
-    if (level == kFailOnWords.end()) {
+    const auto level = std::ranges::find(kWords<EFailOn>, options.m_strFailOn);
+    if (level == kWords<EFailOn>.end()) {
         throw CCallError(kReviewBadCall, "--fail-on: \"" + options.m_strFailOn +
                                              "\" is no level; there are error, warning, info, change and none");
     }
-    options.m_failOn = static_cast<EFailOn>(level - kFailOnWords.begin());
+    options.m_failOn = static_cast<EFailOn>(level - kWords<EFailOn>.begin());
 }
 
 CAcceptList ReadAcceptLists(const std::vector<CString>& files, std::uint64_t today) {

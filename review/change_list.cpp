@@ -61,22 +61,15 @@ public:
             m_changes[IdentityOf(after != nullptr ? *after : *before)] |= BitOf(change);
         });
         for (const CReportFinding& finding : report.m_findings) {
-            switch (finding.m_textId) {
-                case IDS_DRIVE_TYPES_DIFFER:
-                case IDS_VOLUMES_DIFFER:
-                case IDS_DRIVE_NOT_IN_BASELINE:
-                case IDS_DRIVE_NOT_IN_CURRENT:
-                case IDS_CURRENT_WITHOUT_HIVE:
-                case IDS_BASELINE_WITHOUT_HIVE:
-                    m_ignored.insert(CString(finding.m_pObject->m_name));
-                    break;
-                case IDS_CURRENT_WITHOUT_EXTENSIONS:
-                case IDS_BASELINE_WITHOUT_EXTENSIONS:
-                    m_bExtensionsIgnored = true;
-                    break;
-                default:
-                    break;
+            const auto isOneOf = [&](std::initializer_list<std::uint32_t> ids) {
+                return std::find(ids.begin(), ids.end(), finding.m_textId) != ids.end();
+            };
+            if (isOneOf({IDS_DRIVE_TYPES_DIFFER, IDS_VOLUMES_DIFFER, IDS_DRIVE_NOT_IN_BASELINE,
+                         IDS_DRIVE_NOT_IN_CURRENT, IDS_CURRENT_WITHOUT_HIVE, IDS_BASELINE_WITHOUT_HIVE})) {
+                m_ignored.insert(CString(finding.m_pObject->m_name));
             }
+            m_bExtensionsIgnored =
+                m_bExtensionsIgnored || isOneOf({IDS_CURRENT_WITHOUT_EXTENSIONS, IDS_BASELINE_WITHOUT_EXTENSIONS});
         }
     }
 
@@ -101,27 +94,15 @@ private:
     bool m_bExtensionsIgnored = false;
 };
 
-CSnapshotRecord RecordOf(const CReviewInput::CSide& side) {
-    const CSnapshot& snapshot = *side.m_pSnapshot;
-    return {CString(snapshot.m_name), snapshot.GetCreatedTicks(), snapshot.m_strComputerName,
-            snapshot.m_strUserName,   snapshot.m_strOsName,       side.m_strFile};
-}
-
 // Whether what is written of the node as text is no UTF-8.
 bool IsLossyNode(const CDelvObj* node, EKind kind) {
     if (node == nullptr) return false;
-    if (kind == EKind::kValue) {
-        const CValueData data = DescribeData(static_cast<const CDelvRegValObj&>(*node));
-        return !IsCleanText(data.m_strText) || !std::all_of(data.m_texts.begin(), data.m_texts.end(),
-                                                            [](const CString& text) { return IsCleanText(text); });
-    }
+    if (kind == EKind::kValue) return !IsCleanText(DescribeData(static_cast<const CDelvRegValObj&>(*node)).m_text);
     if (kind != EKind::kExtension) return false;
     const auto& extension = static_cast<const CDelvExtObj&>(*node);
     return !IsCleanText(extension.m_strFileType) || !IsCleanText(extension.m_strIcon) ||
            !IsCleanText(extension.m_strOpenCommand);
 }
-
-std::size_t IndexOf(auto word) { return static_cast<std::size_t>(word); }
 
 }  // namespace
 
@@ -139,12 +120,10 @@ public:
 
     void CollectGaps(const CReviewInput& input) {
         CGapIndex index;
-        for (const CReviewInput::CSide* side :
-             {&input.m_baseline, &input.m_current, &input.m_control, &input.m_installed}) {
+        for (const auto& [role, side] : input.GetSides()) {
             for (CReviewGap gap : side->m_gaps) {
                 gap.m_strSnapshot = side->m_pSnapshot->m_name;
-                gap.m_bMarks = side == &input.m_baseline || side == &input.m_current;
-                if (gap.m_bMarks) index.Add(gap);
+                if (side == &input.m_baseline || side == &input.m_current) index.Add(gap);
                 m_review.m_gaps.push_back(std::move(gap));
             }
         }
@@ -158,17 +137,14 @@ public:
             if (rule == nullptr) continue;
             CFinding finding;
             finding.m_pRule = rule;
-            finding.m_severity = rule->m_severity;
-            finding.m_nRequirement = rule->m_nRequirement;
             finding.m_strObject = DescribeObject(*filed.m_pObject);
             finding.m_strText = PlainText(filed);
             finding.m_changes = ChangesBehind(filed);
             m_review.m_findings.push_back(std::move(finding));
         }
-        std::stable_sort(
-            m_review.m_findings.begin(), m_review.m_findings.end(), [](const CFinding& a, const CFinding& b) {
-                return std::pair(a.m_nRequirement, a.m_severity) < std::pair(b.m_nRequirement, b.m_severity);
-            });
+        std::ranges::stable_sort(m_review.m_findings, {}, [](const CFinding& finding) {
+            return std::pair(finding.m_pRule->m_nRequirement, finding.m_pRule->m_severity);
+        });
         for (std::uint32_t id = 0; CFinding & finding : m_review.m_findings)
             finding.m_nId = ++id;
     }
@@ -213,14 +189,15 @@ public:
         CReviewCounts& counts = m_review.m_counts;
         for (const CChange& change : m_review.m_changes) {
             ++counts.m_changes[IndexOf(change.m_status)];
-            if (change.m_status == EStatus::kOpen) ++counts.m_leftovers[IndexOf(change.m_leftover)];
+            if (change.IsOpen()) ++counts.m_leftovers[IndexOf(change.m_leftover)];
         }
         bool isReached = m_review.m_failOn == EFailOn::kChange && counts.m_changes[IndexOf(EStatus::kOpen)] != 0;
         for (const CFinding& finding : m_review.m_findings) {
-            ++counts.m_findings[IndexOf(finding.m_severity)];
-            if (finding.m_status != EStatus::kOpen) continue;
-            ++counts.m_openFindings[IndexOf(finding.m_severity)];
-            isReached = isReached || m_review.Reaches(finding.m_severity);
+            const ESeverity severity = finding.m_pRule->m_severity;
+            ++counts.m_findings[IndexOf(severity)];
+            if (!finding.IsOpen()) continue;
+            ++counts.m_openFindings[IndexOf(severity)];
+            isReached = isReached || m_review.Reaches(severity);
         }
         m_review.m_nExit = isReached ? 1 : 0;
     }
@@ -237,7 +214,7 @@ private:
         const bool isValue = change.m_kind == EKind::kValue;
         change.m_path = PathOf(isValue ? *node.m_pParent : node, change.m_kind);
         if (isValue) change.m_name = node.m_name;
-        if (change.m_kind == EKind::kFile || change.m_kind == EKind::kDirectory) {
+        if (change.IsFileOrDirectory()) {
             unsigned areas = FindFolderAreas(change.m_path);
             if (areas == 0 && kind == EChange::kAdded) areas = 1U << IndexOf(EArea::kOutside);
             change.m_areas = static_cast<std::uint8_t>(areas);
@@ -299,46 +276,30 @@ private:
             if (IsExactly<CDelvExeObj>(*object)) object = static_cast<const CDelvExeObj*>(object)->m_pFile;
             if (const CChange* const change = FindChange(object)) ids.push_back(change->m_nId);
         };
-        const auto addAll = [&](const CObjectList& list) { std::for_each(list.begin(), list.end(), add); };
         const CFileReport& files = m_report.m_fileReport;
-        switch (filed.m_textId) {
-            case IDS_EXES_ADDED_OUTSIDE:
-                addAll(files.m_exesOtherAdded);
-                break;
-            case IDS_SYSTEM_EXES:
-                addAll(files.m_exesSystemAdded);
-                addAll(files.m_exesSystemChanged);
-                break;
-            case IDS_16BIT_EXES:
-                addAll(files.m_exes16Bit);
-                break;
-            case IDS_KERNEL_DRIVERS:
-                addAll(files.m_exesKernelMode);
-                break;
-            case IDS_SYSTEM_FILE:
-                add(filed.m_pObject);
-                break;
-            case IDS_FILES_OUTSIDE:
-                addAll(files.m_otherAdded);
-                break;
-            case IDS_START_MENU_ADDITIONS:
-                addAll(files.m_startAdded);
-                for (const auto& change : files.m_startChanged)
-                    add(change->m_pObject);
-                break;
-            case IDS_UNINSTALL_ADDITIONS:
-                addAll(m_report.m_registryReport.m_uninstallAdded);
-                break;
-            case IDS_BAD_EXTENSIONS:
-                addAll(m_report.m_extReport.m_badExtensions);
-                break;
-            case IDS_HKCU_CHANGES:
-                for (const CChange& change : m_review.m_changes) {
-                    if (mbsicmp(change.GetHive(), "HKCU") == 0) ids.push_back(change.m_nId);
-                }
-                break;
-            default:
-                break;
+        const std::pair<std::uint32_t, const CObjectList*> lists[] = {
+            {IDS_EXES_ADDED_OUTSIDE, &files.m_exesOtherAdded},
+            {IDS_SYSTEM_EXES, &files.m_exesSystemAdded},
+            {IDS_SYSTEM_EXES, &files.m_exesSystemChanged},
+            {IDS_16BIT_EXES, &files.m_exes16Bit},
+            {IDS_KERNEL_DRIVERS, &files.m_exesKernelMode},
+            {IDS_FILES_OUTSIDE, &files.m_otherAdded},
+            {IDS_START_MENU_ADDITIONS, &files.m_startAdded},
+            {IDS_UNINSTALL_ADDITIONS, &m_report.m_registryReport.m_uninstallAdded},
+            {IDS_BAD_EXTENSIONS, &m_report.m_extReport.m_badExtensions},
+        };
+        for (const auto& [textId, list] : lists) {
+            if (textId == filed.m_textId) std::for_each(list->begin(), list->end(), add);
+        }
+        if (filed.m_textId == IDS_SYSTEM_FILE) add(filed.m_pObject);
+        if (filed.m_textId == IDS_START_MENU_ADDITIONS) {
+            for (const auto& change : files.m_startChanged)
+                add(change->m_pObject);
+        }
+        if (filed.m_textId == IDS_HKCU_CHANGES) {
+            for (const CChange& change : m_review.m_changes) {
+                if (mbsicmp(change.GetHive(), "HKCU") == 0) ids.push_back(change.m_nId);
+            }
         }
         std::sort(ids.begin(), ids.end());
         ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
@@ -351,7 +312,7 @@ private:
         std::vector<std::string_view> reasons;
         for (const std::uint32_t id : finding.m_changes) {
             const CChange& change = m_review.GetChange(id);
-            if (change.m_status == EStatus::kOpen) return;
+            if (change.IsOpen()) return;
             if (change.m_status != EStatus::kAccepted) continue;
             allNoise = false;
             if (std::find(reasons.begin(), reasons.end(), change.GetReason()) == reasons.end() &&
@@ -371,20 +332,29 @@ private:
     std::string_view m_lastPath;
 };
 
+CSnapshotRecord::CSnapshotRecord(std::string_view role, const CSnapshot& snapshot, const CString& file)
+    : m_role(role),
+      m_strName(snapshot.m_name),
+      m_nCreated(snapshot.GetCreatedTicks()),
+      m_strMachine(snapshot.m_strComputerName),
+      m_strUser(snapshot.m_strUserName),
+      m_strSystem(snapshot.m_strOsName),
+      m_strFile(file) {}
+
 std::string_view CChange::GetHive() const {
-    if (m_kind != EKind::kKey && m_kind != EKind::kValue) return {};
+    if (!IsRegistry()) return {};
     return m_path.substr(0, m_path.find('\\'));
 }
 
 CReview::CReview(CReviewInput input)
-    : m_baseline(RecordOf(input.m_baseline)),
-      m_current(RecordOf(input.m_current)),
-      m_failOn(input.m_failOn),
+    : m_failOn(input.m_failOn),
       m_nCreated(input.m_nCreated),
       m_accept(std::move(input.m_accept)),
       m_pReport(std::make_unique<CMasterReport>(*input.m_current.m_pSnapshot, *input.m_baseline.m_pSnapshot)) {
-    if (input.m_control.m_pSnapshot != nullptr) m_control = RecordOf(input.m_control);
-    if (input.m_installed.m_pSnapshot != nullptr) m_installed = RecordOf(input.m_installed);
+    for (const auto& [role, side] : input.GetSides()) {
+        if (side->m_pSnapshot != nullptr)
+            m_snapshots.push_back(CSnapshotRecord(role, *side->m_pSnapshot, side->m_strFile));
+    }
     m_pReport->CompareSnapshots();
     CCollector collector(*this);
     collector.CollectChanges();
@@ -401,6 +371,18 @@ bool CReview::Reaches(ESeverity severity) const {
     return m_failOn <= EFailOn::kInfo && IndexOf(severity) <= IndexOf(m_failOn);
 }
 
-CString CReview::GetFileName() const { return FileNameOf(m_current.m_strName + " - " + m_baseline.m_strName); }
+std::size_t CReview::FindOpenContentEnd(std::size_t first) const {
+    const CChange& top = m_changes[first];
+    const bool isContainer = top.m_kind == EKind::kDirectory || top.m_kind == EKind::kKey;
+    if (!isContainer || top.m_change == EChange::kChanged) return 0;
+    std::size_t end = first;
+    for (; end < m_changes.size() && m_changes[end].m_change == top.m_change && m_changes[end].IsWithin(top.m_path);
+         ++end) {
+        if (!m_changes[end].IsOpen()) return 0;
+    }
+    return end;
+}
+
+CString CReview::GetFileName() const { return FileNameOf(m_pReport->m_strReportName); }
 
 }  // namespace delvane

@@ -3,11 +3,13 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <memory_resource>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "review/accept.h"
@@ -23,19 +25,21 @@ struct CRule;
 
 // Who and what a snapshot is.
 struct CSnapshotRecord {
+    std::string_view m_role;  // "baseline", "current", "control", "installed"
     CString m_strName;
     std::uint64_t m_nCreated = 0;  // ticks
     CString m_strMachine;
     CString m_strUser;
     CString m_strSystem;
     CString m_strFile;  // where it was loaded from, as a person on this system writes it
+
+    CSnapshotRecord(std::string_view role, const CSnapshot& snapshot, const CString& file);
 };
 
 // A place that a capture could not read.
 struct CReviewGap : CGap {
     CString m_strSnapshot;  // its name
     bool m_bLossy = false;  // a name in it was no UTF-8
-    bool m_bMarks = false;  // of Baseline or Current: what lies at or below it is uncertain
 };
 
 // One object that differs. Texts are as the snapshots hold them, raw bytes that a writer has to make clean for its form
@@ -59,8 +63,21 @@ struct CChange {
     const CAcceptEntry* m_pEntry = nullptr;  // what accepted it
 
     const CDelvObj& GetNode() const { return m_pAfter != nullptr ? *m_pAfter : *m_pBefore; }
-    bool HasArea(EArea area) const { return (m_areas >> static_cast<int>(area) & 1) != 0; }
+    // The word of its first area; empty where it has none.
+    std::string_view GetArea() const {
+        return m_areas == 0 ? std::string_view() : kWords<EArea>[IndexOf(std::countr_zero(m_areas))];
+    }
     std::string_view GetReason() const { return m_pEntry == nullptr ? std::string_view() : m_pEntry->m_strReason; }
+    bool IsOpen() const { return m_status == EStatus::kOpen; }
+    bool IsRegistry() const { return m_kind == EKind::kKey || m_kind == EKind::kValue; }
+    bool IsFileOrDirectory() const { return m_kind == EKind::kFile || m_kind == EKind::kDirectory; }
+    std::optional<std::string_view> GetValueName() const {
+        return m_kind == EKind::kValue ? std::optional(m_name) : std::nullopt;
+    }
+    // Its path, and of a value its name behind it.
+    CString GetWholePath() const {
+        return CString(m_path) + (m_kind == EKind::kValue ? '\\' + CString(m_name) : CString());
+    }
     // Whether it is at that path or below it.
     bool IsWithin(std::string_view path) const {
         return m_path.starts_with(path) && (m_path.size() == path.size() || m_path[path.size()] == '\\');
@@ -73,21 +90,21 @@ struct CChange {
 struct CFinding {
     std::uint32_t m_nId = 0;  // its place in m_findings, counted from 1
     const CRule* m_pRule = nullptr;
-    ESeverity m_severity = ESeverity::kInfo;
-    int m_nRequirement = 0;                // 0 to 7
     CString m_strObject;                   // "Files/Directories", "File(C:\autoexec.bat)"
     CString m_strText;                     // without markup, and without its last sentence, "Click here ..."
     std::vector<std::uint32_t> m_changes;  // ids of the changes behind it, ascending
     EStatus m_status = EStatus::kOpen;
     CString m_strReason;                     // where it is accepted
     const CAcceptEntry* m_pEntry = nullptr;  // the entry that accepts its rule; null where its changes are accepted
+
+    bool IsOpen() const { return m_status == EStatus::kOpen; }
 };
 
 struct CReviewCounts {
-    std::array<std::size_t, kSeverityCount> m_findings{};      // all, whatever their status; by ESeverity
-    std::array<std::size_t, kSeverityCount> m_openFindings{};  // the open ones
-    std::array<std::size_t, kStatusCount> m_changes{};         // by EStatus
-    std::array<std::size_t, kLeftoverCount> m_leftovers{};     // open changes, by ELeftover
+    CCounts<ESeverity> m_findings{};      // all, whatever their status
+    CCounts<ESeverity> m_openFindings{};  // the open ones
+    CCounts<EStatus> m_changes{};
+    CCounts<ELeftover> m_leftovers{};  // open changes
 };
 
 // What a review is made of. The snapshots are loaded and outlive the review; control and installed may be null.
@@ -97,6 +114,11 @@ struct CReviewInput {
         CString m_strFile;               // CSnapshotRecord::m_strFile
         std::vector<CReviewGap> m_gaps;  // of its list of gaps
     };
+    // All four, with the words for them.
+    std::array<std::pair<std::string_view, const CSide*>, 4> GetSides() const {
+        return {
+            {{"baseline", &m_baseline}, {"current", &m_current}, {"control", &m_control}, {"installed", &m_installed}}};
+    }
     CSide m_baseline;
     CSide m_current;
     CSide m_control;
@@ -117,17 +139,19 @@ public:
     CReview(const CReview&) = delete;
     CReview& operator=(const CReview&) = delete;
 
+    const CSnapshotRecord& GetBaseline() const { return m_snapshots[0]; }
+    const CSnapshotRecord& GetCurrent() const { return m_snapshots[1]; }
+    bool HasInstalled() const { return m_snapshots.back().m_role == "installed"; }
     const CChange& GetChange(std::uint32_t id) const { return m_changes[id - 1]; }
-    bool HasInstalled() const { return m_installed.has_value(); }
+    // One behind the last change that came or went with the directory or key at m_changes[first], if all of them are
+    // open; 0 where one is not, and for what is no directory or key that came or went.
+    std::size_t FindOpenContentEnd(std::size_t first) const;
     // Whether an open finding of that severity, or an open change, makes the exit code 1.
     bool Reaches(ESeverity severity) const;
     // "After - Before", with what would lead out of a folder replaced: the name of each file that is written.
     CString GetFileName() const;
 
-    CSnapshotRecord m_baseline;
-    CSnapshotRecord m_current;
-    std::optional<CSnapshotRecord> m_control;
-    std::optional<CSnapshotRecord> m_installed;
+    std::vector<CSnapshotRecord> m_snapshots;  // Baseline, Current, and control and installed where they were given
     std::vector<CReviewGap> m_gaps;  // of Baseline, Current, control, installed, each in the order of its list
     std::vector<CFinding> m_findings;
     std::vector<CChange> m_changes;

@@ -12,23 +12,43 @@ namespace delvane {
 class CDelvRegKeyObj;
 class CDelvRegValObj;
 
-// The text as valid UTF-8: U+FFFD for each maximal part of a sequence that is none. IsCleanText tells whether nothing
-// had to be replaced.
-CString CleanText(std::string_view text);
-bool IsCleanText(std::string_view text);
-// The length of the valid UTF-8 sequence at the begin of the text, which is not empty. Where there is none, 0, and
-// `bad` is how many bytes make one replacement.
-std::size_t SequenceLength(std::string_view text, std::size_t& bad);
-std::uint32_t DecodeSequence(std::string_view sequence);  // its character
+// A character of UTF-8, or a maximal part of a sequence that is none.
+struct CCharacter {
+    static constexpr std::uint32_t kNone = ~std::uint32_t{0};
 
-// The text on one line of a terminal or a report: clean, and "<U+202E>" for each character that controls, changes the
-// direction or has no width.
+    bool IsValid() const { return m_nNumber != kNone; }
+    // Whether it controls, changes the direction or has no width.
+    bool IsInvisible() const;
+
+    std::string_view m_bytes;
+    std::uint32_t m_nNumber = kNone;
+};
+// Takes the first one off a text, which is not empty.
+CCharacter TakeCharacter(std::string_view& text);
+
+constexpr std::string_view kReplacement = "\uFFFD";  // stands for bytes that are no UTF-8
+CString CleanText(std::string_view text);
+bool IsCleanText(std::string_view text);  // nothing has to be replaced
+// The text on one line of a terminal or a report: clean, and "<U+202E>" for what cannot be seen.
 CString VisibleText(std::string_view text);
-bool IsInvisible(std::uint32_t character);
+
+// The bytes of a character, or the entity that HTML and XML write for it.
+std::string_view EscapedCharacter(std::string_view bytes);
+
+// A text by a format of printf, of at most 63 bytes.
+[[gnu::format(printf, 1, 2)]] CString Printed(const char* format, ...);
+CString Plural(std::size_t count, std::string_view word);  // "1 change", "2 changes"
+
+// The words with a text between each two.
+CString Joined(const auto& words, std::string_view between) {
+    CString text;
+    for (const auto& word : words)
+        (text += text.empty() ? std::string_view() : between) += word;
+    return text;
+}
 
 // "2026-11-23T10:00:00.0000000Z", for all ticks.
 CString IsoTime(std::uint64_t ticks);
-CString IsoDate(std::uint64_t ticks);  // the first ten characters
 
 // "readonly", "hidden", ...; a bit without a word as "0x...". In the order of the bits.
 std::vector<CString> AttributeWords(std::uint32_t attributes);
@@ -38,15 +58,14 @@ constexpr std::uint32_t kRegQword = 11;
 // "REG_SZ"; an unknown type as "0x1f".
 CString TypeWord(std::uint32_t type);
 
-// The data of a value as they are written: exactly one of the four forms, or the hex digits alone; and the hex digits
-// of all bytes beside it where the form does not hold all.
+// The data of a value as they are written: in one of the forms, or as hex digits alone; and the hex digits of all bytes
+// beside it where the form does not hold all.
 struct CValueData {
     enum class EForm { kText, kNumber, kBigNumber, kTexts, kHex };
     EForm m_form = EForm::kHex;
-    CString m_strText;             // REG_SZ, REG_EXPAND_SZ: up to the terminator, raw bytes
-    std::uint64_t m_nNumber = 0;   // REG_DWORD; REG_QWORD, which is written as a decimal text
-    std::vector<CString> m_texts;  // REG_MULTI_SZ, raw bytes
-    bool m_bHex = false;           // the hex digits stand too
+    std::string_view m_text;      // raw bytes. REG_SZ, REG_EXPAND_SZ: up to the terminator; REG_MULTI_SZ: a NUL between
+    std::uint64_t m_nNumber = 0;  // REG_DWORD; REG_QWORD, which is written as a decimal text
+    bool m_bHex = false;          // the hex digits stand too
 };
 CValueData DescribeData(const CDelvRegValObj& value);
 CString HexText(std::string_view bytes);  // lower case, without separators

@@ -24,10 +24,9 @@ public:
 
     void Write(const CSnapshot& snapshot, const CString& file) {
         Begin("snapshot");
-        m_json.Number("version", 1);
-        m_json.Text("program", DELVANE_VERSION);
-        WriteSnapshotFields(m_json, {CString(snapshot.m_name), snapshot.GetCreatedTicks(), snapshot.m_strComputerName,
-                                     snapshot.m_strUserName, snapshot.m_strOsName, file});
+        m_json.Put("version", 1);
+        m_json.Put("program", DELVANE_VERSION);
+        WriteSnapshotFields(m_json, CSnapshotRecord({}, snapshot, file));
         End();
         for (const CDelvObj* drive : snapshot.m_pDrives->m_subdirs)
             WriteDrive(static_cast<const CDelvDriveObj&>(*drive));
@@ -37,14 +36,14 @@ public:
             WriteNode(*extension, EKind::kExtension, extension->m_name);
         Begin("end");
         for (std::size_t i = 0; i < kRecordWords.size(); ++i)
-            m_json.Number(kRecordWords[i], m_counts[i]);
+            m_json.Put(kRecordWords[i], m_counts[i]);
         End();
     }
 
 private:
     void Begin(std::string_view record) {
         m_json.BeginObject();
-        m_json.Text("record", record);
+        m_json.Put("record", record);
         const auto known = std::find(kRecordWords.begin(), kRecordWords.end(), record);
         if (known != kRecordWords.end()) ++m_counts[static_cast<std::size_t>(known - kRecordWords.begin())];
     }
@@ -55,18 +54,18 @@ private:
     }
     void WriteNode(const CDelvObj& node, EKind kind, std::string_view path) {
         Begin(WordOf(kind));
-        m_json.Text("path", path);
-        if (kind == EKind::kValue) m_json.Text("name", node.m_name);
+        m_json.Put("path", path);
+        if (kind == EKind::kValue) m_json.Put("name", node.m_name);
         WriteNodeFields(m_json, node, kind);
         End();
     }
 
     void WriteDrive(const CDelvDriveObj& drive) {
         Begin("drive");
-        m_json.Text("path", CString(drive.m_name) + '\\');
+        m_json.Put("path", CString(drive.m_name) + '\\');
         const std::uint32_t type = drive.GetType();
-        m_json.Text("type", type < kDriveWords.size() ? kDriveWords[type] : kDriveWords[0]);
-        m_json.Text("volume", drive.m_strVolume);
+        m_json.Put("type", type < kDriveWords.size() ? kDriveWords[type] : kDriveWords[0]);
+        m_json.Put("volume", drive.m_strVolume);
         End();
         WriteContents(drive);
     }

@@ -22,9 +22,8 @@ extern const CPageResource kReviewScript;
 // "2026-11-23 10:00:00 UTC"
 CString PageTime(std::uint64_t ticks);
 
-// A change as an element of a list, with the requirements (a bit each) of the findings that it stands behind, and the
-// number of the entry that accepts it.
-void WriteChangeItem(CPageText& page, const CChange& change, std::uint8_t requirements, std::size_t entry);
+// A change as an element of a list, with the requirements (a bit each) of the findings that it stands behind.
+void WriteChangeItem(CPageText& page, const CChange& change, std::uint8_t requirements);
 
 // Where a change stands: one area, hive or neither, kind and kind of change.
 class CPagePlace {

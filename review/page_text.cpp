@@ -1,8 +1,6 @@
 #include "review/page_text.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 #include "review/describe.h"
 
@@ -34,21 +32,6 @@ std::size_t PlainLength(std::string_view text) {
     return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
 }
 
-std::string_view EntityOf(char c) {
-    switch (c) {
-        case '<':
-            return "&lt;";
-        case '>':
-            return "&gt;";
-        case '&':
-            return "&amp;";
-        case '"':
-            return "&quot;";
-        default:
-            return {};
-    }
-}
-
 // The one place where text of a machine becomes text of the page.
 void AppendText(CString& html, std::string_view text, EText form) {
     while (true) {
@@ -56,26 +39,16 @@ void AppendText(CString& html, std::string_view text, EText form) {
         html += text.substr(0, plain);
         text.remove_prefix(plain);
         if (text.empty()) return;
-        std::size_t bad = 0;
-        const std::size_t length = SequenceLength(text, bad);
-        const std::string_view sequence = text.substr(0, length);
-        text.remove_prefix(length == 0 ? bad : length);
-        if (length == 0) {
-            html += "\uFFFD";
-            continue;
-        }
-        const std::uint32_t character = DecodeSequence(sequence);
-        if (const std::string_view entity = EntityOf(sequence[0]); !entity.empty()) {
-            html += entity;
-        } else if (!IsInvisible(character) || (form == EText::kData && (character == '\t' || character == '\n'))) {
-            html += sequence;
-        } else if (form == EText::kList && character == 0) {
+        const CCharacter character = TakeCharacter(text);
+        const std::uint32_t c = character.m_nNumber;
+        if (!character.IsValid()) {
+            html += kReplacement;
+        } else if (!character.IsInvisible() || (form == EText::kData && (c == '\t' || c == '\n'))) {
+            html += EscapedCharacter(character.m_bytes);
+        } else if (form == EText::kList && c == 0) {
             html += '\n';
         } else {
-            std::array<char, 32> mark{};
-            std::snprintf(mark.data(), mark.size(), form == EText::kTitle ? "U+%04X" : "<mark>U+%04X</mark>",
-                          character);
-            html += mark.data();
+            html += Printed(form == EText::kTitle ? "U+%04X" : "<mark>U+%04X</mark>", c);
         }
     }
 }
@@ -90,23 +63,17 @@ bool HasLines(std::string_view text, EText form) {
 
 }  // namespace
 
-CDifference FindDifference(std::string_view before, std::string_view after) {
-    const std::size_t shorter = std::min(before.size(), after.size());
-    const auto same = static_cast<std::size_t>(
-        std::mismatch(before.begin(), before.begin() + static_cast<std::ptrdiff_t>(shorter), after.begin()).first -
-        before.begin());
-    const std::size_t begin = std::min(BoundBefore(before, same), BoundBefore(after, same));
-    const std::size_t room = shorter - begin;
-    auto end = static_cast<std::size_t>(
-        std::mismatch(before.rbegin(), before.rbegin() + static_cast<std::ptrdiff_t>(room), after.rbegin()).first -
-        before.rbegin());
-    while (end > 0 && IsContinuation(before[before.size() - end]))
-        --end;
-    return {{begin, before.size() - end}, {begin, after.size() - end}};
-}
-
-CPageText& CPageText::Count(std::size_t count, std::string_view word) {
-    return Number(count).Raw(" ").Raw(word).Raw(count == 1 ? "" : "s");
+CSide::CSide(std::string_view tag, std::string_view text, std::string_view opposite)
+    : m_tag(tag), m_text(text), m_opposite(opposite) {
+    const auto same = std::mismatch(text.begin(), text.end(), opposite.begin(), opposite.end()).first - text.begin();
+    const auto bound = static_cast<std::size_t>(same);
+    m_part.m_nBegin = std::min(BoundBefore(text, bound), BoundBefore(opposite, bound));
+    const std::string_view tail = text.substr(m_part.m_nBegin);
+    const std::string_view oppositeTail = opposite.substr(m_part.m_nBegin);
+    const auto end = std::mismatch(tail.rbegin(), tail.rend(), oppositeTail.rbegin(), oppositeTail.rend()).first;
+    m_part.m_nEnd = text.size() - static_cast<std::size_t>(end - tail.rbegin());
+    while (m_part.m_nEnd < text.size() && IsContinuation(text[m_part.m_nEnd]))
+        ++m_part.m_nEnd;
 }
 
 CPageText& CPageText::Text(std::string_view text, EText form) {
@@ -114,10 +81,10 @@ CPageText& CPageText::Text(std::string_view text, EText form) {
     return *this;
 }
 
-CPageText& CPageText::Object(std::string_view path, const std::string_view* name) {
-    if (name != nullptr) return Raw("<code>").Text(path).Raw("</code> <b>").Text(*name).Raw("</b>");
+CPageText& CPageText::Object(std::string_view path, std::optional<std::string_view> name) {
+    if (name) return *this << "<code>" << path << "</code> <b>" << *name << "</b>";
     const std::size_t last = path.rfind('\\') + 1;  // 0 where there is none
-    return Raw("<code>").Text(path.substr(0, last)).Raw("<b>").Text(path.substr(last)).Raw("</b></code>");
+    return *this << "<code>" << path.substr(0, last) << "<b>" << path.substr(last) << "</b></code>";
 }
 
 CPageText& CPageText::Field(std::string_view text, std::string_view tag, bool differs) {
@@ -156,15 +123,14 @@ void CPageText::Marked(const CSide& side, CPart part, EText form) {
 }
 
 // The way to the whole of what was cut. Behind a page of enormous data stand the lines.
-template <class Write>
-void CPageText::Rest(std::size_t size, std::string_view unit, Write write) {
+void CPageText::Rest(std::size_t size, auto write) {
     constexpr std::size_t kLargestFactor = 6;  // a byte of data as a dump or as markup
     if (size * kLargestFactor > m_nRoom) {
-        Raw("<p class=\"soft\">cut; all ").Number(size).Raw(" ").Raw(unit);
-        Raw(" stand in the review's lines (<code>--write jsonl</code>)</p>");
+        *this << "<p class=\"soft\">cut; all " << size
+              << " bytes stand in the review's lines (<code>--write jsonl</code>)</p>";
         return;
     }
-    Raw("<details class=\"rest\"><summary>all ").Number(size).Raw(" ").Raw(unit).Raw("</summary>");
+    *this << "<details class=\"rest\"><summary>all " << size << " bytes</summary>";
     const std::size_t begin = m_html.size();
     write();
     m_nRoom -= std::min(m_nRoom, m_html.size() - begin);
@@ -181,7 +147,7 @@ CPageText& CPageText::Data(const CSide& side, EText form) {
     const std::size_t first = side.m_tag.empty() ? 0 : std::min(side.m_part.m_nBegin, text.size() - kCutText + kLead);
     const std::size_t begin = BoundBefore(text, first > kLead ? first - kLead : 0);
     Marked(side, {begin, BoundBefore(text, std::min(begin + kCutText, text.size()))}, form);
-    Rest(text.size(), "bytes", [&] { Marked(side, {0, text.size()}, form); });
+    Rest(text.size(), [&] { Marked(side, {0, text.size()}, form); });
     return *this;
 }
 
@@ -203,27 +169,21 @@ void CPageText::DumpLines(const CSide& side, std::size_t first, std::size_t end)
             if (at != begin) m_html += at - begin == kLineSize / 2 && !between.empty() ? "  " : between;
             if (!isOpen && isDifferent) AppendTag(m_html, "<", side.m_tag);
             isOpen = isDifferent;
-            append(static_cast<unsigned char>(bytes[at]));
+            append(bytes.substr(at, 1));
         }
         if (isOpen) AppendTag(m_html, "</", side.m_tag);
     };
-    constexpr std::string_view kDigits = "0123456789abcdef";
     Raw("<pre class=\"hex\" tabindex=\"0\">\n");
     for (std::size_t line = first; line < end; ++line) {
         const std::size_t begin = line * kLineSize;
         const std::size_t stop = std::min(begin + kLineSize, bytes.size());
-        std::array<char, 32> offset{};
-        std::snprintf(offset.data(), offset.size(), bytes.size() > 0x10000 ? "%08zx  " : "%04zx  ", begin);
-        m_html += offset.data();
-        writeRuns(begin, stop, " ", [&](unsigned char byte) {
-            m_html += kDigits[byte >> 4];
-            m_html += kDigits[byte & 0xF];
-        });
+        Raw(Printed(bytes.size() > 0x10000 ? "%08zx  " : "%04zx  ", begin));
+        writeRuns(begin, stop, " ", [&](std::string_view byte) { m_html += HexText(byte); });
         const std::size_t missing = kLineSize - (stop - begin);
         m_html.append(3 * missing + (missing >= kLineSize / 2 ? 1 : 0) + 2, ' ');
-        writeRuns(begin, stop, "", [&](unsigned char byte) {
-            const char character = byte >= 0x20 && byte < 0x7F ? static_cast<char>(byte) : '.';
-            AppendText(m_html, {&character, 1}, EText::kLine);
+        writeRuns(begin, stop, "", [&](std::string_view byte) {
+            const bool isShown = byte[0] >= 0x20 && byte[0] < 0x7F;
+            AppendText(m_html, isShown ? byte : ".", EText::kLine);
         });
         m_html += '\n';
     }
@@ -242,7 +202,7 @@ CPageText& CPageText::Dump(const CSide& side) {
     if (!side.m_tag.empty()) first = std::min(side.m_part.m_nBegin / kLineSize, lines - kCutDump);
     first -= std::min<std::size_t>(first, 1);
     DumpLines(side, first, first + kCutDump);
-    Rest(bytes.size(), "bytes", [&] { DumpLines(side, 0, lines); });
+    Rest(bytes.size(), [&] { DumpLines(side, 0, lines); });
     return *this;
 }
 

@@ -1,7 +1,9 @@
 // How the page of a review writes text: what comes from a machine is made safe here, and nowhere else.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
+#include <optional>
 #include <ostream>
 #include <string_view>
 
@@ -24,22 +26,18 @@ struct CPart {
     std::size_t m_nEnd = 0;
 };
 
-// What remains of two texts when the beginning and the end that both share are taken off, at bounds of characters.
-struct CDifference {
-    CPart m_before;
-    CPart m_after;
-};
-CDifference FindDifference(std::string_view before, std::string_view after);
-
 // One of two sides that are compared, or the only one there is.
 struct CSide {
+    CSide(std::string_view tag, std::string_view text, std::string_view opposite);
+
     std::string_view m_tag;       // "del", "ins", or empty: nothing is marked
     std::string_view m_text;      // this side's
     std::string_view m_opposite;  // and what it is held against
-    CPart m_part;                 // of m_text, which differs
+    CPart m_part;  // of m_text: what remains without the beginning and the end that both share, at bounds of characters
 };
 
-// The page as it grows, handed to the stream piece by piece.
+// The page as it grows, handed to the stream piece by piece. A literal is markup; any other text is taken for one of a
+// machine and made safe.
 class CPageText {
 public:
     explicit CPageText(std::ostream& stream) : m_stream(stream) {}
@@ -47,15 +45,16 @@ public:
     CPageText(const CPageText&) = delete;
     CPageText& operator=(const CPageText&) = delete;
 
+    CPageText& operator<<(const char* markup) { return Raw(markup); }
+    CPageText& operator<<(std::string_view text) { return Text(text); }
+    CPageText& operator<<(std::integral auto number) { return Raw(std::to_string(number)); }
     CPageText& Raw(std::string_view markup) {
         m_html += markup;
         return *this;
     }
-    CPageText& Number(std::size_t number) { return Raw(std::to_string(number)); }
-    CPageText& Count(std::size_t count, std::string_view word);  // "1 change", "2 changes"
     CPageText& Text(std::string_view text, EText form = EText::kLine);
     // A path, with its last part set off; or that of a key and the name of a value.
-    CPageText& Object(std::string_view path, const std::string_view* name);
+    CPageText& Object(std::string_view path, std::optional<std::string_view> name);
     // A short text of ours, marked as a whole where it differs.
     CPageText& Field(std::string_view text, std::string_view tag, bool differs);
     // Data with their differing part marked; long ones are cut, and a way leads to the whole.
@@ -72,8 +71,7 @@ private:
     void Flush();
     void Marked(const CSide& side, CPart part, EText form);
     void DumpLines(const CSide& side, std::size_t first, std::size_t end);
-    template <class Write>
-    void Rest(std::size_t size, std::string_view unit, Write write);
+    void Rest(std::size_t size, auto write);
 
     std::ostream& m_stream;
     CString m_html;

@@ -14,9 +14,9 @@ namespace {
 constexpr std::uint16_t kOne = 0x100;
 constexpr std::uint16_t kAny = 0x101;
 constexpr std::uint16_t kDeep = 0x102;
-constexpr std::uint16_t kSeparator = 0x103;
 
 bool IsWildcard(std::uint16_t token) { return token > 0xFF; }
+bool HasDeep(const auto& level) { return std::find(level.begin(), level.end(), kDeep) != level.end(); }
 
 // The bytes of a text as a set. Bytes that share a bit are not told apart, which costs a try and no more.
 template <class Text>
@@ -29,20 +29,14 @@ std::uint64_t SetOfBytes(const Text& text) {
 }
 
 std::size_t CharacterLength(std::string_view text) {
-    std::size_t bad = 0;
-    return std::max<std::size_t>(SequenceLength(text, bad), 1);
+    const CCharacter character = TakeCharacter(text);
+    return character.IsValid() ? character.m_bytes.size() : 1;
 }
 
 }  // namespace
 
-CPatternIndex::CPatternIndex() {
-    NewNode();
-    m_levels.resize(1);
-}
-
 std::uint32_t CPatternIndex::NewNode() {
     m_nodes.emplace_back();
-    m_entered.push_back(0);
     return static_cast<std::uint32_t>(m_nodes.size() - 1);
 }
 
@@ -58,10 +52,7 @@ CPatternIndex::CTokens CPatternIndex::Tokenize(std::string_view pattern) {
             tokens.push_back(kDeep);
             i = std::min(folded.find_first_not_of('*', i), folded.size()) - 1;
         } else {
-            tokens.push_back(rest[0] == '*'    ? kAny
-                             : rest[0] == '?'  ? kOne
-                             : rest[0] == '\\' ? kSeparator
-                                               : static_cast<unsigned char>(rest[0]));
+            tokens.push_back(rest[0] == '*' ? kAny : rest[0] == '?' ? kOne : static_cast<unsigned char>(rest[0]));
         }
     }
     return tokens;
@@ -101,60 +92,50 @@ bool CPatternIndex::IsMatch(const CTokens& tokens, std::string_view text) {
 
 void CPatternIndex::Add(std::string_view path, const std::optional<CString>& name, std::uint32_t entry) {
     constexpr std::ptrdiff_t kMostSplits = 6;  // each doubles what has to be looked up
-    std::vector<CTokens> levels(1);
-    for (const std::uint16_t token : Tokenize(path)) {
-        if (token == kSeparator) {
-            levels.emplace_back();
-        } else {
-            levels.back().push_back(token);
-        }
+    const auto isMixed = [](const CTokens& level) { return level.size() > 1 && HasDeep(level); };
+    CLevels levels;
+    std::ptrdiff_t splits = 0;
+    for (std::size_t begin = 0; begin <= path.size();) {
+        const std::size_t end = std::min(path.find('\\', begin), path.size());
+        levels.push_back(Tokenize(path.substr(begin, end - begin)));
+        if (isMixed(levels.back())) splits += std::count(levels.back().begin(), levels.back().end(), kDeep);
+        begin = end + 1;
     }
     if (levels.size() > 1 && levels.back().empty()) levels.pop_back();
-    std::ptrdiff_t splits = 0;
-    for (const CTokens& level : levels) {
-        if (level.size() > 1) splits += std::count(level.begin(), level.end(), kDeep);
-    }
     if (splits > kMostSplits) throw std::invalid_argument("holds too many ** inside of names");
-    std::optional<CTokens> nameTokens;
-    if (name) {
-        // A name is one level: a backslash in it is an ordinary character.
-        nameTokens = Tokenize(*name);
-        std::replace(nameTokens->begin(), nameTokens->end(), kSeparator, static_cast<std::uint16_t>('\\'));
-        std::replace(nameTokens->begin(), nameTokens->end(), kDeep, kAny);
+    // A "**" that shares its level with other text either stays within it or parts it: a**b is a*b, or a*, any levels,
+    // *b.
+    for (std::vector<CLevels> forms = {levels}; !forms.empty();) {
+        CLevels form = std::move(forms.back());
+        forms.pop_back();
+        const auto mixed = std::find_if(form.begin(), form.end(), isMixed);
+        if (mixed == form.end()) {
+            AddForm(form, name, entry);
+            continue;
+        }
+        const auto deep = std::find(mixed->begin(), mixed->end(), kDeep);
+        *deep = kAny;
+        const CTokens left(mixed->begin(), deep + 1);
+        const CTokens right(deep, mixed->end());
+        forms.push_back(form);
+        *mixed = right;
+        form.insert(mixed, {left, CTokens{kDeep}});
+        forms.push_back(std::move(form));
     }
-    m_told.resize(std::max<std::size_t>(m_told.size(), entry + std::size_t{1}));
-    AddLevels(std::move(levels), 0, 0, nameTokens, entry);
     m_levels.resize(1);
     m_levels[0].m_active.clear();
 }
 
-// A "**" that shares its level with other text either stays within it or parts it: a**b is a*b, or a*, any levels, *b.
-void CPatternIndex::AddLevels(std::vector<CTokens> levels, std::size_t at, std::uint32_t node,
-                              const std::optional<CTokens>& name, std::uint32_t entry) {
-    for (; at < levels.size(); ++at) {
-        CTokens& level = levels[at];
-        const auto deep = std::find(level.begin(), level.end(), kDeep);
-        if (deep != level.end() && level.size() > 1) {
-            CTokens left(level.begin(), deep);
-            CTokens right(deep + 1, level.end());
-            left.push_back(kAny);
-            right.insert(right.begin(), kAny);
-            *deep = kAny;
-            std::vector<CTokens> parted = levels;
-            parted[at] = right;
-            parted.insert(parted.begin() + static_cast<std::ptrdiff_t>(at), {left, CTokens{kDeep}});
-            AddLevels(std::move(parted), at, node, name, entry);
-            AddLevels(std::move(levels), at, node, name, entry);
-            return;
-        }
+void CPatternIndex::AddForm(const CLevels& levels, const std::optional<CString>& name, std::uint32_t entry) {
+    std::uint32_t node = 0;
+    for (const CTokens& level : levels)
         node = MakeChild(node, level);
-    }
     if (name) {
-        if (m_nodes[node].m_nNames == 0) {
-            const std::uint32_t names = NewNode();
-            m_nodes[node].m_nNames = names;
-        }
-        node = MakeChild(m_nodes[node].m_nNames, *name);
+        CTokens tokens = Tokenize(*name);
+        std::replace(tokens.begin(), tokens.end(), kDeep, kAny);  // it is one level
+        const std::uint32_t names = m_nodes[node].m_nNames != 0 ? m_nodes[node].m_nNames : NewNode();
+        m_nodes[node].m_nNames = names;
+        node = MakeChild(names, tokens);
     }
     m_nodes[node].m_entries.push_back(entry);
 }
@@ -162,12 +143,10 @@ void CPatternIndex::AddLevels(std::vector<CTokens> levels, std::size_t at, std::
 std::uint32_t CPatternIndex::MakeChild(std::uint32_t node, const CTokens& level) {
     if (level == CTokens{kDeep}) {
         if (m_nodes[node].m_bStays) return node;  // ** behind ** adds nothing
-        if (m_nodes[node].m_nDeep == 0) {
-            const std::uint32_t deep = NewNode();
-            m_nodes[node].m_nDeep = deep;
-            m_nodes[deep].m_bStays = true;
-        }
-        return m_nodes[node].m_nDeep;
+        const std::uint32_t deep = m_nodes[node].m_nDeep != 0 ? m_nodes[node].m_nDeep : NewNode();
+        m_nodes[node].m_nDeep = deep;
+        m_nodes[deep].m_bStays = true;
+        return deep;
     }
     if (std::none_of(level.begin(), level.end(), IsWildcard)) {
         const CString literal(level.begin(), level.end());
@@ -187,8 +166,8 @@ std::uint32_t CPatternIndex::MakeChild(std::uint32_t node, const CTokens& level)
 }
 
 void CPatternIndex::Enter(std::uint32_t node, std::vector<std::uint32_t>& active) {
-    if (m_entered[node] == m_nRound) return;
-    m_entered[node] = m_nRound;
+    if (m_nodes[node].m_nEntered == m_nRound) return;
+    m_nodes[node].m_nEntered = m_nRound;
     active.push_back(node);
     if (m_nodes[node].m_nDeep != 0) Enter(m_nodes[node].m_nDeep, active);
 }
@@ -228,28 +207,22 @@ void CPatternIndex::Follow(std::string_view path) {
     m_levels.resize(depth + 1);
 }
 
-void CPatternIndex::Collect(std::uint32_t node) {
-    for (const std::uint32_t entry : m_nodes[node].m_entries) {
-        if (m_told[entry] == m_nRound) continue;
-        m_told[entry] = m_nRound;
-        m_found.push_back(entry);
-    }
-}
-
 const std::vector<std::uint32_t>& CPatternIndex::Find(std::string_view path, std::optional<std::string_view> name) {
     Follow(path);
     m_found.clear();
     ++m_nRound;
     CString folded;
     std::vector<std::uint32_t> named;
+    const auto collect = [&](std::uint32_t node) {
+        m_found.insert(m_found.end(), m_nodes[node].m_entries.begin(), m_nodes[node].m_entries.end());
+    };
     for (const std::uint32_t node : m_levels.back().m_active) {
-        Collect(node);
+        collect(node);
         if (!name || m_nodes[node].m_nNames == 0) continue;
         if (folded.empty()) folded = FoldCase(*name);
         Step(m_nodes[node].m_nNames, folded, named);
     }
-    for (const std::uint32_t node : named)
-        Collect(node);
+    std::for_each(named.begin(), named.end(), collect);
     return m_found;
 }
 

@@ -17,16 +17,15 @@ namespace delvane {
 // does not count. A name is one level, whatever it holds.
 class CPatternIndex {
 public:
-    CPatternIndex();
-
     // std::invalid_argument where a pattern cannot be used.
     void Add(std::string_view path, const std::optional<CString>& name, std::uint32_t entry);
-    // The entries whose path fits and that ask for no name or for this one; in no order, none twice. Quick where paths
-    // come in the order of a tree. The list lives until the next call.
+    // The entries whose path fits and that ask for no name or for this one; in no order, and one may stand there twice.
+    // Quick where paths come in the order of a tree. The list lives until the next call.
     const std::vector<std::uint32_t>& Find(std::string_view path, std::optional<std::string_view> name);
 
 private:
     using CTokens = std::vector<std::uint16_t>;  // folded bytes, and the wildcards as numbers above them
+    using CLevels = std::vector<CTokens>;
     struct CWildcard {
         CTokens m_tokens;
         std::uint64_t m_nBytes;  // that a text needs to fit
@@ -36,9 +35,10 @@ private:
     struct CNode {
         std::unordered_map<CString, std::uint32_t> m_literals;
         std::vector<CWildcard> m_wildcards;
-        std::uint32_t m_nDeep = 0;   // the node behind "**"
-        std::uint32_t m_nNames = 0;  // its children are names
-        bool m_bStays = false;       // is itself behind "**": any level leads back to it
+        std::uint32_t m_nDeep = 0;     // the node behind "**"
+        std::uint32_t m_nNames = 0;    // its children are names
+        bool m_bStays = false;         // is itself behind "**": any level leads back to it
+        std::uint32_t m_nEntered = 0;  // the round in which it was entered last
         std::vector<std::uint32_t> m_entries;
     };
     struct CLevel {
@@ -48,20 +48,16 @@ private:
 
     static CTokens Tokenize(std::string_view pattern);
     static bool IsMatch(const CTokens& tokens, std::string_view text);
-    void AddLevels(std::vector<CTokens> levels, std::size_t at, std::uint32_t node, const std::optional<CTokens>& name,
-                   std::uint32_t entry);
+    void AddForm(const CLevels& levels, const std::optional<CString>& name, std::uint32_t entry);
     std::uint32_t MakeChild(std::uint32_t node, const CTokens& level);
     std::uint32_t NewNode();
     void Enter(std::uint32_t node, std::vector<std::uint32_t>& active);
     void Step(std::uint32_t node, const CString& folded, std::vector<std::uint32_t>& active);
-    void Collect(std::uint32_t node);
     void Follow(std::string_view path);
 
-    std::vector<CNode> m_nodes;
-    std::vector<std::uint32_t> m_entered;  // by node: the round in which it was entered last
-    std::vector<std::uint32_t> m_told;     // by entry, in the same way
+    std::vector<CNode> m_nodes = std::vector<CNode>(1);
     std::uint32_t m_nRound = 0;
-    std::vector<CLevel> m_levels;  // of the last path; the first is that of the root
+    std::vector<CLevel> m_levels = std::vector<CLevel>(1);  // of the last path; the first is that of the root
     std::vector<std::uint32_t> m_found;
 };
 

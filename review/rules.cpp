@@ -86,13 +86,12 @@ constexpr std::array<std::string_view, kRequirementCount> kRequirements = {
 std::span<const CRule> GetRules() { return kRules; }
 
 const CRule* FindRule(std::string_view id) {
-    const auto* const rule = std::find_if(kRules.begin(), kRules.end(), [&](const CRule& r) { return r.m_id == id; });
+    const auto* const rule = std::ranges::find(kRules, id, &CRule::m_id);
     return rule == kRules.end() ? nullptr : rule;
 }
 
 const CRule* FindRuleOfText(std::uint32_t textId) {
-    const auto* const rule =
-        std::find_if(kRules.begin(), kRules.end(), [&](const CRule& r) { return r.m_textId == textId; });
+    const auto* const rule = std::ranges::find(kRules, textId, &CRule::m_textId);
     return rule == kRules.end() ? nullptr : rule;
 }
 

@@ -12,12 +12,12 @@
 namespace delvane {
 
 struct CRule {
-    std::uint32_t m_textId;    // of the finding's text in the string table
-    std::string_view m_id;     // "files-outside"
-    ESeverity m_severity;      // of all its findings
-    int m_nRequirement;        // of all its findings, 0 to 7
-    std::string_view m_title;  // a few words
-    std::string_view m_help;   // what it means and what to do about it
+    std::uint32_t m_textId;      // of the finding's text in the string table
+    std::string_view m_id;       // "files-outside"
+    ESeverity m_severity;        // of all its findings
+    std::size_t m_nRequirement;  // of all its findings, 0 to 7
+    std::string_view m_title;    // a few words
+    std::string_view m_help;     // what it means and what to do about it
 };
 
 inline constexpr std::size_t kRequirementCount = 8;

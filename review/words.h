@@ -1,10 +1,11 @@
-// The words of a review: what its lines, its options and its pages call things. Each list is the order of its enum.
+// The words of a review: what its lines, its options and its pages call things.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 namespace delvane {
 
@@ -17,27 +18,42 @@ enum class ELeftover : std::uint8_t { kNone, kLeftBehind, kNotRestored, kLater }
 enum class EArea : std::uint8_t { kProgramFiles, kWindows, kStartMenu, kAppData, kDocuments, kOutside };
 enum class ETrait : std::uint8_t { kExecutable, k16Bit, kKernelMode };
 
-inline constexpr std::array<std::string_view, 5> kKindWords = {"file", "directory", "key", "value", "extension"};
-inline constexpr std::array<std::string_view, 3> kChangeWords = {"added", "deleted", "changed"};
-inline constexpr std::array<std::string_view, 3> kStatusWords = {"open", "accepted", "noise"};
-inline constexpr std::array<std::string_view, 3> kSeverityWords = {"error", "warning", "info"};
-inline constexpr std::array<std::string_view, 5> kFailOnWords = {"error", "warning", "info", "change", "none"};
-inline constexpr std::array<std::string_view, 4> kLeftoverWords = {"", "left-behind", "not-restored", "later"};
-inline constexpr std::array<std::string_view, 6> kAreaWords = {"program-files", "windows",   "start-menu",
-                                                               "app-data",      "documents", "outside"};
-inline constexpr std::array<std::string_view, 3> kTraitWords = {"executable", "16-bit", "kernel-mode"};
+template <std::size_t Count>
+using CWords = std::array<std::string_view, Count>;
+constexpr CWords<5> MakeWords(EKind) { return {"file", "directory", "key", "value", "extension"}; }
+constexpr CWords<3> MakeWords(EChange) { return {"added", "deleted", "changed"}; }
+constexpr CWords<3> MakeWords(EStatus) { return {"open", "accepted", "noise"}; }
+constexpr CWords<3> MakeWords(ESeverity) { return {"error", "warning", "info"}; }
+constexpr CWords<5> MakeWords(EFailOn) { return {"error", "warning", "info", "change", "none"}; }
+constexpr CWords<4> MakeWords(ELeftover) { return {"", "left-behind", "not-restored", "later"}; }
+constexpr CWords<6> MakeWords(EArea) {
+    return {"program-files", "windows", "start-menu", "app-data", "documents", "outside"};
+}
+constexpr CWords<3> MakeWords(ETrait) { return {"executable", "16-bit", "kernel-mode"}; }
 
-inline constexpr std::size_t kStatusCount = kStatusWords.size();
-inline constexpr std::size_t kSeverityCount = kSeverityWords.size();
-inline constexpr std::size_t kLeftoverCount = kLeftoverWords.size();
+// The words of an enum, in its order.
+template <class Enum>
+inline constexpr auto kWords = MakeWords(Enum{});
 
-inline std::string_view WordOf(EKind kind) { return kKindWords[static_cast<std::size_t>(kind)]; }
-inline std::string_view WordOf(EChange change) { return kChangeWords[static_cast<std::size_t>(change)]; }
-inline std::string_view WordOf(EStatus status) { return kStatusWords[static_cast<std::size_t>(status)]; }
-inline std::string_view WordOf(ESeverity severity) { return kSeverityWords[static_cast<std::size_t>(severity)]; }
-inline std::string_view WordOf(EFailOn level) { return kFailOnWords[static_cast<std::size_t>(level)]; }
-inline std::string_view WordOf(ELeftover leftover) { return kLeftoverWords[static_cast<std::size_t>(leftover)]; }
-inline std::string_view WordOf(EArea area) { return kAreaWords[static_cast<std::size_t>(area)]; }
-inline std::string_view WordOf(ETrait trait) { return kTraitWords[static_cast<std::size_t>(trait)]; }
+constexpr std::size_t IndexOf(auto word) { return static_cast<std::size_t>(word); }
+
+template <class Enum>
+constexpr std::string_view WordOf(Enum word) {
+    return kWords<Enum>[IndexOf(word)];
+}
+
+// The words whose bits are set, each at its place.
+template <class Enum>
+std::vector<std::string_view> WordsIn(unsigned bits) {
+    std::vector<std::string_view> words;
+    for (std::size_t i = 0; i < kWords<Enum>.size(); ++i) {
+        if ((bits >> i & 1) != 0) words.push_back(kWords<Enum>[i]);
+    }
+    return words;
+}
+
+// How many there are of each.
+template <class Enum>
+using CCounts = std::array<std::size_t, kWords<Enum>.size()>;
 
 }  // namespace delvane

@@ -1,5 +1,7 @@
 #include "review/formats/json.h"
 
+#include <algorithm>
+
 #include "capture/extensions.h"
 #include "capture/files.h"
 #include "capture/registry.h"
@@ -9,51 +11,52 @@ namespace delvane {
 namespace {
 
 void WriteFileFields(CJson& json, const CDelvFileObj& file, bool hasSize) {
-    if (hasSize) json.Number("size", file.GetSize());
-    json.Text("written", IsoTime(file.m_ftLastWrite.GetTicks()));
-    json.Text("created", IsoTime(file.m_ftCreation.GetTicks()));
-    json.BeginList("attributes");
-    for (const CString& word : AttributeWords(file.m_dwAttributes))
-        json.Text({}, word);
-    json.EndList();
+    if (hasSize) json.Put("size", file.GetSize());
+    json.Put("written", IsoTime(file.m_ftLastWrite.GetTicks()));
+    json.Put("created", IsoTime(file.m_ftCreation.GetTicks()));
+    json.PutList("attributes", AttributeWords(file.m_dwAttributes));
 }
 
 void WriteValueFields(CJson& json, const CDelvRegValObj& value) {
-    json.Text("type", TypeWord(value.m_dwType));
+    json.Put("type", TypeWord(value.m_dwType));
+    using enum CValueData::EForm;
     const CValueData data = DescribeData(value);
     switch (data.m_form) {
-        case CValueData::EForm::kText:
-            json.Text("data", data.m_strText);
+        case kText:
+            json.Put("data", data.m_text);
             break;
-        case CValueData::EForm::kNumber:
-            json.Number("data", data.m_nNumber);
+        case kNumber:
+            json.Put("data", data.m_nNumber);
             break;
-        case CValueData::EForm::kBigNumber:
-            json.Text("data", std::to_string(data.m_nNumber));
+        case kBigNumber:
+            json.Put("data", std::to_string(data.m_nNumber));
             break;
-        case CValueData::EForm::kTexts:
+        case kTexts:
             json.BeginList("data");
-            for (const CString& text : data.m_texts)
-                json.Text({}, text);
+            for (std::string_view rest = data.m_text; !rest.empty();) {
+                const std::string_view text = rest.substr(0, rest.find('\0'));
+                json.Put({}, text);
+                rest.remove_prefix(std::min(text.size() + 1, rest.size()));
+            }
             json.EndList();
             break;
-        case CValueData::EForm::kHex:
+        case kHex:
             break;
     }
-    if (data.m_bHex) json.Text("hex", HexText(value.m_data));
+    if (data.m_bHex) json.Put("hex", HexText(value.m_data));
 }
 
 void WriteExtensionFields(CJson& json, const CDelvExtObj& extension) {
-    json.Text("fileType", extension.m_strFileType);
-    json.Text("icon", extension.m_strIcon);
-    json.Text("openCommand", extension.m_strOpenCommand);
-    json.Flag("noOpen", extension.m_bNoOpen != 0);
-    json.Flag("registered", extension.m_pKey != nullptr);
+    json.Put("fileType", extension.m_strFileType);
+    json.Put("icon", extension.m_strIcon);
+    json.Put("openCommand", extension.m_strOpenCommand);
+    json.Put("noOpen", extension.m_bNoOpen != 0);
+    json.Put("registered", extension.m_pKey != nullptr);
 }
 
 }  // namespace
 
-void CJson::Text(std::string_view key, std::string_view text) {
+void CJson::Put(std::string_view key, std::string_view text) {
     Name(key);
     if (IsCleanText(text)) return Quote(text);
     m_bLossy = true;
@@ -76,12 +79,11 @@ void CJson::Name(std::string_view key) {
 }
 
 void CJson::Quote(std::string_view clean) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
     m_strText += '"';
     for (const char c : clean) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte < 0x20 || byte == 0x7F) {
-            ((m_strText += "\\u00") += kDigits[byte >> 4]) += kDigits[byte & 0xF];
+            m_strText += Printed("\\u%04x", byte);
         } else {
             if (c == '"' || c == '\\') m_strText += '\\';
             m_strText += c;
@@ -105,12 +107,12 @@ void WriteNodeFields(CJson& json, const CDelvObj& node, EKind kind) {
 }
 
 void WriteSnapshotFields(CJson& json, const CSnapshotRecord& record) {
-    json.Text("name", record.m_strName);
-    json.Text("created", IsoTime(record.m_nCreated));
-    json.Text("machine", record.m_strMachine);
-    json.Text("user", record.m_strUser);
-    json.Text("system", record.m_strSystem);
-    json.Text("file", record.m_strFile);
+    json.Put("name", record.m_strName);
+    json.Put("created", IsoTime(record.m_nCreated));
+    json.Put("machine", record.m_strMachine);
+    json.Put("user", record.m_strUser);
+    json.Put("system", record.m_strSystem);
+    json.Put("file", record.m_strFile);
 }
 
 }  // namespace delvane

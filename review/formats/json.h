@@ -2,7 +2,6 @@
 // of nodes, which reviews and exports write alike.
 #pragma once
 
-#include <charconv>
 #include <concepts>
 #include <cstdint>
 #include <ostream>
@@ -24,21 +23,32 @@ public:
     void BeginList(std::string_view key) { Begin(key, '['); }
     void EndList() { End(']'); }
     // Bytes that are no UTF-8 are replaced, and IsLossy tells of it from then on.
-    void Text(std::string_view key, std::string_view text);
-    void Number(std::string_view key, std::integral auto number) {
-        char digits[24];
+    void Put(std::string_view key, std::string_view text);
+    void Put(std::string_view key, std::integral auto value) {
         Name(key);
-        m_strText.append(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+        if constexpr (std::same_as<decltype(value), bool>) {
+            m_strText += value ? "true" : "false";
+        } else {
+            m_strText += std::to_string(value);
+        }
     }
-    void Flag(std::string_view key, bool flag) {
-        Name(key);
-        m_strText += flag ? "true" : "false";
+    void PutList(std::string_view key, const auto& values) {
+        BeginList(key);
+        for (const auto& value : values)
+            Put({}, value);
+        EndList();
+    }
+    // An object of one field.
+    void PutObject(std::string_view key, std::string_view field, const auto& value) {
+        BeginObject(key);
+        Put(field, value);
+        EndObject();
     }
 
     bool IsLossy() const { return m_bLossy; }
     // "lossy": true where that is so; the next object begins anew.
     void EndLossy() {
-        if (m_bLossy) Flag("lossy", true);
+        if (m_bLossy) Put("lossy", true);
         m_bLossy = false;
     }
     // Hands what was written, a whole value, to the stream as a line.

@@ -11,76 +11,43 @@ namespace {
 
 constexpr std::size_t kMostPaths = 100;
 
-// For content and attributes alike. XML has no way to write most control characters.
+using CFindings = std::vector<const CFinding*>;
+
+// For content and attributes alike. XML has no way to write most control characters, nor U+FFFE and U+FFFF.
 CString Escaped(std::string_view text) {
     CString escaped;
-    for (const char c : CleanText(text)) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            case '\n':
-                escaped += "&#10;";
-                break;
-            default: {
-                const bool isControl = static_cast<unsigned char>(c) < 0x20;
-                // U+FFFE and U+FFFF are characters of Unicode and none of XML.
-                const bool isLast = (c == '\xBE' || c == '\xBF') && escaped.ends_with("\xEF\xBF");
-                escaped += isControl ? CString("\xEF\xBF\xBD") : CString(1, isLast ? '\xBD' : c);
-            }
+    while (!text.empty()) {
+        const CCharacter character = TakeCharacter(text);
+        const std::uint32_t c = character.m_nNumber;
+        if (c == '\n') {
+            escaped += "&#10;";
+        } else if (!character.IsValid() || c < 0x20 || c == 0xFFFE || c == 0xFFFF) {
+            escaped += kReplacement;
+        } else {
+            escaped += EscapedCharacter(character.m_bytes);
         }
     }
     return escaped;
 }
 
-struct CCase {
-    std::vector<const CFinding*> m_open;
-    std::vector<const CFinding*> m_closed;
-    bool m_bFails = false;
-};
-
-CCase CaseOf(const CReview& review, const CRule& rule) {
-    CCase result;
-    for (const CFinding& finding : review.m_findings) {
-        if (finding.m_pRule != &rule) continue;
-        const bool isOpen = finding.m_status == EStatus::kOpen;
-        (isOpen ? result.m_open : result.m_closed).push_back(&finding);
-        result.m_bFails = result.m_bFails || (isOpen && review.Reaches(finding.m_severity));
-    }
-    return result;
-}
-
-CString TextOf(const CReview& review, const std::vector<const CFinding*>& findings) {
+CString TextOf(const CReview& review, const CFindings& findings) {
     CString text;
-    std::size_t paths = 0;
+    std::size_t room = kMostPaths;
     for (const CFinding* finding : findings) {
         text += finding->m_strObject + ": " + finding->m_strText + "\n";
-        std::size_t left = finding->m_changes.size();
-        for (const std::uint32_t id : finding->m_changes) {
-            if (paths == kMostPaths) break;
-            const CChange& change = review.GetChange(id);
-            ((text += "  ") += WordOf(change.m_change)) += ' ';
-            text += VisibleText(change.m_path);
-            if (change.m_kind == EKind::kValue) text += '\\' + VisibleText(change.m_name);
-            text += '\n';
-            ++paths;
-            --left;
+        const std::size_t shown = std::min(finding->m_changes.size(), room);
+        for (std::size_t i = 0; i < shown; ++i) {
+            const CChange& change = review.GetChange(finding->m_changes[i]);
+            text += "  " + CString(WordOf(change.m_change)) + " " + VisibleText(change.GetWholePath()) + "\n";
         }
-        if (left != 0) text += "  and " + std::to_string(left) + " more\n";
+        room -= shown;
+        if (const std::size_t left = finding->m_changes.size() - shown; left != 0)
+            text += "  and " + std::to_string(left) + " more\n";
     }
     return text;
 }
 
-CString ReasonsOf(const std::vector<const CFinding*>& findings) {
+CString ReasonsOf(const CFindings& findings) {
     CString reasons;
     for (const CFinding* finding : findings) {
         const CString reason =
@@ -102,23 +69,25 @@ void WriteJUnit(const CReview& review, std::ostream& stream) {
         std::size_t skipped = 0;
         std::ostringstream cases;
         for (const CRule& rule : GetRules()) {
-            if (rule.m_nRequirement != static_cast<int>(requirement)) continue;
+            if (rule.m_nRequirement != requirement) continue;
             ++tests;
-            const CCase result = CaseOf(review, rule);
+            CFindings open;
+            CFindings closed;
+            for (const CFinding& finding : review.m_findings) {
+                if (finding.m_pRule == &rule) (finding.IsOpen() ? open : closed).push_back(&finding);
+            }
             cases << "    <testcase classname=\"delvane.requirement" << requirement << "\" name=\"" << rule.m_id
                   << "\"";
-            if (result.m_bFails) {
+            if (!open.empty() && review.Reaches(rule.m_severity)) {
                 ++failures;
                 cases << ">\n      <failure type=\"" << WordOf(rule.m_severity) << "\" message=\""
-                      << Escaped(result.m_open.front()->m_strText) << "\">" << Escaped(TextOf(review, result.m_open))
+                      << Escaped(open.front()->m_strText) << "\">" << Escaped(TextOf(review, open))
                       << "</failure>\n    </testcase>\n";
-            } else if (!result.m_open.empty()) {
-                cases << ">\n      <system-out>" << Escaped(TextOf(review, result.m_open))
-                      << "</system-out>\n    </testcase>\n";
-            } else if (!result.m_closed.empty()) {
+            } else if (!open.empty()) {
+                cases << ">\n      <system-out>" << Escaped(TextOf(review, open)) << "</system-out>\n    </testcase>\n";
+            } else if (!closed.empty()) {
                 ++skipped;
-                cases << ">\n      <skipped message=\"" << Escaped(ReasonsOf(result.m_closed))
-                      << "\"/>\n    </testcase>\n";
+                cases << ">\n      <skipped message=\"" << Escaped(ReasonsOf(closed)) << "\"/>\n    </testcase>\n";
             } else {
                 cases << "/>\n";
             }
@@ -130,7 +99,7 @@ void WriteJUnit(const CReview& review, std::ostream& stream) {
         allSkipped += skipped;
     }
     stream << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\""
-           << Escaped(review.m_current.m_strName + " - " + review.m_baseline.m_strName) << "\" tests=\""
+           << Escaped(review.GetCurrent().m_strName + " - " + review.GetBaseline().m_strName) << "\" tests=\""
            << GetRules().size() << "\" failures=\"" << allFailures << "\" errors=\"0\" skipped=\"" << allSkipped
            << "\">\n"
            << suites.str() << "</testsuites>\n";

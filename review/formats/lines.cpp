@@ -7,72 +7,55 @@ namespace delvane {
 namespace {
 
 void WriteReview(CJson& json, const CReview& review) {
-    const auto writeSnapshot = [&](std::string_view key, const CSnapshotRecord& record) {
-        json.BeginObject(key);
+    json.Put("record", "review");
+    json.Put("version", 1);
+    json.Put("program", DELVANE_VERSION);
+    for (const CSnapshotRecord& record : review.m_snapshots) {
+        json.BeginObject(record.m_role);
         WriteSnapshotFields(json, record);
         json.EndLossy();
         json.EndObject();
-    };
-    json.Text("record", "review");
-    json.Number("version", 1);
-    json.Text("program", DELVANE_VERSION);
-    writeSnapshot("baseline", review.m_baseline);
-    writeSnapshot("current", review.m_current);
-    if (review.m_control) writeSnapshot("control", *review.m_control);
-    if (review.m_installed) writeSnapshot("installed", *review.m_installed);
-    json.Text("created", IsoTime(review.m_nCreated));
-    json.Text("failOn", WordOf(review.m_failOn));
+    }
+    json.Put("created", IsoTime(review.m_nCreated));
+    json.Put("failOn", WordOf(review.m_failOn));
 }
 
 void WriteGap(CJson& json, const CReviewGap& gap) {
-    json.Text("record", "gap");
-    json.Text("snapshot", gap.m_strSnapshot);
-    json.Text("kind", GapKindName(gap.m_kind));
-    json.Text("path", gap.m_strPath);
-    if (gap.m_kind == EGapKind::kValue) json.Text("name", gap.m_strName);
-    json.Number("code", gap.m_dwCode);
-    json.Text("reason", gap.m_strReason);
-    if (gap.m_bLossy && !json.IsLossy()) json.Flag("lossy", true);
+    json.Put("record", "gap");
+    json.Put("snapshot", gap.m_strSnapshot);
+    json.Put("kind", GapKindName(gap.m_kind));
+    json.Put("path", gap.m_strPath);
+    if (gap.m_kind == EGapKind::kValue) json.Put("name", gap.m_strName);
+    json.Put("code", gap.m_dwCode);
+    json.Put("reason", gap.m_strReason);
+    if (gap.m_bLossy && !json.IsLossy()) json.Put("lossy", true);
     json.EndLossy();
 }
 
 void WriteFinding(CJson& json, const CFinding& finding) {
-    json.Text("record", "finding");
-    json.Number("id", finding.m_nId);
-    json.Text("rule", finding.m_pRule->m_id);
-    json.Text("severity", WordOf(finding.m_severity));
-    json.Number("requirement", finding.m_nRequirement);
-    json.Text("object", finding.m_strObject);
-    json.Text("text", finding.m_strText);
-    json.BeginList("changes");
-    for (const std::uint32_t id : finding.m_changes)
-        json.Number({}, id);
-    json.EndList();
-    json.Text("status", WordOf(finding.m_status));
-    if (finding.m_status == EStatus::kAccepted) json.Text("reason", finding.m_strReason);
+    json.Put("record", "finding");
+    json.Put("id", finding.m_nId);
+    json.Put("rule", finding.m_pRule->m_id);
+    json.Put("severity", WordOf(finding.m_pRule->m_severity));
+    json.Put("requirement", finding.m_pRule->m_nRequirement);
+    json.Put("object", finding.m_strObject);
+    json.Put("text", finding.m_strText);
+    json.PutList("changes", finding.m_changes);
+    json.Put("status", WordOf(finding.m_status));
+    if (finding.m_status == EStatus::kAccepted) json.Put("reason", finding.m_strReason);
     json.EndLossy();
 }
 
-template <std::size_t Count>
-void WriteBits(CJson& json, std::string_view key, const std::array<std::string_view, Count>& words, unsigned bits) {
-    json.BeginList(key);
-    for (std::size_t i = 0; i < Count; ++i) {
-        if ((bits >> i & 1) != 0) json.Text({}, words[i]);
-    }
-    json.EndList();
-}
-
 void WriteChange(CJson& json, const CChange& change) {
-    json.Text("record", "change");
-    json.Number("id", change.m_nId);
-    json.Text("kind", WordOf(change.m_kind));
-    json.Text("change", WordOf(change.m_change));
-    json.Text("path", change.m_path);
-    if (change.m_kind == EKind::kValue) json.Text("name", change.m_name);
-    const bool isFile = change.m_kind == EKind::kFile;
-    if (isFile || change.m_kind == EKind::kDirectory) WriteBits(json, "areas", kAreaWords, change.m_areas);
-    if (isFile) WriteBits(json, "traits", kTraitWords, change.m_traits);
-    if (!change.m_version.empty()) json.Text("version", change.m_version);
+    json.Put("record", "change");
+    json.Put("id", change.m_nId);
+    json.Put("kind", WordOf(change.m_kind));
+    json.Put("change", WordOf(change.m_change));
+    json.Put("path", change.m_path);
+    if (change.m_kind == EKind::kValue) json.Put("name", change.m_name);
+    if (change.IsFileOrDirectory()) json.PutList("areas", WordsIn<EArea>(change.m_areas));
+    if (change.m_kind == EKind::kFile) json.PutList("traits", WordsIn<ETrait>(change.m_traits));
+    if (!change.m_version.empty()) json.Put("version", change.m_version);
     const auto writeSide = [&](std::string_view key, const CDelvObj* node) {
         if (node == nullptr) return;
         json.BeginObject(key);
@@ -81,18 +64,18 @@ void WriteChange(CJson& json, const CChange& change) {
     };
     writeSide("before", change.m_pBefore);
     writeSide("after", change.m_pAfter);
-    json.Text("status", WordOf(change.m_status));
-    if (change.m_status == EStatus::kAccepted) json.Text("reason", change.GetReason());
-    if (change.m_leftover != ELeftover::kNone) json.Text("leftover", WordOf(change.m_leftover));
-    if (change.m_bUncertain) json.Flag("uncertain", true);
+    json.Put("status", WordOf(change.m_status));
+    if (change.m_status == EStatus::kAccepted) json.Put("reason", change.GetReason());
+    if (change.m_leftover != ELeftover::kNone) json.Put("leftover", WordOf(change.m_leftover));
+    if (change.m_bUncertain) json.Put("uncertain", true);
     json.EndLossy();
 }
 
-template <class Words, class Counts>
-void WriteCounts(CJson& json, std::string_view key, const Words& words, const Counts& counts) {
+template <class Enum>
+void WriteCounts(CJson& json, std::string_view key, const CCounts<Enum>& counts) {
     json.BeginObject(key);
-    for (std::size_t i = 0; i < words.size(); ++i)
-        json.Number(words[i], counts[i]);
+    for (std::size_t i = 0; i < counts.size(); ++i)
+        json.Put(kWords<Enum>[i], counts[i]);
     json.EndObject();
 }
 
@@ -114,11 +97,11 @@ void WriteLines(const CReview& review, std::ostream& stream) {
     for (const CChange& change : review.m_changes)
         writeLine(WriteChange, change);
     const auto writeEnd = [](CJson& end, const CReview& whole) {
-        end.Text("record", "end");
-        WriteCounts(end, "findings", kSeverityWords, whole.m_counts.m_findings);
-        WriteCounts(end, "changes", kStatusWords, whole.m_counts.m_changes);
-        end.Number("gaps", whole.m_gaps.size());
-        end.Number("exit", whole.m_nExit);
+        end.Put("record", "end");
+        WriteCounts<ESeverity>(end, "findings", whole.m_counts.m_findings);
+        WriteCounts<EStatus>(end, "changes", whole.m_counts.m_changes);
+        end.Put("gaps", whole.m_gaps.size());
+        end.Put("exit", whole.m_nExit);
     };
     writeLine(writeEnd, review);
 }

@@ -42,16 +42,6 @@ CString Cell(std::string_view text) {
 
 CString Code(std::string_view text) { return "<code>" + Cell(text) + "</code>"; }
 
-CString ObjectOf(const CChange& change) {
-    CString text = Code(change.m_path);
-    if (change.m_kind == EKind::kValue) text += " " + Code(change.m_name);
-    return text;
-}
-
-CString Plural(std::size_t count, const CString& word) {
-    return std::to_string(count) + " " + word + (count == 1 ? "" : "s");
-}
-
 // Grows until the room is used up; what does not fit any more is counted.
 class CPage {
 public:
@@ -83,47 +73,44 @@ private:
     CString m_strText;
 };
 
-std::vector<const CChange*> ChangesWhere(const CReview& review, auto condition) {
+// The open changes; of `leftover` alone where one is named.
+void WriteOpenChanges(CPage& page, const CReview& review, const CString& title, ELeftover leftover, double share) {
     std::vector<const CChange*> changes;
     for (const CChange& change : review.m_changes) {
-        if (condition(change)) changes.push_back(&change);
+        if (change.IsOpen() && (leftover == ELeftover::kNone || change.m_leftover == leftover))
+            changes.push_back(&change);
     }
-    return changes;
-}
-
-CString ChangeRow(const CChange* change) {
-    return "| " + CString(WordOf(change->m_change)) + " | " + CString(WordOf(change->m_kind)) + " | " +
-           ObjectOf(*change) + (change->m_bUncertain ? " (uncertain)" : "") + " |";
+    page.WriteTable(title + ": " + std::to_string(changes.size()), "| change | kind | object |", changes, share,
+                    [](const CChange* change) {
+                        const auto name = change->GetValueName();
+                        return "| " + CString(WordOf(change->m_change)) + " | " + CString(WordOf(change->m_kind)) +
+                               " | " + Code(change->m_path) + (name ? " " + Code(*name) : "") +
+                               (change->m_bUncertain ? " (uncertain)" : "") + " |";
+                    });
 }
 
 void WriteHead(CPage& page, const CReview& review) {
-    const auto side = [](const CString& label, const CSnapshotRecord& record) {
-        return "| " + label + " | " + Cell(record.m_strName) + " | " + IsoTime(record.m_nCreated) + " | " +
-               Cell(record.m_strMachine) + " | " + Cell(record.m_strUser) + " | " + Cell(record.m_strSystem) + " |\n";
-    };
     const auto& open = review.m_counts.m_openFindings;
-    const std::size_t openChanges = review.m_counts.m_changes[static_cast<std::size_t>(EStatus::kOpen)];
-    page.Write("# " + Cell(review.m_current.m_strName) + " against " + Cell(review.m_baseline.m_strName) +
+    page.Write("# " + Cell(review.GetCurrent().m_strName) + " against " + Cell(review.GetBaseline().m_strName) +
                "\n\n**exit code " + std::to_string(review.m_nExit) + "** (fail on " + CString(WordOf(review.m_failOn)) +
                "). Open: " + Plural(open[0], "error") + ", " + Plural(open[1], "warning") + ", " +
-               Plural(open[2], "info") + ", " + Plural(openChanges, "change") +
+               Plural(open[2], "info") + ", " + Plural(review.m_counts.m_changes[IndexOf(EStatus::kOpen)], "change") +
                ".\n\n| snapshot | name | taken | machine | user | system |\n| --- | --- | --- | --- | "
-               "--- | --- |\n" +
-               side("baseline", review.m_baseline) + side("current", review.m_current));
-    if (review.m_control) page.Write(side("control", *review.m_control));
-    if (review.m_installed) page.Write(side("installed", *review.m_installed));
+               "--- | --- |\n");
+    for (const CSnapshotRecord& record : review.m_snapshots) {
+        page.Write("| " + CString(record.m_role) + " | " + Cell(record.m_strName) + " | " + IsoTime(record.m_nCreated) +
+                   " | " + Cell(record.m_strMachine) + " | " + Cell(record.m_strUser) + " | " +
+                   Cell(record.m_strSystem) + " |\n");
+    }
 }
 
 void WriteSummary(CPage& page, const CReview& review) {
-    using CCounts = std::array<std::size_t, 4>;  // open by change, and what is not open
-    std::map<std::pair<CString, EKind>, CCounts> groups;
+    using CColumns = std::array<std::size_t, 4>;  // open by change, and what is not open
+    std::map<std::pair<CString, EKind>, CColumns> groups;
     for (const CChange& change : review.m_changes) {
         CString area = Cell(change.GetHive());
-        for (std::size_t i = 0; area.empty() && i < kAreaWords.size(); ++i) {
-            if (change.HasArea(static_cast<EArea>(i))) area = kAreaWords[i];
-        }
-        const std::size_t column = change.m_status == EStatus::kOpen ? static_cast<std::size_t>(change.m_change) : 3;
-        ++groups[{area.empty() ? "other" : area, change.m_kind}][column];
+        if (area.empty()) area = change.m_areas == 0 ? "other" : change.GetArea();
+        ++groups[{area, change.m_kind}][change.IsOpen() ? IndexOf(change.m_change) : 3];
     }
     page.WriteTable("Changes", "| area or hive | kind | added | deleted | changed | accepted or noise |", groups, 0.1,
                     [](const auto& group) {
@@ -139,20 +126,15 @@ void WriteSummary(CPage& page, const CReview& review) {
 void WriteMarkdown(const CReview& review, std::ostream& stream) {
     CPage page;
     WriteHead(page, review);
-    const auto isOpen = [](const CChange& change) { return change.m_status == EStatus::kOpen; };
-    for (const ELeftover leftover : {ELeftover::kLeftBehind, ELeftover::kNotRestored}) {
-        const auto changes = ChangesWhere(
-            review, [&](const CChange& change) { return change.m_leftover == leftover && isOpen(change); });
-        page.WriteTable(CString(WordOf(leftover)) + ": " + std::to_string(changes.size()), "| change | kind | object |",
-                        changes, 0.2, ChangeRow);
-    }
+    for (const ELeftover leftover : {ELeftover::kLeftBehind, ELeftover::kNotRestored})
+        WriteOpenChanges(page, review, CString(WordOf(leftover)), leftover, 0.2);
     page.WriteTable("Findings", "| requirement | severity | rule | finding | changes | status |", review.m_findings,
                     0.2, [](const CFinding& finding) {
-                        CString row = "| " + std::to_string(finding.m_nRequirement) + " | " +
-                                      CString(WordOf(finding.m_severity)) + " | " + CString(finding.m_pRule->m_id) +
-                                      " | " + Cell(finding.m_strObject) + "&#58; " + Cell(finding.m_strText) + " | " +
-                                      std::to_string(finding.m_changes.size()) + " | " +
-                                      CString(WordOf(finding.m_status));
+                        CString row = "| " + std::to_string(finding.m_pRule->m_nRequirement) + " | " +
+                                      CString(WordOf(finding.m_pRule->m_severity)) + " | " +
+                                      CString(finding.m_pRule->m_id) + " | " + Cell(finding.m_strObject) + "&#58; " +
+                                      Cell(finding.m_strText) + " | " + std::to_string(finding.m_changes.size()) +
+                                      " | " + CString(WordOf(finding.m_status));
                         if (finding.m_status == EStatus::kAccepted) row += "&#58; " + Cell(finding.m_strReason);
                         return row + " |";
                     });
@@ -162,8 +144,7 @@ void WriteMarkdown(const CReview& review, std::ostream& stream) {
                (gap.m_strName.empty() ? "" : " " + Code(gap.m_strName)) + " | " + Cell(gap.m_strReason) + " (" +
                std::to_string(gap.m_dwCode) + ") |";
     });
-    const auto open = ChangesWhere(review, isOpen);
-    page.WriteTable("Open changes: " + std::to_string(open.size()), "| change | kind | object |", open, 0.4, ChangeRow);
+    WriteOpenChanges(page, review, "Open changes", ELeftover::kNone, 0.4);
     stream << page.Get();
 }
 

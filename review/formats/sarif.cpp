@@ -12,55 +12,42 @@ namespace {
 constexpr std::size_t kMostLocations = 100;
 
 std::string_view LevelOf(ESeverity severity) {
-    constexpr std::array<std::string_view, kSeverityCount> kLevels = {"error", "warning", "note"};
-    return kLevels[static_cast<std::size_t>(severity)];
+    constexpr std::array<std::string_view, kWords<ESeverity>.size()> kLevels = {"error", "warning", "note"};
+    return kLevels[IndexOf(severity)];
 }
 
 // file:///C:/Program%20Files/x.exe. What a URI does not take stands as its bytes.
 CString UriOf(std::string_view path) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    constexpr std::string_view kPlain = "-._~:/";
+    constexpr std::string_view kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~:/";
     CString uri = "file:///";
     for (const char c : CleanText(path)) {
-        const auto byte = static_cast<unsigned char>(c);
-        const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
         if (c == '\\') {
             uri += '/';
-        } else if (isPlain || kPlain.find(c) != std::string_view::npos) {
+        } else if (kPlain.find(c) != std::string_view::npos) {
             uri += c;
         } else {
-            ((uri += '%') += kDigits[byte >> 4]) += kDigits[byte & 0xF];
+            uri += Printed("%%%02X", static_cast<unsigned char>(c));
         }
     }
     return uri;
 }
 
-void WriteMessage(CJson& json, std::string_view key, std::string_view text) {
-    json.BeginObject(key);
-    json.Text("text", text);
-    json.EndObject();
-}
-
 void WriteLocation(CJson& json, const CChange& change) {
     json.BeginObject();
-    if (change.m_kind == EKind::kFile || change.m_kind == EKind::kDirectory) {
+    if (change.IsFileOrDirectory()) {
         json.BeginObject("physicalLocation");
-        json.BeginObject("artifactLocation");
-        json.Text("uri", UriOf(change.m_path));
-        json.EndObject();
+        json.PutObject("artifactLocation", "uri", UriOf(change.m_path));
         json.EndObject();
     } else {
-        const bool isValue = change.m_kind == EKind::kValue;
         json.BeginList("logicalLocations");
         json.BeginObject();
-        if (isValue) json.Text("name", change.m_name);
-        json.Text("fullyQualifiedName",
-                  isValue ? CString(change.m_path) + '\\' + CString(change.m_name) : CString(change.m_path));
-        json.Text("kind", WordOf(change.m_kind));
+        if (change.m_kind == EKind::kValue) json.Put("name", change.m_name);
+        json.Put("fullyQualifiedName", change.GetWholePath());
+        json.Put("kind", WordOf(change.m_kind));
         json.EndObject();
         json.EndList();
     }
-    WriteMessage(json, "message", CString(WordOf(change.m_kind)) + " " + CString(WordOf(change.m_change)));
+    json.PutObject("message", "text", CString(WordOf(change.m_kind)) + " " + CString(WordOf(change.m_change)));
     json.EndObject();
 }
 
@@ -70,55 +57,46 @@ CString FingerprintOf(const CFinding& finding) {
     const CString identity = CString(finding.m_pRule->m_id) + '\0' + FoldCase(finding.m_strObject);
     for (const char c : identity)
         hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
-    CString bytes;
-    for (int shift = 56; shift >= 0; shift -= 8)
-        bytes += static_cast<char>(hash >> shift & 0xFF);
-    return HexText(bytes);
+    return Printed("%016llx", static_cast<unsigned long long>(hash));
 }
 
 void WriteRule(CJson& json, const CRule& rule) {
     json.BeginObject();
-    json.Text("id", rule.m_id);
-    WriteMessage(json, "shortDescription", rule.m_title);
-    WriteMessage(json, "fullDescription", rule.m_help);
-    WriteMessage(json, "help", rule.m_help);
-    json.BeginObject("defaultConfiguration");
-    json.Text("level", LevelOf(rule.m_severity));
-    json.EndObject();
-    json.BeginObject("properties");
-    json.Number("requirement", rule.m_nRequirement);
-    json.EndObject();
+    json.Put("id", rule.m_id);
+    json.PutObject("shortDescription", "text", rule.m_title);
+    json.PutObject("fullDescription", "text", rule.m_help);
+    json.PutObject("help", "text", rule.m_help);
+    json.PutObject("defaultConfiguration", "level", LevelOf(rule.m_severity));
+    json.PutObject("properties", "requirement", rule.m_nRequirement);
     json.EndObject();
 }
 
 void WriteResult(CJson& json, const CReview& review, const CFinding& finding) {
     json.BeginObject();
-    json.Text("ruleId", finding.m_pRule->m_id);
-    json.Number("ruleIndex", static_cast<std::size_t>(finding.m_pRule - GetRules().data()));
-    json.Text("level", LevelOf(finding.m_severity));
-    WriteMessage(json, "message", finding.m_strObject + ": " + finding.m_strText);
+    json.Put("ruleId", finding.m_pRule->m_id);
+    json.Put("ruleIndex", static_cast<std::size_t>(finding.m_pRule - GetRules().data()));
+    json.Put("level", LevelOf(finding.m_pRule->m_severity));
+    json.PutObject("message", "text", finding.m_strObject + ": " + finding.m_strText);
     json.BeginList("locations");
     for (std::size_t i = 0; i < std::min(finding.m_changes.size(), kMostLocations); ++i)
         WriteLocation(json, review.GetChange(finding.m_changes[i]));
     json.EndList();
-    json.BeginObject("partialFingerprints");
-    json.Text("delvaneFinding/v1", FingerprintOf(finding));
-    json.EndObject();
+    json.PutObject("partialFingerprints", "delvaneFinding/v1", FingerprintOf(finding));
     // A list that is there and empty says that nothing suppresses the result.
     json.BeginList("suppressions");
-    if (finding.m_status != EStatus::kOpen) {
+    if (!finding.IsOpen()) {
         json.BeginObject();
-        json.Text("kind", "external");
-        json.Text("status", "accepted");
-        json.Text("justification", finding.m_status == EStatus::kNoise
-                                       ? "changes by itself, as the control snapshot shows"
-                                       : std::string_view(finding.m_strReason));
+        json.Put("kind", "external");
+        json.Put("status", "accepted");
+        json.Put("justification", finding.m_status == EStatus::kNoise
+                                      ? "changes by itself, as the control snapshot shows"
+                                      : std::string_view(finding.m_strReason));
         json.EndObject();
     }
     json.EndList();
     json.BeginObject("properties");
-    json.Text("object", finding.m_strObject);
-    json.Number("changes", finding.m_changes.size());
+    json.Put("object", finding.m_strObject);
+    json.Put("changes", finding.m_changes.size());
     json.EndObject();
     json.EndObject();
 }
@@ -128,14 +106,14 @@ void WriteResult(CJson& json, const CReview& review, const CFinding& finding) {
 void WriteSarif(const CReview& review, std::ostream& stream) {
     CJson json;
     json.BeginObject();
-    json.Text("$schema", "https://json.schemastore.org/sarif-2.1.0.json");
-    json.Text("version", "2.1.0");
+    json.Put("$schema", "https://json.schemastore.org/sarif-2.1.0.json");
+    json.Put("version", "2.1.0");
     json.BeginList("runs");
     json.BeginObject();
     json.BeginObject("tool");
     json.BeginObject("driver");
-    json.Text("name", "Install Delvane");
-    json.Text("version", DELVANE_VERSION);
+    json.Put("name", "Install Delvane");
+    json.Put("version", DELVANE_VERSION);
     json.BeginList("rules");
     for (const CRule& rule : GetRules())
         WriteRule(json, rule);
@@ -144,9 +122,9 @@ void WriteSarif(const CReview& review, std::ostream& stream) {
     json.EndObject();
     json.BeginList("invocations");
     json.BeginObject();
-    json.Flag("executionSuccessful", true);
-    json.Number("exitCode", review.m_nExit);
-    json.Text("endTimeUtc", IsoTime(review.m_nCreated));
+    json.Put("executionSuccessful", true);
+    json.Put("exitCode", review.m_nExit);
+    json.Put("endTimeUtc", IsoTime(review.m_nCreated));
     json.EndObject();
     json.EndList();
     json.BeginList("results");

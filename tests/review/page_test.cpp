@@ -13,14 +13,10 @@ protected:
         return TextOf([&](std::ostream& stream) { CPageText(stream).Text(text, form); });
     }
     static CString Side(std::string_view text, std::string_view opposite) {
-        return TextOf([&](std::ostream& stream) {
-            CPageText(stream).Data({"ins", text, opposite, FindDifference(text, opposite).m_before}, EText::kData);
-        });
+        return TextOf([&](std::ostream& stream) { CPageText(stream).Data({"ins", text, opposite}, EText::kData); });
     }
     static CString Dump(std::string_view bytes, std::string_view opposite) {
-        return TextOf([&](std::ostream& stream) {
-            CPageText(stream).Dump({"del", bytes, opposite, FindDifference(bytes, opposite).m_before});
-        });
+        return TextOf([&](std::ostream& stream) { CPageText(stream).Dump({"del", bytes, opposite}); });
     }
 };
 

@@ -177,7 +177,7 @@ TEST_F(Review, WhatLiesAtOrBelowAGapIsUncertain) {
         R"({"record":"gap","snapshot":"After","kind":"directory","path":"c:\\OUTSIDE","code":5,"reason":"access denied"})"
         "\n{\"rec");
     CGapIndex index;
-    index.Add({{EGapKind::kRegistryFile, "/home/u/.wine/user.reg", {}, 1009, "damaged"}, {}, false, true});
+    index.Add({{EGapKind::kRegistryFile, "/home/u/.wine/user.reg", {}, 1009, "damaged"}, {}, false});
     CChange change;
     change.m_kind = EKind::kKey;
     change.m_path = "HKCU\\Software";
