@@ -94,16 +94,6 @@ private:
     bool m_bExtensionsIgnored = false;
 };
 
-// Whether what is written of the node as text is no UTF-8.
-bool IsLossyNode(const CDelvObj* node, EKind kind) {
-    if (node == nullptr) return false;
-    if (kind == EKind::kValue) return !IsCleanText(DescribeData(static_cast<const CDelvRegValObj&>(*node)).m_text);
-    if (kind != EKind::kExtension) return false;
-    const auto& extension = static_cast<const CDelvExtObj&>(*node);
-    return !IsCleanText(extension.m_strFileType) || !IsCleanText(extension.m_strIcon) ||
-           !IsCleanText(extension.m_strOpenCommand);
-}
-
 }  // namespace
 
 // Fills a review, a step after the other.
@@ -140,6 +130,10 @@ public:
             finding.m_strObject = DescribeObject(*filed.m_pObject);
             finding.m_strText = PlainText(filed);
             finding.m_changes = ChangesBehind(filed);
+            for (const std::uint32_t id : finding.m_changes) {
+                std::uint8_t& requirements = m_review.m_changes[id - 1].m_requirements;
+                requirements = static_cast<std::uint8_t>(requirements | 1U << rule->m_nRequirement);
+            }
             m_review.m_findings.push_back(std::move(finding));
         }
         std::ranges::stable_sort(m_review.m_findings, {}, [](const CFinding& finding) {
@@ -219,8 +213,6 @@ private:
             if (areas == 0 && kind == EChange::kAdded) areas = 1U << IndexOf(EArea::kOutside);
             change.m_areas = static_cast<std::uint8_t>(areas);
         }
-        change.m_bLossy = !IsCleanText(change.m_path) || !IsCleanText(change.m_name) ||
-                          IsLossyNode(before, change.m_kind) || IsLossyNode(after, change.m_kind);
         m_idOfNode.emplace(&node, change.m_nId);
         m_review.m_changes.push_back(change);
     }
@@ -256,7 +248,6 @@ private:
             CChange* const change = note(*exe, ETrait::kExecutable);
             if (change == nullptr) continue;
             change->m_version = exe->m_strFileVersion;
-            change->m_bLossy = change->m_bLossy || !IsCleanText(change->m_version);
         }
         for (const CDelvObj* exe : files.m_exes16Bit)
             note(*exe, ETrait::k16Bit);

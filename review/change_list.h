@@ -50,10 +50,10 @@ struct CChange {
     EChange m_change = EChange::kAdded;
     EStatus m_status = EStatus::kOpen;
     ELeftover m_leftover = ELeftover::kNone;
-    std::uint8_t m_areas = 0;   // a bit for each EArea
-    std::uint8_t m_traits = 0;  // a bit for each ETrait
+    std::uint8_t m_areas = 0;         // a bit for each EArea
+    std::uint8_t m_requirements = 0;  // a bit for each that has a finding which it stands behind
+    std::uint8_t m_traits = 0;        // a bit for each ETrait
     bool m_bUncertain = false;
-    bool m_bLossy = false;       // a name or data that are written as text are no UTF-8
     std::string_view m_path;     // of a value that of its key, of an extension its name
     std::string_view m_name;     // of a value; "(default)" is the unnamed one; empty for all else
     std::string_view m_version;  // of an executable, where one was read

@@ -14,59 +14,48 @@
 namespace delvane {
 namespace {
 
-constexpr std::array<std::string_view, 6> kRecordWords = {"drive", "directory", "file", "key", "value", "extension"};
-constexpr std::array<std::string_view, 7> kDriveWords = {"unknown", "no-root", "removable", "fixed",
-                                                         "network", "cd-rom",  "ram-disk"};
+constexpr CWords<7> kDriveWords = {"unknown", "no-root", "removable", "fixed", "network", "cd-rom", "ram-disk"};
 
 class CExporter {
 public:
-    explicit CExporter(std::ostream& stream) : m_stream(stream) {}
+    explicit CExporter(std::ostream& stream) : m_json(stream) {}
 
     void Write(const CSnapshot& snapshot, const CString& file) {
-        Begin("snapshot");
+        m_json.BeginRecord("snapshot");
         m_json.Put("version", 1);
         m_json.Put("program", DELVANE_VERSION);
         WriteSnapshotFields(m_json, CSnapshotRecord({}, snapshot, file));
-        End();
+        m_json.EndRecord();
         for (const CDelvObj* drive : snapshot.m_pDrives->m_subdirs)
             WriteDrive(static_cast<const CDelvDriveObj&>(*drive));
         for (const CDelvObj* hive : snapshot.m_pRegistry->m_subkeys)
             WriteKey(static_cast<const CDelvRegKeyObj&>(*hive), CString(hive->m_name));
         for (const CDelvObj* extension : snapshot.m_pExtensions->m_extensions)
             WriteNode(*extension, EKind::kExtension, extension->m_name);
-        Begin("end");
-        for (std::size_t i = 0; i < kRecordWords.size(); ++i)
-            m_json.Put(kRecordWords[i], m_counts[i]);
-        End();
+        m_json.BeginRecord("end");
+        m_json.Put("drive", snapshot.m_pDrives->m_subdirs.size());
+        for (const EKind kind : {EKind::kDirectory, EKind::kFile, EKind::kKey, EKind::kValue, EKind::kExtension})
+            m_json.Put(WordOf(kind), m_counts[IndexOf(kind)]);
+        m_json.EndRecord();
     }
 
 private:
-    void Begin(std::string_view record) {
-        m_json.BeginObject();
-        m_json.Put("record", record);
-        const auto known = std::find(kRecordWords.begin(), kRecordWords.end(), record);
-        if (known != kRecordWords.end()) ++m_counts[static_cast<std::size_t>(known - kRecordWords.begin())];
-    }
-    void End() {
-        m_json.EndLossy();
-        m_json.EndObject();
-        m_json.EndLine(m_stream);
-    }
     void WriteNode(const CDelvObj& node, EKind kind, std::string_view path) {
-        Begin(WordOf(kind));
+        ++m_counts[IndexOf(kind)];
+        m_json.BeginRecord(WordOf(kind));
         m_json.Put("path", path);
         if (kind == EKind::kValue) m_json.Put("name", node.m_name);
         WriteNodeFields(m_json, node, kind);
-        End();
+        m_json.EndRecord();
     }
 
     void WriteDrive(const CDelvDriveObj& drive) {
-        Begin("drive");
-        m_json.Put("path", CString(drive.m_name) + '\\');
         const std::uint32_t type = drive.GetType();
-        m_json.Put("type", type < kDriveWords.size() ? kDriveWords[type] : kDriveWords[0]);
+        m_json.BeginRecord("drive");
+        m_json.Put("path", CString(drive.m_name) + '\\');
+        m_json.Put("type", kDriveWords[type < kDriveWords.size() ? type : 0]);
         m_json.Put("volume", drive.m_strVolume);
-        End();
+        m_json.EndRecord();
         WriteContents(drive);
     }
     void WriteContents(const CDelvDirObj& directory) {
@@ -85,9 +74,8 @@ private:
             WriteKey(static_cast<const CDelvRegKeyObj&>(*subkey), path + '\\' + CString(subkey->m_name));
     }
 
-    std::ostream& m_stream;
     CJson m_json;
-    std::array<std::size_t, kRecordWords.size()> m_counts{};
+    CCounts<EKind> m_counts{};
 };
 
 using CRow = std::array<CString, 6>;

@@ -83,10 +83,9 @@ void CGapIndex::Add(const CReviewGap& gap) {
 
 bool CGapIndex::Covers(const CChange& change) const {
     if (m_places.empty()) return false;
-    CString place = FoldCase(change.m_bLossy ? CleanText(change.m_path) : CString(change.m_path));
-    if (change.m_kind == EKind::kValue) {
-        const CString name = FoldCase(change.m_bLossy ? CleanText(change.m_name) : CString(change.m_name));
-        if (m_places.contains(place + '\0' + name)) return true;
+    CString place = FoldCase(CleanText(change.m_path));
+    if (const auto name = change.GetValueName(); name && m_places.contains(place + '\0' + FoldCase(CleanText(*name)))) {
+        return true;
     }
     while (!m_places.contains(place)) {
         const std::size_t end = place.rfind('\\');

@@ -2,6 +2,7 @@
 // opens what stands there, so without one it is complete.
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cctype>
 #include <map>
 #include <tuple>
@@ -33,6 +34,30 @@ constexpr std::array<CLeftoverText, 3> kLeftovers = {{
      "Nothing changed after the installation alone."},
 }};
 
+// Where a change stands: one area, hive or neither, kind and kind of change.
+struct CPlace {
+    std::size_t m_nRank;       // areas, no area, hives, extensions
+    std::string_view m_title;  // of a hive its name
+    std::string_view m_area;   // the word of its area, or empty
+    EKind m_kind;
+    EChange m_change;
+
+    auto operator<=>(const CPlace&) const = default;
+};
+
+CPlace PlaceOf(const CChange& change) {
+    static constexpr std::array kTitles = {
+        "Program files", "Windows", "Start menu", "Application data", "Documents", "Outside of all areas", "Elsewhere"};
+    constexpr std::size_t kElsewhere = kTitles.size() - 1;
+    const auto placed = [&](std::size_t rank, std::string_view title) {
+        return CPlace{rank, title, change.GetArea(), change.m_kind, change.m_change};
+    };
+    if (change.m_kind == EKind::kExtension) return placed(kElsewhere + 2, "File extensions");
+    if (const std::string_view hive = change.GetHive(); !hive.empty()) return placed(kElsewhere + 1, hive);
+    const std::size_t area = change.m_areas == 0 ? kElsewhere : IndexOf(std::countr_zero(change.m_areas));
+    return placed(area, kTitles[area]);
+}
+
 // The SHA-256 of hexadecimal digits as a policy names it.
 CString PolicyHash(std::string_view digits) {
     constexpr std::string_view kBase64 = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -58,7 +83,6 @@ class CPageWriter {
 public:
     CPageWriter(const CReview& review, std::ostream& stream, std::size_t limit)
         : m_review(review), m_page(stream), m_nLimit(limit) {
-        CollectRequirements();
         CollectGroups();
     }
 
@@ -81,24 +105,14 @@ private:
         std::size_t m_nCount = 0;            // of all
         CCounts<EStatus> m_statuses{};
     };
-    using CGroups = std::map<CPagePlace, CGroup>;
-
-    void CollectRequirements() {
-        m_requirements.resize(m_review.m_changes.size() + 1);
-        for (const CFinding& finding : m_review.m_findings) {
-            for (const std::uint32_t id : finding.m_changes) {
-                m_requirements[id] =
-                    static_cast<std::uint8_t>(m_requirements[id] | 1U << finding.m_pRule->m_nRequirement);
-            }
-        }
-    }
+    using CGroups = std::map<CPlace, CGroup>;
 
     // The limit holds for all changes of a place together. Open ones are shown first, and of these what a removal left.
     void CollectGroups() {
         m_isShown.resize(m_review.m_changes.size() + 1);
-        std::map<CPagePlace, std::vector<const CChange*>> places;
+        std::map<CPlace, std::vector<const CChange*>> places;
         for (const CChange& change : m_review.m_changes)
-            places[CPagePlace(change)].push_back(&change);
+            places[PlaceOf(change)].push_back(&change);
         for (auto& [place, changes] : places) {
             for (const CChange* const change : changes) {
                 CGroup& group = m_groups[IndexOf(change->m_leftover)][place];
@@ -333,22 +347,22 @@ private:
     }
 
     void WriteGroups(const CGroups& groups, const char* heading) {
-        CString title;
+        std::string_view title;
         for (const auto& [place, group] : groups) {
-            if (place.GetTitle() != title) {
-                title = place.GetTitle();
+            if (place.m_title != title) {
+                title = place.m_title;
                 m_page << "<" << heading << ">" << title << "</" << heading << ">\n";
             }
             WriteGroup(place, group);
         }
     }
 
-    void WriteGroup(const CPagePlace& place, const CGroup& group) {
+    void WriteGroup(const CPlace& place, const CGroup& group) {
         static constexpr CWords<kWords<EKind>.size()> kTitles = {"Files", "Directories", "Keys", "Values",
                                                                  "Extensions"};
         const bool isOpen = m_nShown <= kFewChanges && group.m_statuses[IndexOf(EStatus::kOpen)] != 0;
         m_page << "<details class=\"group\" data-kind=\"" << WordOf(place.m_kind) << "\" data-change=\""
-               << WordOf(place.m_change) << "\" data-area=\"" << place.GetArea()
+               << WordOf(place.m_change) << "\" data-area=\"" << place.m_area
                << (isOpen ? "\" open><summary><b>" : "\"><summary><b>") << kTitles[IndexOf(place.m_kind)] << " "
                << WordOf(place.m_change) << "</b> <span>" << group.m_nCount;
         for (const EStatus status : {EStatus::kAccepted, EStatus::kNoise}) {
@@ -363,7 +377,7 @@ private:
         if (!group.m_shown.empty())
             m_page << (group.m_shown.size() > kFewChanges ? "<ul class=\"rows many\">\n" : "<ul class=\"rows\">\n");
         for (const std::uint32_t id : group.m_shown) {
-            WriteChangeItem(m_page, m_review.GetChange(id), m_requirements[id]);
+            WriteChangeItem(m_page, m_review.GetChange(id));
             m_page.FlushSome();
         }
         m_page << (group.m_shown.empty() ? "</details>\n" : "</ul></details>\n");
@@ -432,9 +446,8 @@ private:
     const CReview& m_review;
     CPageText m_page;
     std::size_t m_nLimit;
-    std::size_t m_nShown = 0;                  // changes that stand on the page
-    std::vector<bool> m_isShown;               // by id
-    std::vector<std::uint8_t> m_requirements;  // by id: a bit for each that has a finding before the change
+    std::size_t m_nShown = 0;     // changes that stand on the page
+    std::vector<bool> m_isShown;  // by id
     std::array<CGroups, kWords<ELeftover>.size()> m_groups;
 };
 

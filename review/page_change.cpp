@@ -1,7 +1,6 @@
 // A change on the page of a review.
 #include <algorithm>
 #include <array>
-#include <bit>
 
 #include "capture/extensions.h"
 #include "capture/files.h"
@@ -119,39 +118,14 @@ CString PageTime(std::uint64_t ticks) {
     return text;
 }
 
-CPagePlace::CPagePlace(const CChange& change)
-    : m_nRank(static_cast<int>(kWords<EArea>.size())),
-      m_hive(change.GetHive()),
-      m_kind(change.m_kind),
-      m_change(change.m_change) {
-    if (change.m_kind == EKind::kExtension) {
-        m_nRank += 2;
-    } else if (!m_hive.empty()) {
-        m_nRank += 1;
-    } else if (change.m_areas != 0) {
-        m_nRank = std::countr_zero(change.m_areas);
-    }
-}
-
-std::string_view CPagePlace::GetArea() const {
-    return IndexOf(m_nRank) < kWords<EArea>.size() ? kWords<EArea>[IndexOf(m_nRank)] : std::string_view();
-}
-
-CString CPagePlace::GetTitle() const {
-    static constexpr CWords<kWords<EArea>.size() + 1> kTitles = {
-        "Program files", "Windows", "Start menu", "Application data", "Documents", "Outside of all areas", "Elsewhere"};
-    if (m_kind == EKind::kExtension) return "File extensions";
-    return CString(m_hive.empty() ? kTitles[IndexOf(m_nRank)] : m_hive);
-}
-
-void WriteChangeItem(CPageText& page, const CChange& change, std::uint8_t requirements) {
+void WriteChangeItem(CPageText& page, const CChange& change) {
     page << "<li id=\"c" << change.m_nId << "\"";
     if (!change.IsOpen()) page << " class=\"settled\" data-status=\"" << WordOf(change.m_status) << "\"";
     const std::vector<std::string_view> areas = WordsIn<EArea>(change.m_areas);
     if (areas.size() > 1) page << " data-area=\"" << Joined(areas, " ") << "\"";
     std::vector<CString> numbers;
-    for (unsigned i = 0; requirements >> i != 0; ++i) {
-        if ((requirements >> i & 1) != 0) numbers.push_back(std::to_string(i));
+    for (unsigned i = 0; change.m_requirements >> i != 0; ++i) {
+        if ((change.m_requirements >> i & 1) != 0) numbers.push_back(std::to_string(i));
     }
     if (!numbers.empty()) page << " data-requirement=\"" << Joined(numbers, " ") << "\"";
     page << "><a href=\"#c" << change.m_nId << "\">#" << change.m_nId << "</a> ";

@@ -14,6 +14,7 @@ namespace {
 constexpr std::uint16_t kOne = 0x100;
 constexpr std::uint16_t kAny = 0x101;
 constexpr std::uint16_t kDeep = 0x102;
+constexpr std::uint16_t kNothing = 0x103;
 
 bool IsWildcard(std::uint16_t token) { return token > 0xFF; }
 bool HasDeep(const auto& level) { return std::find(level.begin(), level.end(), kDeep) != level.end(); }
@@ -58,36 +59,29 @@ CPatternIndex::CTokens CPatternIndex::Tokenize(std::string_view pattern) {
     return tokens;
 }
 
-// The last `*` may take more when what follows does not fit.
+// The last `*` takes more when what follows does not fit.
 bool CPatternIndex::IsMatch(const CTokens& tokens, std::string_view text) {
     std::size_t at = 0;
     std::size_t token = 0;
     std::size_t afterStar = 0;  // the token behind the last star; 0 before one was met
-    std::size_t starAt = 0;     // where that star ends for now
-    while (at < text.size() || token < tokens.size()) {
-        if (token < tokens.size() && tokens[token] == kAny) {
+    std::size_t starEnd = 0;    // where that star ends for now
+    while (at < text.size()) {
+        const std::uint16_t wanted = token < tokens.size() ? tokens[token] : kNothing;
+        if (wanted == kAny) {
             afterStar = ++token;
-            starAt = at;
-            continue;
+            starEnd = at;
+        } else if (wanted == kOne || wanted == static_cast<unsigned char>(text[at])) {
+            at += wanted == kOne ? CharacterLength(text.substr(at)) : 1;
+            ++token;
+        } else if (afterStar != 0) {
+            at = starEnd += CharacterLength(text.substr(starEnd));
+            token = afterStar;
+        } else {
+            return false;
         }
-        if (token < tokens.size() && at < text.size()) {
-            if (tokens[token] == kOne) {
-                at += CharacterLength(text.substr(at));
-                ++token;
-                continue;
-            }
-            if (tokens[token] == static_cast<unsigned char>(text[at])) {
-                ++at;
-                ++token;
-                continue;
-            }
-        }
-        if (afterStar == 0 || starAt >= text.size()) return false;
-        starAt += CharacterLength(text.substr(starAt));
-        at = starAt;
-        token = afterStar;
     }
-    return true;
+    return std::all_of(tokens.begin() + static_cast<std::ptrdiff_t>(token), tokens.end(),
+                       [](std::uint16_t rest) { return rest == kAny; });
 }
 
 void CPatternIndex::Add(std::string_view path, const std::optional<CString>& name, std::uint32_t entry) {

@@ -10,13 +10,6 @@
 namespace delvane {
 namespace {
 
-void WriteFileFields(CJson& json, const CDelvFileObj& file, bool hasSize) {
-    if (hasSize) json.Put("size", file.GetSize());
-    json.Put("written", IsoTime(file.m_ftLastWrite.GetTicks()));
-    json.Put("created", IsoTime(file.m_ftCreation.GetTicks()));
-    json.PutList("attributes", AttributeWords(file.m_dwAttributes));
-}
-
 void WriteValueFields(CJson& json, const CDelvRegValObj& value) {
     json.Put("type", TypeWord(value.m_dwType));
     using enum CValueData::EForm;
@@ -46,14 +39,6 @@ void WriteValueFields(CJson& json, const CDelvRegValObj& value) {
     if (data.m_bHex) json.Put("hex", HexText(value.m_data));
 }
 
-void WriteExtensionFields(CJson& json, const CDelvExtObj& extension) {
-    json.Put("fileType", extension.m_strFileType);
-    json.Put("icon", extension.m_strIcon);
-    json.Put("openCommand", extension.m_strOpenCommand);
-    json.Put("noOpen", extension.m_bNoOpen != 0);
-    json.Put("registered", extension.m_pKey != nullptr);
-}
-
 }  // namespace
 
 void CJson::Put(std::string_view key, std::string_view text) {
@@ -63,9 +48,9 @@ void CJson::Put(std::string_view key, std::string_view text) {
     Quote(CleanText(text));
 }
 
-void CJson::EndLine(std::ostream& stream) {
+void CJson::EndLine() {
     m_strText += '\n';
-    stream.write(m_strText.data(), static_cast<std::streamsize>(m_strText.size()));
+    m_stream.write(m_strText.data(), static_cast<std::streamsize>(m_strText.size()));
     m_strText.clear();
     m_bFirst = true;
 }
@@ -93,16 +78,20 @@ void CJson::Quote(std::string_view clean) {
 }
 
 void WriteNodeFields(CJson& json, const CDelvObj& node, EKind kind) {
-    switch (kind) {
-        case EKind::kFile:
-        case EKind::kDirectory:
-            return WriteFileFields(json, static_cast<const CDelvFileObj&>(node), kind == EKind::kFile);
-        case EKind::kValue:
-            return WriteValueFields(json, static_cast<const CDelvRegValObj&>(node));
-        case EKind::kExtension:
-            return WriteExtensionFields(json, static_cast<const CDelvExtObj&>(node));
-        case EKind::kKey:
-            return;
+    if (kind == EKind::kValue) return WriteValueFields(json, static_cast<const CDelvRegValObj&>(node));
+    if (kind == EKind::kExtension) {
+        const auto& extension = static_cast<const CDelvExtObj&>(node);
+        json.Put("fileType", extension.m_strFileType);
+        json.Put("icon", extension.m_strIcon);
+        json.Put("openCommand", extension.m_strOpenCommand);
+        json.Put("noOpen", extension.m_bNoOpen != 0);
+        json.Put("registered", extension.m_pKey != nullptr);
+    } else if (kind != EKind::kKey) {
+        const auto& file = static_cast<const CDelvFileObj&>(node);
+        if (kind == EKind::kFile) json.Put("size", file.GetSize());
+        json.Put("written", IsoTime(file.m_ftLastWrite.GetTicks()));
+        json.Put("created", IsoTime(file.m_ftCreation.GetTicks()));
+        json.PutList("attributes", AttributeWords(file.m_dwAttributes));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <ostream>
 #include <string_view>
+#include <utility>
 
 #include "review/describe.h"
 
@@ -15,14 +16,26 @@ class CDelvObj;
 enum class EKind : std::uint8_t;
 struct CSnapshotRecord;
 
-// Values in the order of the calls. A key stands ahead of each value in an object; in a list it is empty.
+// Values in the order of the calls. A key stands ahead of each value in an object; in a list it is empty. A whole value
+// goes to the stream as a line.
 class CJson {
 public:
+    explicit CJson(std::ostream& stream) : m_stream(stream) {}
+
+    // A line of that kind.
+    void BeginRecord(std::string_view word) {
+        BeginObject();
+        Put("record", word);
+    }
+    void EndRecord() {
+        EndLossyObject();
+        EndLine();
+    }
     void BeginObject(std::string_view key = {}) { Begin(key, '{'); }
     void EndObject() { End('}'); }
     void BeginList(std::string_view key) { Begin(key, '['); }
     void EndList() { End(']'); }
-    // Bytes that are no UTF-8 are replaced, and IsLossy tells of it from then on.
+    // Bytes that are no UTF-8 are replaced.
     void Put(std::string_view key, std::string_view text);
     void Put(std::string_view key, std::integral auto value) {
         Name(key);
@@ -45,14 +58,14 @@ public:
         EndObject();
     }
 
-    bool IsLossy() const { return m_bLossy; }
-    // "lossy": true where that is so; the next object begins anew.
-    void EndLossy() {
-        if (m_bLossy) Put("lossy", true);
-        m_bLossy = false;
+    // As if a text had not been UTF-8.
+    void NoteLossy() { m_bLossy = true; }
+    // With "lossy": true where a text since the end of the last such object was no UTF-8.
+    void EndLossyObject() {
+        if (std::exchange(m_bLossy, false)) Put("lossy", true);
+        EndObject();
     }
-    // Hands what was written, a whole value, to the stream as a line.
-    void EndLine(std::ostream& stream);
+    void EndLine();
 
 private:
     void Name(std::string_view key);
@@ -67,6 +80,7 @@ private:
         m_bFirst = false;
     }
 
+    std::ostream& m_stream;
     CString m_strText;
     bool m_bFirst = true;  // no comma is wanted
     bool m_bLossy = false;

@@ -7,33 +7,33 @@ namespace delvane {
 namespace {
 
 void WriteReview(CJson& json, const CReview& review) {
-    json.Put("record", "review");
+    json.BeginRecord("review");
     json.Put("version", 1);
     json.Put("program", DELVANE_VERSION);
     for (const CSnapshotRecord& record : review.m_snapshots) {
         json.BeginObject(record.m_role);
         WriteSnapshotFields(json, record);
-        json.EndLossy();
-        json.EndObject();
+        json.EndLossyObject();
     }
     json.Put("created", IsoTime(review.m_nCreated));
     json.Put("failOn", WordOf(review.m_failOn));
+    json.EndRecord();
 }
 
 void WriteGap(CJson& json, const CReviewGap& gap) {
-    json.Put("record", "gap");
+    json.BeginRecord("gap");
     json.Put("snapshot", gap.m_strSnapshot);
     json.Put("kind", GapKindName(gap.m_kind));
     json.Put("path", gap.m_strPath);
     if (gap.m_kind == EGapKind::kValue) json.Put("name", gap.m_strName);
     json.Put("code", gap.m_dwCode);
     json.Put("reason", gap.m_strReason);
-    if (gap.m_bLossy && !json.IsLossy()) json.Put("lossy", true);
-    json.EndLossy();
+    if (gap.m_bLossy) json.NoteLossy();
+    json.EndRecord();
 }
 
 void WriteFinding(CJson& json, const CFinding& finding) {
-    json.Put("record", "finding");
+    json.BeginRecord("finding");
     json.Put("id", finding.m_nId);
     json.Put("rule", finding.m_pRule->m_id);
     json.Put("severity", WordOf(finding.m_pRule->m_severity));
@@ -43,11 +43,11 @@ void WriteFinding(CJson& json, const CFinding& finding) {
     json.PutList("changes", finding.m_changes);
     json.Put("status", WordOf(finding.m_status));
     if (finding.m_status == EStatus::kAccepted) json.Put("reason", finding.m_strReason);
-    json.EndLossy();
+    json.EndRecord();
 }
 
 void WriteChange(CJson& json, const CChange& change) {
-    json.Put("record", "change");
+    json.BeginRecord("change");
     json.Put("id", change.m_nId);
     json.Put("kind", WordOf(change.m_kind));
     json.Put("change", WordOf(change.m_change));
@@ -68,7 +68,7 @@ void WriteChange(CJson& json, const CChange& change) {
     if (change.m_status == EStatus::kAccepted) json.Put("reason", change.GetReason());
     if (change.m_leftover != ELeftover::kNone) json.Put("leftover", WordOf(change.m_leftover));
     if (change.m_bUncertain) json.Put("uncertain", true);
-    json.EndLossy();
+    json.EndRecord();
 }
 
 template <class Enum>
@@ -82,28 +82,20 @@ void WriteCounts(CJson& json, std::string_view key, const CCounts<Enum>& counts)
 }  // namespace
 
 void WriteLines(const CReview& review, std::ostream& stream) {
-    CJson json;
-    const auto writeLine = [&](auto write, const auto& what) {
-        json.BeginObject();
-        write(json, what);
-        json.EndObject();
-        json.EndLine(stream);
-    };
-    writeLine(WriteReview, review);
+    CJson json(stream);
+    WriteReview(json, review);
     for (const CReviewGap& gap : review.m_gaps)
-        writeLine(WriteGap, gap);
+        WriteGap(json, gap);
     for (const CFinding& finding : review.m_findings)
-        writeLine(WriteFinding, finding);
+        WriteFinding(json, finding);
     for (const CChange& change : review.m_changes)
-        writeLine(WriteChange, change);
-    const auto writeEnd = [](CJson& end, const CReview& whole) {
-        end.Put("record", "end");
-        WriteCounts<ESeverity>(end, "findings", whole.m_counts.m_findings);
-        WriteCounts<EStatus>(end, "changes", whole.m_counts.m_changes);
-        end.Put("gaps", whole.m_gaps.size());
-        end.Put("exit", whole.m_nExit);
-    };
-    writeLine(writeEnd, review);
+        WriteChange(json, change);
+    json.BeginRecord("end");
+    WriteCounts<ESeverity>(json, "findings", review.m_counts.m_findings);
+    WriteCounts<EStatus>(json, "changes", review.m_counts.m_changes);
+    json.Put("gaps", review.m_gaps.size());
+    json.Put("exit", review.m_nExit);
+    json.EndRecord();
 }
 
 }  // namespace delvane

@@ -104,7 +104,7 @@ void WriteResult(CJson& json, const CReview& review, const CFinding& finding) {
 }  // namespace
 
 void WriteSarif(const CReview& review, std::ostream& stream) {
-    CJson json;
+    CJson json(stream);
     json.BeginObject();
     json.Put("$schema", "https://json.schemastore.org/sarif-2.1.0.json");
     json.Put("version", "2.1.0");
@@ -134,7 +134,7 @@ void WriteSarif(const CReview& review, std::ostream& stream) {
     json.EndObject();
     json.EndList();
     json.EndObject();
-    json.EndLine(stream);
+    json.EndLine();
 }
 
 }  // namespace delvane
