@@ -122,7 +122,7 @@ constexpr CControlTemplate kOptions[] = {
 
 constexpr CDialogTemplate kDialogs[] = {
     {IDD_ABOUT, "About Norvelle-Kestran Install Delvane", 230, 59, kAbout, {}},
-    {IDD_MAIN, "Norvelle-Kestran Install Delvane", 300, 254, kMain, kMainMenu},
+    {IDD_MAIN, "Norvelle-Kestran Install Delvane - v2.1", 300, 254, kMain, kMainMenu},
     {IDD_PROGRESS, "Creating Snapshot... Please Wait", 237, 109, kProgress, {}},
     {IDD_NEW_SNAPSHOT, "Create New Snapshot", 200, 65, kNewSnapshot, {}},
     {IDD_LOAD_SNAPSHOT, "Load Snapshot", 200, 130, kLoadSnapshot, {}},

@@ -26,7 +26,7 @@ bool CCounterLine::IsDue() {
     return true;
 }
 
-void CCounterLine::PostMessage(std::uint32_t message, std::uint32_t, std::uint32_t) {
+void CCounterLine::PostMessage(std::uint32_t message, std::uint32_t) {
     m_progress.m_bUpdatePosted = false;
     if (message != kMsgCounted || !IsDue()) return;
     const auto text = [](const std::atomic<std::uint32_t>& count, const char* what) {

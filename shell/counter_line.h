@@ -22,7 +22,7 @@ public:
     // For a comparison.
     void CountCompared(std::size_t nodes);
 
-    void PostMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
+    void PostMessage(std::uint32_t message, std::uint32_t wParam) override;
 
 private:
     bool IsDue();

@@ -6,41 +6,13 @@
 namespace delvane {
 
 std::uint32_t CDialog::DoModal() {
-    m_pFailure = nullptr;
     m_pWindow = theContext.GetToolkit().CreateDialog(GetDialogTemplate(m_nTemplate), *this);
-    const std::uint32_t result = m_pWindow->RunModal();
-    if (m_pFailure != nullptr) std::rethrow_exception(m_pFailure);
-    return result;
-}
-
-template <class Handler>
-void CDialog::Handle(Handler handler) {
-    if (m_pFailure != nullptr) return;  // the dialog is ending
-    try {
-        handler();
-    } catch (...) {
-        m_pFailure = std::current_exception();
-        EndDialog(IDCANCEL);
-    }
+    return m_pWindow->RunModal();
 }
 
 void CDialog::OnInit() {
-    Handle([this] {
-        DoDataExchange(false);
-        OnInitDialog();
-    });
-}
-
-void CDialog::OnControl(std::uint32_t id, EControlEvent event) {
-    Handle([&] { Dispatch(id, event); });
-}
-
-void CDialog::OnMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) {
-    Handle([&] { OnPosted(message, wParam, lParam); });
-}
-
-void CDialog::OnMenuOpening(std::size_t popup) {
-    Handle([&] { OnMenu(popup); });
+    DoDataExchange(false);
+    OnInitDialog();
 }
 
 void CDialog::OnOK() {
@@ -48,7 +20,7 @@ void CDialog::OnOK() {
     EndDialog(IDOK);
 }
 
-void CDialog::Dispatch(std::uint32_t id, EControlEvent event) {
+void CDialog::OnControl(std::uint32_t id, EControlEvent event) {
     if (id == IDOK) {
         OnOK();
     } else if (id == IDCANCEL) {
@@ -58,8 +30,8 @@ void CDialog::Dispatch(std::uint32_t id, EControlEvent event) {
     }
 }
 
-CWaitCursor::CWaitCursor() { theContext.GetToolkit().BeginWaitCursor(); }
+CWaitCursor::CWaitCursor() { theContext.GetToolkit().SetWaiting(true); }
 
-CWaitCursor::~CWaitCursor() { theContext.GetToolkit().EndWaitCursor(); }
+CWaitCursor::~CWaitCursor() { theContext.GetToolkit().SetWaiting(false); }
 
 }  // namespace delvane

@@ -1,14 +1,13 @@
 // The base of all dialogs: a template, and handlers for what its window tells.
 #pragma once
 
-#include <exception>
 #include <memory>
 
 #include "platform/toolkit.h"
 
 namespace delvane {
 
-class CDialog : public CDialogEvents {
+class CDialog : protected CDialogEvents {
 public:
     explicit CDialog(std::uint32_t templateId) : m_nTemplate(templateId) {}
     CDialog(const CDialog&) = delete;
@@ -20,35 +19,27 @@ public:
 
 protected:
     virtual void OnInitDialog() {}
-    // Carries the fields to the controls, or the controls into the fields. Called with false behind OnInitDialog of
-    // this class, and with true where UpdateData is called and by OnOK.
+    // Carries the fields to the controls, or the controls into the fields. Called with false before OnInitDialog, and
+    // with true where UpdateData is called and by OnOK.
     virtual void DoDataExchange(bool) {}
     virtual void OnOK();
     virtual void OnCancel() { EndDialog(IDCANCEL); }
     virtual void OnCommand(std::uint32_t, EControlEvent) {}
+    void OnMessage(std::uint32_t, std::uint32_t) override {}
+    void OnMenuOpening(std::size_t) override {}
 
     void UpdateData() { DoDataExchange(true); }
     void EndDialog(std::uint32_t result) { m_pWindow->End(result); }
     CDialogWindow& GetWindow() const { return *m_pWindow; }
 
-    virtual void OnPosted(std::uint32_t, std::uint32_t, std::uint32_t) {}  // a message that somebody posted
-    virtual void OnMenu(std::size_t) {}                                    // the menu of that number is about to open
-
 private:
-    // What the window tells. No exception of a handler goes through a window system: the first one ends the dialog.
     void OnInit() final;
     void OnControl(std::uint32_t id, EControlEvent event) final;
-    void OnMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) final;
-    void OnMenuOpening(std::size_t popup) final;
-    template <class Handler>
-    void Handle(Handler handler);
-    void Dispatch(std::uint32_t id, EControlEvent event);
 
     std::uint32_t m_nTemplate;
     // Of the last showing. It dies behind everything that a derived class holds, a thread that posts to it for
     // instance.
     std::unique_ptr<CDialogWindow> m_pWindow;
-    std::exception_ptr m_pFailure;  // what a handler threw
 };
 
 // The wait cursor as long as one lives.

@@ -17,7 +17,7 @@ constexpr std::uint32_t kMsgAutoBaseline = WM_USER + 3;
 constexpr std::uint32_t kMsgAutoCurrent = WM_USER + 4;
 constexpr std::uint32_t kMsgAutoCompare = WM_USER + 5;
 
-constexpr std::uint32_t kSplashTime = 5000;  // in milliseconds
+constexpr std::chrono::seconds kSplashTime(5);
 
 // The fields of one side.
 struct CFieldIds {
@@ -30,10 +30,7 @@ struct CFieldIds {
 constexpr CFieldIds kBaselineFields = {1003, 1006, 1007, 1009, 1016};
 constexpr CFieldIds kCurrentFields = {1017, 1020, 1021, 1022, 1023};
 
-void ShowBox(const CString& text, EMessageIcon icon) {
-    theContext.GetToolkit().ShowMessage(text, kProgramTitle, EMessageButtons::kOk, icon);
-}
-void ShowError(const CString& text) { ShowBox(text, EMessageIcon::kError); }
+void ShowError(const CString& text) { theContext.GetToolkit().ShowMessage(text, kProgramTitle, EMessageKind::kError); }
 
 // A failed report is told without a box.
 bool TellReport(const COutcome& outcome) {
@@ -67,17 +64,17 @@ void CMainDlg::RunVisible() {
 }
 
 void CMainDlg::OnInitDialog() {
+    CToolkit& toolkit = theContext.GetToolkit();
     const bool hasSplash = !theContext.m_bNoLogo;
-    if (hasSplash) theContext.GetToolkit().ShowSplash();
-    GetWindow().SetTitle(CString(kProgramTitle) + " - v2.1");
+    if (hasSplash) toolkit.ShowSplash();
     UpdateCompareState();
     if (!theContext.m_strBaselineName.empty()) {
-        GetWindow().PostMessage(kMsgAutoBaseline, 0, 0);
+        GetWindow().PostMessage(kMsgAutoBaseline, 0);
     } else if (!theContext.m_strCurrentName.empty()) {
-        GetWindow().PostMessage(kMsgAutoCurrent, 0, 0);
+        GetWindow().PostMessage(kMsgAutoCurrent, 0);
     } else if (hasSplash) {
-        theContext.GetToolkit().Sleep(kSplashTime);
-        HideSplash();
+        toolkit.Sleep(kSplashTime);
+        toolkit.HideSplash();
     }
 }
 
@@ -85,9 +82,9 @@ void CMainDlg::OnCommand(std::uint32_t id, EControlEvent event) {
     if (event != EControlEvent::kClicked) return;
     switch (id) {
         case IDC_CREATE_BASELINE:
-            return OnCreateBaseline();
+            return OnCreate(m_pBaseline);
         case IDC_CREATE_CURRENT:
-            return OnCreateCurrent();
+            return OnCreate(m_pCurrent);
         case IDC_LOAD_BASELINE:
             return OnLoad(m_pBaseline);
         case IDC_LOAD_CURRENT:
@@ -99,7 +96,7 @@ void CMainDlg::OnCommand(std::uint32_t id, EControlEvent event) {
         case IDM_OPTIONS:
             return OnOptions();
         case IDM_USING:
-            return OnUsing();
+            return ShowDocument(theContext.GetHelpPath());
         case IDM_ABOUT:
             CDialog(IDD_ABOUT).DoModal();
             return;
@@ -108,34 +105,18 @@ void CMainDlg::OnCommand(std::uint32_t id, EControlEvent event) {
     }
 }
 
-void CMainDlg::OnPosted(std::uint32_t message, std::uint32_t, std::uint32_t) {
-    if (message == kMsgAutoBaseline) OnAutoBaseline();
-    if (message == kMsgAutoCurrent) OnAutoCurrent();
-    if (message == kMsgAutoCompare) OnAutoCompare();
-}
-
-void CMainDlg::OnMenu(std::size_t popup) {
+void CMainDlg::OnMenuOpening(std::size_t popup) {
     if (popup == 0) UpdateCompareState();
 }
 
 // The commands.
 
-void CMainDlg::OnCreateBaseline() {
+void CMainDlg::OnCreate(std::unique_ptr<CSnapshot>& side) {
     CNewSnapshotDlg question;
-    question.m_bCompareEnabled = 0;
+    question.m_bCompareEnabled = question.m_bCompareAfter = &side == &m_pCurrent && m_pBaseline != nullptr ? 1 : 0;
     if (question.DoModal() == IDOK) {
-        CreateSide(m_pBaseline, question.m_strName);
-        UpdateFields(m_pBaseline);
-    }
-    UpdateCompareState();
-}
-
-void CMainDlg::OnCreateCurrent() {
-    CNewSnapshotDlg question;
-    question.m_bCompareEnabled = question.m_bCompareAfter = m_pBaseline != nullptr ? 1 : 0;
-    if (question.DoModal() == IDOK) {
-        if (CreateSide(m_pCurrent, question.m_strName) && question.m_bCompareAfter != 0) OnCompare();
-        UpdateFields(m_pCurrent);
+        if (CreateSide(side, question.m_strName) && question.m_bCompareAfter != 0) OnCompare();
+        UpdateFields(side);
     }
     UpdateCompareState();
 }
@@ -170,7 +151,7 @@ bool CMainDlg::CreateSide(std::unique_ptr<CSnapshot>& side, const CString& name)
     CString notices;
     for (const CString& notice : theContext.TakeNotices())
         notices += (notices.empty() ? "" : "\n\n") + notice;
-    if (!notices.empty()) ShowBox(notices, EMessageIcon::kWarning);
+    if (!notices.empty()) theContext.GetToolkit().ShowMessage(notices, kProgramTitle, EMessageKind::kWarning);
     return true;
 }
 
@@ -189,7 +170,7 @@ void CMainDlg::OnCompare() {
             FormatString1("The Report \"%1\" already exists.\nIf you proceed, you will overwrite the existing "
                           "report.\n\nWould you prefer instead to view the existing report?",
                           report.m_strReportName),
-            kProgramTitle, EMessageButtons::kYesNoCancel, EMessageIcon::kQuestion);
+            kProgramTitle, EMessageKind::kYesNoCancel);
     }
     if (answer == IDCANCEL) return;
     if (answer == IDNO) {
@@ -204,9 +185,24 @@ void CMainDlg::OnOptions() {
     if (options.DoModal() == IDOK) options.ApplyToContext();
 }
 
-void CMainDlg::OnUsing() { ShowDocument(theContext.GetHelpPath()); }
+// The automatic steps. Each posts the next, and the last takes the splash away.
 
-// The automatic steps.
+void CMainDlg::OnMessage(std::uint32_t message, std::uint32_t) {
+    if (message == kMsgAutoCompare) return AutoCompare();
+    std::uint32_t next = 0;
+    if (message == kMsgAutoBaseline) {
+        AutoSide(m_pBaseline, theContext.m_strBaselineName, theContext.m_bCreateBaseline);
+        if (!theContext.m_strCurrentName.empty()) next = kMsgAutoCurrent;
+    } else {
+        AutoSide(m_pCurrent, theContext.m_strCurrentName, theContext.m_bCreateCurrent);
+        if (theContext.m_bGenerateReport && m_pBaseline != nullptr && m_pCurrent != nullptr) next = kMsgAutoCompare;
+    }
+    if (next != 0) {
+        GetWindow().PostMessage(next, 0);
+    } else {
+        theContext.GetToolkit().HideSplash();
+    }
+}
 
 void CMainDlg::AutoSide(std::unique_ptr<CSnapshot>& side, const CString& name, bool create) {
     if (create) {
@@ -219,29 +215,11 @@ void CMainDlg::AutoSide(std::unique_ptr<CSnapshot>& side, const CString& name, b
     UpdateCompareState();
 }
 
-void CMainDlg::OnAutoBaseline() {
-    AutoSide(m_pBaseline, theContext.m_strBaselineName, theContext.m_bCreateBaseline);
-    if (!theContext.m_strCurrentName.empty()) {
-        GetWindow().PostMessage(kMsgAutoCurrent, 0, 0);
-    } else {
-        HideSplash();
-    }
-}
-
-void CMainDlg::OnAutoCurrent() {
-    AutoSide(m_pCurrent, theContext.m_strCurrentName, theContext.m_bCreateCurrent);
-    if (theContext.m_bGenerateReport && m_pBaseline != nullptr && m_pCurrent != nullptr) {
-        GetWindow().PostMessage(kMsgAutoCompare, 0, 0);
-    } else {
-        HideSplash();
-    }
-}
-
-void CMainDlg::OnAutoCompare() {
+void CMainDlg::AutoCompare() {
     CMasterReport report(*m_pCurrent, *m_pBaseline);
     const bool isKept = theContext.m_bUseExistingReport && theContext.GetHost().FileExists(report.m_strReportPath);
     const bool stands = isKept || TellReport(MakeReport(report));
-    HideSplash();
+    theContext.GetToolkit().HideSplash();
     if (stands && theContext.m_bDisplayReport) ShowDocument(report.m_strReportPath);
 }
 
@@ -259,13 +237,7 @@ void CMainDlg::UpdateFields(const std::unique_ptr<CSnapshot>& side) {
 }
 
 void CMainDlg::UpdateCompareState() {
-    const bool enabled = m_pBaseline != nullptr && m_pCurrent != nullptr;
-    GetWindow().Enable(IDC_COMPARE, enabled);
-    GetWindow().EnableMenuEntry(IDC_COMPARE, enabled);
-}
-
-void CMainDlg::HideSplash() {
-    if (!theContext.m_bNoLogo) theContext.GetToolkit().HideSplash();
+    GetWindow().Enable(IDC_COMPARE, m_pBaseline != nullptr && m_pCurrent != nullptr);
 }
 
 }  // namespace delvane

@@ -25,8 +25,8 @@ public:
 protected:
     void OnInitDialog() override;
     void OnCommand(std::uint32_t id, EControlEvent event) override;
-    void OnPosted(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
-    void OnMenu(std::size_t popup) override;
+    void OnMessage(std::uint32_t message, std::uint32_t wParam) override;
+    void OnMenuOpening(std::size_t popup) override;
 
 private:
     // Of RunUnattended. Each gives true if the snapshot is in place or the report stands, and sets its bits of the exit
@@ -35,25 +35,19 @@ private:
     bool RunCurrent();
     bool RunReport();
 
-    void OnCreateBaseline();
-    void OnCreateCurrent();
+    void OnCreate(std::unique_ptr<CSnapshot>& side);
     void OnLoad(std::unique_ptr<CSnapshot>& side);
     void OnCompare();
     void OnOptions();
-    void OnUsing();
-
-    // The chain that a command line without /s asks for: each step posts the next.
-    void OnAutoBaseline();
-    void OnAutoCurrent();
-    void OnAutoCompare();
+    // What a command line without /s asks for.
+    void AutoSide(std::unique_ptr<CSnapshot>& side, const CString& name, bool create);
+    void AutoCompare();
 
     // Each replaces the side by a snapshot of that name, or leaves it empty.
     bool CreateSide(std::unique_ptr<CSnapshot>& side, const CString& name);
     void LoadSide(std::unique_ptr<CSnapshot>& side, const CString& name);
-    void AutoSide(std::unique_ptr<CSnapshot>& side, const CString& name, bool create);
     void UpdateFields(const std::unique_ptr<CSnapshot>& side);
     void UpdateCompareState();
-    void HideSplash();
 };
 
 }  // namespace delvane

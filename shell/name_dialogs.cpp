@@ -39,10 +39,10 @@ void CNewSnapshotDlg::UpdateOkState() {
 void CNewSnapshotDlg::OnCommand(std::uint32_t id, EControlEvent event) {
     if (id != IDC_NAME) return;
     UpdateOkState();
-    if (event == EControlEvent::kSelected) GetWindow().PostMessage(kMsgChosen, 0, 0);
+    if (event == EControlEvent::kSelected) GetWindow().PostMessage(kMsgChosen, 0);
 }
 
-void CNewSnapshotDlg::OnPosted(std::uint32_t message, std::uint32_t, std::uint32_t) {
+void CNewSnapshotDlg::OnMessage(std::uint32_t message, std::uint32_t) {
     if (message == kMsgChosen) UpdateOkState();
 }
 
@@ -53,7 +53,7 @@ void CNewSnapshotDlg::OnOK() {
     if (theContext.GetHost().FileExists(path)) {
         const std::uint32_t answer = theContext.GetToolkit().ShowMessage(
             FormatString1("The Snapshot \"%1\" already exists.\nDo you wish to replace it?", m_strName), kProgramTitle,
-            EMessageButtons::kYesNo, EMessageIcon::kQuestion);
+            EMessageKind::kYesNo);
         if (answer != IDYES) return;
     }
     CDialog::OnOK();

@@ -18,7 +18,7 @@ protected:
     void OnInitDialog() override;
     void OnOK() override;
     void OnCommand(std::uint32_t id, EControlEvent event) override;
-    void OnPosted(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
+    void OnMessage(std::uint32_t message, std::uint32_t wParam) override;
 
 private:
     void UpdateOkState();

@@ -37,7 +37,7 @@ void CProgressDlg::OnCancel() {
     if (m_pProgress != nullptr) m_pProgress->m_bKeepGoing = false;
 }
 
-void CProgressDlg::OnPosted(std::uint32_t message, std::uint32_t wParam, std::uint32_t) {
+void CProgressDlg::OnMessage(std::uint32_t message, std::uint32_t wParam) {
     if (message == kMsgCounted && m_pProgress != nullptr) {
         ShowCounters();
     } else if (message == kMsgEnded) {

@@ -25,7 +25,7 @@ protected:
     void OnInitDialog() override;
     void OnOK() override {}  // only the worker's end ends the dialog
     void OnCancel() final;
-    void OnPosted(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
+    void OnMessage(std::uint32_t message, std::uint32_t wParam) override;
 
 private:
     void ShowCounters();

@@ -47,7 +47,7 @@ inline void Count(CCaptureProgress* progress, std::atomic<std::uint32_t> CCaptur
     (progress->*counter).fetch_add(1, std::memory_order_relaxed);
     if (progress->m_pDialog != nullptr && !progress->m_bUpdatePosted.load(std::memory_order_relaxed)) {
         progress->m_bUpdatePosted.store(true, std::memory_order_relaxed);
-        progress->m_pDialog->PostMessage(kMsgCounted, code, 0);
+        progress->m_pDialog->PostMessage(kMsgCounted, code);
     }
 }
 

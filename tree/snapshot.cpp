@@ -151,8 +151,7 @@ void CSnapshot::RefuseLoad(std::uint32_t textId) {
     if (theContext.m_bSilent) {
         theContext.GetErrorLog() << LoadResString(textId) << '\n' << std::flush;
     } else {
-        theContext.GetToolkit().ShowMessage(LoadResString(textId), kProgramTitle, EMessageButtons::kOk,
-                                            EMessageIcon::kError);
+        theContext.GetToolkit().ShowMessage(LoadResString(textId), kProgramTitle, EMessageKind::kError);
     }
 }
 
@@ -187,7 +186,7 @@ bool CSnapshot::Capture(CCaptureProgress* progress) {
     if (progress == nullptr) progress = m_pProgress;
     const auto ended = [progress](bool cancelled) {
         if (progress != nullptr && progress->m_pDialog != nullptr) {
-            progress->m_pDialog->PostMessage(kMsgEnded, cancelled ? 1 : 0, 0);
+            progress->m_pDialog->PostMessage(kMsgEnded, cancelled ? 1 : 0);
         }
     };
     try {

@@ -29,19 +29,6 @@ namespace {
 QString ToQt(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
 CString FromQt(const QString& text) { return text.toStdString(); }
 
-// A message that was posted to a window.
-class CPostedEvent : public QEvent {
-public:
-    static constexpr Type kType = static_cast<Type>(User + 1);
-
-    CPostedEvent(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam)
-        : QEvent(kType), m_nMessage(message), m_wParam(wParam), m_lParam(lParam) {}
-
-    std::uint32_t m_nMessage;
-    std::uint32_t m_wParam;
-    std::uint32_t m_lParam;
-};
-
 // Goes from off to on, and from there to the third state; Qt's own goes to the third state first.
 class CThreeStateBox : public QCheckBox {
 public:
@@ -71,11 +58,7 @@ using COpenDialogs = std::vector<QWidget*>;
 class CQtWindow : public QDialog, public CDialogWindow {
 public:
     CQtWindow(COpenDialogs& open, const CDialogTemplate& dialog, CDialogEvents& events, const QPixmap& drives)
-        : QDialog(open.empty() ? nullptr : open.back()),
-          m_open(open),
-          m_template(dialog),
-          m_events(events),
-          m_drives(drives) {
+        : QDialog(open.empty() ? nullptr : open.back()), CDialogWindow(dialog, events), m_open(open), m_drives(drives) {
         setWindowTitle(ToQt(dialog.m_title));
         setWindowModality(Qt::ApplicationModal);
         setWindowFlag(Qt::WindowContextHelpButtonHint, false);
@@ -85,25 +68,11 @@ public:
         Place();
     }
 
-    void PostMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override {
-        QCoreApplication::postEvent(this, new CPostedEvent(message, wParam, lParam));
-    }
-    std::uint32_t RunModal() override {
-        m_open.push_back(this);
-        m_events.OnInit();
-        if (!m_bEnded) exec();
-        m_open.pop_back();
-        // A window manager that has just begun to show a dialog of a moment gives the focus to nobody.
-        if (parentWidget() != nullptr) parentWidget()->activateWindow();
-        return m_nResult;
-    }
-    void End(std::uint32_t result) override {
-        m_bEnded = true;
-        m_nResult = result;
-        QDialog::done(static_cast<int>(result));
+    void PostMessage(std::uint32_t message, std::uint32_t wParam) override {
+        QMetaObject::invokeMethod(
+            this, [this, message, wParam] { Tell(&CDialogEvents::OnMessage, message, wParam); }, Qt::QueuedConnection);
     }
 
-    void SetTitle(std::string_view title) override { setWindowTitle(ToQt(title)); }
     void SetText(std::uint32_t id, std::string_view text) override {
         QWidget* const widget = m_controls.at(id);
         if (auto* const edit = dynamic_cast<QLineEdit*>(widget)) {
@@ -129,8 +98,10 @@ public:
         const Qt::CheckState state = Get<QCheckBox>(id).checkState();
         return state == Qt::Unchecked ? 0 : state == Qt::Checked ? 1 : 2;
     }
-    void Enable(std::uint32_t id, bool enabled) override { m_controls.at(id)->setEnabled(enabled); }
-    void EnableMenuEntry(std::uint32_t id, bool enabled) override { m_actions.at(id)->setEnabled(enabled); }
+    void Enable(std::uint32_t id, bool enabled) override {
+        m_controls.at(id)->setEnabled(enabled);
+        if (const auto entry = m_actions.find(id); entry != m_actions.end()) entry->second->setEnabled(enabled);
+    }
     void AddEntry(std::uint32_t id, std::string_view text) override {
         Get<QListWidget>(id).addItem(new CSortedItem(ToQt(text)));
     }
@@ -146,17 +117,22 @@ public:
     }
 
     // Esc and the close box.
-    void reject() override { m_events.OnControl(IDCANCEL, EControlEvent::kClicked); }
+    void reject() override { TellClicked(IDCANCEL); }
 
 protected:
-    bool event(QEvent* happened) override {
-        if (happened->type() == CPostedEvent::kType) {
-            const auto* const posted = static_cast<CPostedEvent*>(happened);
-            if (!m_bEnded) m_events.OnMessage(posted->m_nMessage, posted->m_wParam, posted->m_lParam);
-            return true;
-        }
-        if (happened->type() == QEvent::FontChange) Place();
-        return QDialog::event(happened);
+    void Run() override {
+        m_open.push_back(this);
+        Tell(&CDialogEvents::OnInit);
+        if (!HasEnded()) exec();
+        m_open.pop_back();
+        // A window manager that has just begun to show a dialog of a moment gives the focus to nobody.
+        if (parentWidget() != nullptr) parentWidget()->activateWindow();
+    }
+    void Close() override { QDialog::done(0); }
+
+    void changeEvent(QEvent* change) override {
+        QDialog::changeEvent(change);
+        if (change->type() == QEvent::FontChange) Place();
     }
 
     // Enter presses the button that has the focus, else the default button; without one it is OK.
@@ -167,7 +143,7 @@ protected:
         if (button != nullptr) {
             button->click();
         } else {
-            m_events.OnControl(IDOK, EControlEvent::kClicked);
+            TellClicked(IDOK);
         }
     }
 
@@ -176,9 +152,7 @@ private:
     Widget& Get(std::uint32_t id) const {
         return dynamic_cast<Widget&>(*m_controls.at(id));
     }
-    void Tell(std::uint32_t id, EControlEvent event) {
-        if (!m_bEnded) m_events.OnControl(id, event);
-    }
+    void TellClicked(std::uint32_t id) { Tell(&CDialogEvents::OnControl, id, EControlEvent::kClicked); }
 
     // Of the strip; empty for a number that has none.
     QIcon GetDriveIcon(std::uint32_t kind) const {
@@ -218,7 +192,7 @@ private:
                     button->setDefault(true);
                     m_pDefault = button;
                 }
-                connect(button, &QPushButton::clicked, [this, id] { Tell(id, EControlEvent::kClicked); });
+                connect(button, &QPushButton::clicked, [this, id] { TellClicked(id); });
                 widget = button;
                 break;
             }
@@ -228,7 +202,7 @@ private:
                 QCheckBox* const box = hasThree ? new CThreeStateBox(ToQt(control.m_text), this)
                                                 : new QCheckBox(ToQt(control.m_text), this);
                 box->setTristate(hasThree);
-                connect(box, &QCheckBox::clicked, [this, id] { Tell(id, EControlEvent::kClicked); });
+                connect(box, &QCheckBox::clicked, [this, id] { TellClicked(id); });
                 widget = box;
                 break;
             }
@@ -240,8 +214,10 @@ private:
                 for (const std::string_view entry : control.m_entries)
                     combo->addItem(ToQt(entry));
                 combo->setCurrentIndex(-1);  // no suggestion is chosen
-                connect(combo, &QComboBox::editTextChanged, [this, id] { Tell(id, EControlEvent::kEdited); });
-                connect(combo, &QComboBox::activated, [this, id] { Tell(id, EControlEvent::kSelected); });
+                connect(combo, &QComboBox::editTextChanged,
+                        [this, id] { Tell(&CDialogEvents::OnControl, id, EControlEvent::kEdited); });
+                connect(combo, &QComboBox::activated,
+                        [this, id] { Tell(&CDialogEvents::OnControl, id, EControlEvent::kSelected); });
                 widget = combo;
                 break;
             }
@@ -255,7 +231,8 @@ private:
                     list->setSelectionMode(QListWidget::ExtendedSelection);
                     list->setIconSize({16, 13});
                 }
-                connect(list, &QListWidget::itemSelectionChanged, [this, id] { Tell(id, EControlEvent::kSelected); });
+                connect(list, &QListWidget::itemSelectionChanged,
+                        [this, id] { Tell(&CDialogEvents::OnControl, id, EControlEvent::kSelected); });
                 widget = list;
                 break;
             }
@@ -274,7 +251,7 @@ private:
         for (std::size_t i = 0; i < m_template.m_menu.size(); ++i) {
             const CMenuPopup& popup = m_template.m_menu[i];
             QMenu* const menu = m_pMenu->addMenu(ToQt(popup.m_text));
-            connect(menu, &QMenu::aboutToShow, [this, i] { m_events.OnMenuOpening(i); });
+            connect(menu, &QMenu::aboutToShow, [this, i] { Tell(&CDialogEvents::OnMenuOpening, i); });
             for (const CMenuEntry& entry : popup.m_entries) {
                 if (entry.m_id == 0) {
                     menu->addSeparator();
@@ -285,7 +262,7 @@ private:
                 if (tab != std::string_view::npos)
                     action->setShortcut(QKeySequence(ToQt(entry.m_text.substr(tab + 1))));
                 const std::uint32_t id = entry.m_id;
-                connect(action, &QAction::triggered, [this, id] { Tell(id, EControlEvent::kClicked); });
+                connect(action, &QAction::triggered, [this, id] { TellClicked(id); });
                 action->setObjectName(QString::number(id));
                 m_actions[id] = action;
             }
@@ -322,8 +299,6 @@ private:
     }
 
     COpenDialogs& m_open;
-    const CDialogTemplate& m_template;
-    CDialogEvents& m_events;
     const QPixmap& m_drives;                       // the strip
     std::map<std::uint32_t, QWidget*> m_controls;  // by id; Qt owns them
     std::vector<QWidget*> m_widgets;               // in the order of the template
@@ -331,8 +306,6 @@ private:
     QLabel* m_pLabel = nullptr;  // the one that waits for its control
     QPushButton* m_pDefault = nullptr;
     QMenuBar* m_pMenu = nullptr;
-    bool m_bEnded = false;
-    std::uint32_t m_nResult = IDCANCEL;
 };
 
 class CSplash : public QWidget {
@@ -378,27 +351,33 @@ public:
         return std::make_unique<CQtWindow>(m_open, dialog, events, m_drives);
     }
 
-    std::uint32_t ShowMessage(std::string_view text, std::string_view title, EMessageButtons buttons,
-                              EMessageIcon icon) override {
+    void ShowSplash() override {
+        m_pSplash = std::make_unique<CSplash>();
+        m_pSplash->show();
+        // The window system takes its time until it lets a window paint.
+        for (int i = 0; i < 50 && !m_pSplash->m_bPainted; ++i) {
+            QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+    void HideSplash() override { m_pSplash.reset(); }
+
+protected:
+    std::uint32_t ShowBox(std::string_view text, std::string_view title, EMessageKind kind) override {
         QMessageBox box(m_open.empty() ? nullptr : m_open.back());
         box.setWindowTitle(ToQt(title));
         box.setTextFormat(Qt::PlainText);
         box.setText(ToQt(text));
-        box.setIcon(icon == EMessageIcon::kQuestion  ? QMessageBox::Question
-                    : icon == EMessageIcon::kWarning ? QMessageBox::Warning
-                                                     : QMessageBox::Critical);
-        box.setStandardButtons(buttons == EMessageButtons::kOk ? QMessageBox::StandardButtons(QMessageBox::Ok)
-                               : buttons == EMessageButtons::kYesNo
-                                   ? QMessageBox::Yes | QMessageBox::No
-                                   : QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel);
-        // A question may come while the program is busy, and its buttons want an ordinary cursor.
-        const int waiting = m_nWaiting;
-        while (m_nWaiting > 0)
-            EndWaitCursor();
+        box.setIcon(kind == EMessageKind::kError     ? QMessageBox::Critical
+                    : kind == EMessageKind::kWarning ? QMessageBox::Warning
+                                                     : QMessageBox::Question);
+        box.setStandardButtons(kind == EMessageKind::kYesNo ? QMessageBox::Yes | QMessageBox::No
+                               : kind == EMessageKind::kYesNoCancel
+                                   ? QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel
+                                   : QMessageBox::StandardButtons(QMessageBox::Ok));
         const int answer = box.exec();
         if (!m_open.empty()) m_open.back()->activateWindow();
-        while (m_nWaiting < waiting)
-            BeginWaitCursor();
         switch (answer) {
             case QMessageBox::Yes:
                 return IDYES;
@@ -410,30 +389,8 @@ public:
                 return IDOK;
         }
     }
-
-    void BeginWaitCursor() override {
-        ++m_nWaiting;
-        QApplication::setOverrideCursor(Qt::WaitCursor);
-    }
-    void EndWaitCursor() override {
-        --m_nWaiting;
-        QApplication::restoreOverrideCursor();
-    }
-
-    bool ShowSplash() override {
-        m_pSplash = std::make_unique<CSplash>();
-        m_pSplash->show();
-        // The window system takes its time until it lets a window paint.
-        for (int i = 0; i < 50 && !m_pSplash->m_bPainted; ++i) {
-            QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-            std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        }
-        QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
-        return true;
-    }
-    void HideSplash() override { m_pSplash.reset(); }
-    void Sleep(std::uint32_t milliseconds) override {
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    void ShowWaitCursor(bool shown) override {
+        shown ? QApplication::setOverrideCursor(Qt::WaitCursor) : QApplication::restoreOverrideCursor();
     }
 
 private:
@@ -444,7 +401,6 @@ private:
     QPixmap m_drives{":/drives.png"};
     COpenDialogs m_open;
     std::unique_ptr<CSplash> m_pSplash;
-    int m_nWaiting = 0;
 };
 
 // Qt gives up where it cannot reach the display, and calls exit from within its loop where the display goes away: one

@@ -8,7 +8,7 @@ namespace {
 // A dialog that writes down what is posted to it and handles it as it likes.
 class CWatcher : public CMessageTarget {
 public:
-    void PostMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t) override {
+    void PostMessage(std::uint32_t message, std::uint32_t wParam) override {
         m_posted += (message == kMsgEnded ? "end " : "") + std::to_string(wParam) + " ";
         if (m_bHandles) m_progress.m_bUpdatePosted = false;
     }

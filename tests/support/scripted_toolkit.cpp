@@ -6,7 +6,7 @@
 namespace delvane {
 
 CScriptedWindow::CScriptedWindow(const CDialogTemplate& dialog, CDialogEvents& events, std::deque<CStep> script)
-    : m_strTitle(dialog.m_title), m_template(dialog), m_events(events), m_script(std::move(script)) {
+    : CDialogWindow(dialog, events), m_strTitle(dialog.m_title), m_script(std::move(script)) {
     for (const CControlTemplate& control : dialog.m_controls) {
         switch (control.m_kind) {
             case EControlKind::kCheck:
@@ -27,15 +27,15 @@ CScriptedWindow::CScriptedWindow(const CDialogTemplate& dialog, CDialogEvents& e
     }
 }
 
-void CScriptedWindow::PostMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) {
+void CScriptedWindow::PostMessage(std::uint32_t message, std::uint32_t wParam) {
     const std::lock_guard lock(m_mutex);
-    m_messages.push_back({message, wParam, lParam});
+    m_messages.push_back({message, wParam});
     m_arrived.notify_one();
 }
 
-std::uint32_t CScriptedWindow::RunModal() {
-    m_events.OnInit();
-    while (!m_bEnded) {
+void CScriptedWindow::Run() {
+    Tell(&CDialogEvents::OnInit);
+    while (!HasEnded()) {
         std::unique_lock lock(m_mutex);
         if (m_messages.empty() && m_script.empty()) {
             m_arrived.wait_for(lock, std::chrono::seconds(30), [this] { return !m_messages.empty(); });
@@ -45,7 +45,7 @@ std::uint32_t CScriptedWindow::RunModal() {
             const CMessage message = m_messages.front();
             m_messages.pop_front();
             lock.unlock();
-            m_events.OnMessage(message.m_nMessage, message.m_wParam, message.m_lParam);
+            Tell(&CDialogEvents::OnMessage, message.m_nMessage, message.m_wParam);
         } else {
             const CStep step = std::move(m_script.front());
             m_script.pop_front();
@@ -53,12 +53,6 @@ std::uint32_t CScriptedWindow::RunModal() {
             step(*this);
         }
     }
-    return m_nResult;
-}
-
-void CScriptedWindow::End(std::uint32_t result) {
-    m_bEnded = true;
-    m_nResult = result;
 }
 
 void CScriptedWindow::Enable(std::uint32_t id, bool enabled) {
@@ -66,14 +60,6 @@ void CScriptedWindow::Enable(std::uint32_t id, bool enabled) {
         m_disabled.erase(id);
     } else {
         m_disabled.insert(id);
-    }
-}
-
-void CScriptedWindow::EnableMenuEntry(std::uint32_t id, bool enabled) {
-    if (enabled) {
-        m_disabledMenu.erase(id);
-    } else {
-        m_disabledMenu.insert(id);
     }
 }
 
@@ -92,7 +78,7 @@ void CScriptedWindow::AddItem(std::uint32_t, std::string_view text, std::uint32_
 void CScriptedWindow::SelectItem(std::uint32_t id, std::size_t index, bool selected) {
     if (m_items.at(index).m_bSelected == selected) return;
     m_items[index].m_bSelected = selected;
-    m_events.OnControl(id, EControlEvent::kSelected);
+    Tell(&CDialogEvents::OnControl, id, EControlEvent::kSelected);
 }
 
 bool CScriptedWindow::IsItemSelected(std::uint32_t, std::size_t index) const { return m_items.at(index).m_bSelected; }
@@ -114,13 +100,13 @@ void CScriptedWindow::Click(std::uint32_t id) {
     if (control != m_template.m_controls.end() && m_checks.contains(id)) {
         m_checks[id] = (m_checks[id] + 1) % (control->m_kind == EControlKind::kThreeState ? 3 : 2);
     }
-    m_events.OnControl(id, EControlEvent::kClicked);
+    Tell(&CDialogEvents::OnControl, id, EControlEvent::kClicked);
 }
 
 void CScriptedWindow::Type(std::uint32_t id, std::string_view text) {
     RequireEnabled(id);
     SetText(id, text);
-    m_events.OnControl(id, EControlEvent::kEdited);
+    Tell(&CDialogEvents::OnControl, id, EControlEvent::kEdited);
 }
 
 // A combo box tells of the selection before its text follows.
@@ -134,7 +120,7 @@ void CScriptedWindow::Choose(std::uint32_t id, std::string_view entry) {
         std::any_of(m_template.m_controls.begin(), m_template.m_controls.end(),
                     [id](const auto& control) { return control.m_id == id && control.m_kind == EControlKind::kCombo; });
     if (!isCombo) SetText(id, entry);
-    m_events.OnControl(id, EControlEvent::kSelected);
+    Tell(&CDialogEvents::OnControl, id, EControlEvent::kSelected);
     SetText(id, entry);
 }
 
@@ -154,7 +140,7 @@ std::unique_ptr<CDialogWindow> CScriptedToolkit::CreateDialog(const CDialogTempl
     return std::make_unique<CScriptedWindow>(dialog, events, std::move(script));
 }
 
-std::uint32_t CScriptedToolkit::ShowMessage(std::string_view text, std::string_view, EMessageButtons, EMessageIcon) {
+std::uint32_t CScriptedToolkit::ShowBox(std::string_view text, std::string_view, EMessageKind) {
     m_messages.emplace_back(text);
     if (m_answers.empty()) return IDOK;
     const std::uint32_t answer = m_answers.front();

@@ -22,16 +22,12 @@ public:
 
     CScriptedWindow(const CDialogTemplate& dialog, CDialogEvents& events, std::deque<CStep> script);
 
-    void PostMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t lParam) override;
-    std::uint32_t RunModal() override;
-    void End(std::uint32_t result) override;
-    void SetTitle(std::string_view title) override { m_strTitle = title; }
+    void PostMessage(std::uint32_t message, std::uint32_t wParam) override;
     void SetText(std::uint32_t id, std::string_view text) override { m_texts.at(id) = text; }
     CString GetText(std::uint32_t id) const override { return m_texts.at(id); }
     void SetCheck(std::uint32_t id, int state) override { m_checks.at(id) = state; }
     int GetCheck(std::uint32_t id) const override { return m_checks.at(id); }
     void Enable(std::uint32_t id, bool enabled) override;
-    void EnableMenuEntry(std::uint32_t id, bool enabled) override;
     void AddEntry(std::uint32_t id, std::string_view text) override;
     void AddItem(std::uint32_t id, std::string_view text, std::uint32_t image, bool selected) override;
     void SelectItem(std::uint32_t id, std::size_t index, bool selected) override;
@@ -42,10 +38,10 @@ public:
     void Type(std::uint32_t id, std::string_view text);
     void Choose(std::uint32_t id, std::string_view entry);  // in a combo box or a list
     void ToggleItem(std::uint32_t id, std::size_t index);
-    void Close() { m_events.OnControl(IDCANCEL, EControlEvent::kClicked); }
+    void PressClose() { Tell(&CDialogEvents::OnControl, IDCANCEL, EControlEvent::kClicked); }
 
     bool IsEnabled(std::uint32_t id) const { return !m_disabled.contains(id); }
-    bool HasEnded() const { return m_bEnded; }
+    using CDialogWindow::HasEnded;
 
     struct CItem {
         CString m_strText;
@@ -58,21 +54,19 @@ public:
     std::map<std::uint32_t, std::vector<CString>> m_entries;
     std::vector<CItem> m_items;
     std::set<std::uint32_t> m_disabled;
-    std::set<std::uint32_t> m_disabledMenu;
+
+protected:
+    void Run() override;
+    void Close() override {}
 
 private:
     struct CMessage {
         std::uint32_t m_nMessage;
         std::uint32_t m_wParam;
-        std::uint32_t m_lParam;
     };
     void RequireEnabled(std::uint32_t id) const;
 
-    const CDialogTemplate& m_template;
-    CDialogEvents& m_events;
     std::deque<CStep> m_script;
-    bool m_bEnded = false;
-    std::uint32_t m_nResult = 0;
     std::mutex m_mutex;  // of the messages
     std::condition_variable m_arrived;
     std::deque<CMessage> m_messages;
@@ -81,13 +75,11 @@ private:
 class CScriptedToolkit : public CToolkit {
 public:
     std::unique_ptr<CDialogWindow> CreateDialog(const CDialogTemplate& dialog, CDialogEvents& events) override;
-    std::uint32_t ShowMessage(std::string_view text, std::string_view title, EMessageButtons buttons,
-                              EMessageIcon icon) override;
-    void BeginWaitCursor() override { ++m_nWaiting; }
-    void EndWaitCursor() override { --m_nWaiting; }
-    bool ShowSplash() override { return m_bSplash = true; }
+    std::uint32_t ShowBox(std::string_view text, std::string_view title, EMessageKind kind) override;
+    void ShowWaitCursor(bool shown) override { m_bWaiting = shown; }
+    void ShowSplash() override { m_bSplash = true; }
     void HideSplash() override { m_bSplash = false; }
-    void Sleep(std::uint32_t milliseconds) override { m_nSlept += milliseconds; }
+    void Sleep(std::chrono::milliseconds time) override { m_slept += time; }
 
     // What the next dialog of that template does; each time it is shown it takes one script.
     void Script(std::uint32_t dialog, std::deque<CScriptedWindow::CStep> steps) {
@@ -98,9 +90,9 @@ public:
     std::deque<std::uint32_t> m_answers;   // to message boxes; IDOK when there is none
     std::vector<CString> m_messages;       // the texts of those that were shown
     std::vector<std::uint32_t> m_dialogs;  // the templates that were shown
-    int m_nWaiting = 0;
+    bool m_bWaiting = false;
     bool m_bSplash = false;
-    std::uint32_t m_nSlept = 0;
+    std::chrono::milliseconds m_slept{0};
 };
 
 }  // namespace delvane

@@ -25,13 +25,13 @@ public:
     void OnInit() override {
         if (m_onInit) m_onInit();
         m_log.clear();
-        m_pWindow->PostMessage(kStep, 0, 0);
+        m_pWindow->PostMessage(kStep, 0);
     }
     void OnControl(std::uint32_t id, EControlEvent event) override {
         m_log.push_back(std::to_string(id) + "/" + std::to_string(static_cast<int>(event)));
         if (event == EControlEvent::kClicked && (id == IDOK || id == IDCANCEL)) m_pWindow->End(id);
     }
-    void OnMessage(std::uint32_t message, std::uint32_t wParam, std::uint32_t) override {
+    void OnMessage(std::uint32_t message, std::uint32_t wParam) override {
         if (message != kStep) {
             m_log.push_back("message " + std::to_string(message) + " " + std::to_string(wParam));
             if (message == WM_USER) m_pWindow->End(IDOK);
@@ -40,7 +40,7 @@ public:
         if (m_nNext == 0) user::WaitForWindow();
         if (m_nNext == m_steps.size()) return user::Press(EKey::kEscape);
         m_steps[m_nNext++]();
-        m_pWindow->PostMessage(kStep, 0, 0);
+        m_pWindow->PostMessage(kStep, 0);
     }
     void OnMenuOpening(std::size_t popup) override { m_log.push_back("menu " + std::to_string(popup)); }
 
@@ -56,7 +56,7 @@ public:
     std::unique_ptr<CDialogWindow> m_pWindow;
 
 private:
-    static constexpr std::uint32_t kStep = 0x5000;
+    static constexpr std::uint32_t kStep = WM_USER + 100;
 
     std::vector<CStep> m_steps;
     std::size_t m_nNext = 0;
@@ -129,7 +129,7 @@ TEST(Toolkit, ClicksAndKeysReachTheDialog) {
                             user::Press(EKey::kF1);
                         },
                         [&] {
-                            main.m_pWindow->EnableMenuEntry(IDC_COMPARE, false);
+                            main.m_pWindow->Enable(IDC_COMPARE, false);
                             user::OpenMenu(0);
                             EXPECT_FALSE(user::IsMenuEntryEnabled(IDC_COMPARE));
                             EXPECT_TRUE(user::IsMenuEntryEnabled(IDM_EXIT));
@@ -197,8 +197,8 @@ TEST(Toolkit, MessagesOfAnotherThreadComeInOrder) {
     CRecorder progress(IDD_PROGRESS);
     std::thread worker([&] {
         for (std::uint32_t i = 0; i < 1000; ++i)
-            progress.m_pWindow->PostMessage(WM_USER + 1, i, 0);
-        progress.m_pWindow->PostMessage(WM_USER, 0, 0);
+            progress.m_pWindow->PostMessage(WM_USER + 1, i);
+        progress.m_pWindow->PostMessage(WM_USER, 0);
     });
     worker.join();  // they wait for a window
     progress.m_onInit = [&] { EXPECT_TRUE(progress.m_log.empty()); };
@@ -210,23 +210,23 @@ TEST(Toolkit, MessagesOfAnotherThreadComeInOrder) {
 }
 
 TEST(Toolkit, QuestionsGiveTheirAnswers) {
-    const auto answer = [](EMessageButtons buttons, std::uint32_t button) {
+    const auto answer = [](EMessageKind kind, std::uint32_t button) {
         user::AnswerBox(button);
-        return user::GetToolkit().ShowMessage("Line\n<b>two</b>", "A title", buttons, EMessageIcon::kQuestion);
+        return user::GetToolkit().ShowMessage("Line\n<b>two</b>", "A title", kind);
     };
-    user::GetToolkit().BeginWaitCursor();
+    user::GetToolkit().SetWaiting(true);
     EXPECT_TRUE(user::HasWaitCursor());
     for (const std::uint32_t button : {IDYES, IDNO, IDCANCEL})
-        EXPECT_EQ(answer(EMessageButtons::kYesNoCancel, button), button);
-    EXPECT_EQ(answer(EMessageButtons::kYesNo, IDNO), IDNO);
-    EXPECT_EQ(answer(EMessageButtons::kOk, IDOK), IDOK);
+        EXPECT_EQ(answer(EMessageKind::kYesNoCancel, button), button);
+    EXPECT_EQ(answer(EMessageKind::kYesNo, IDNO), IDNO);
+    EXPECT_EQ(answer(EMessageKind::kWarning, IDOK), IDOK);
     EXPECT_TRUE(user::HasWaitCursor()) << "the wait goes on";
-    user::GetToolkit().EndWaitCursor();
+    user::GetToolkit().SetWaiting(false);
     EXPECT_FALSE(user::HasWaitCursor());
 }
 
 TEST(Toolkit, TheSplashIsThereAtOnceAndGoneAtOnce) {
-    ASSERT_TRUE(user::GetToolkit().ShowSplash());
+    user::GetToolkit().ShowSplash();
     const CArea splash = user::GetSplash();
     EXPECT_EQ(splash.m_nRight - splash.m_nLeft, 591);
     EXPECT_EQ(splash.m_nBottom - splash.m_nTop, 368);
@@ -241,7 +241,7 @@ TEST(Toolkit, TheFocusComesBackFromAChild) {
     main.Run({[] { user::Focus(1003); },
               [] {
                   CRecorder child(IDD_PROGRESS);
-                  child.m_onInit = [&] { child.m_pWindow->PostMessage(WM_USER, 0, 0); };
+                  child.m_onInit = [&] { child.m_pWindow->PostMessage(WM_USER, 0); };
                   child.Run({});
               },
               [] {

@@ -27,7 +27,7 @@ bool IsPredefined(::HKEY key) {
 // The path of a key in the system's own tree, \REGISTRY\MACHINE\..., with links behind it; empty where it is not told.
 std::wstring RealPathOf(::HKEY key) {
     using CQueryKey = LONG WINAPI(HANDLE, int, void*, ULONG, ULONG*);
-    static auto* const query = FindOperation<CQueryKey>(GetModuleHandleA("ntdll.dll"), "NtQueryKey");
+    static auto* const query = FindOperation<CQueryKey>("ntdll.dll", "NtQueryKey");
     constexpr int kKeyNameInformation = 3;  // a length in bytes and the text
     std::array<wchar_t, 2048> buffer;       // NOLINT(cppcoreguidelines-pro-type-member-init): the call fills it
     ULONG size = 0;

@@ -49,6 +49,10 @@ Operation* FindOperation(HMODULE library, const char* name) {
     return library == nullptr ? nullptr
                               : reinterpret_cast<Operation*>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }
+template <class Operation>
+Operation* FindOperation(const char* library, const char* name) {
+    return FindOperation<Operation>(LoadLibraryA(library), name);
+}
 
 // What the system says of one of its error numbers, without a period.
 CString ErrorText(std::uint32_t code);

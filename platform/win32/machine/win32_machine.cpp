@@ -43,7 +43,7 @@ private:
 bool IsHostRoot(const CString& root) {
     using CGetUnixName = char* CDECL(const wchar_t*);
     static auto* const getName =
-        FindOperation<CGetUnixName>(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name");
+        FindOperation<CGetUnixName>("kernel32.dll", "wine_get_unix_file_name");
     if (getName == nullptr) return false;
     char* const name = getName(Widen(root).c_str());
     const bool isRoot = name != nullptr && std::string_view(name).find_first_not_of("/.") == std::string_view::npos;

@@ -1,61 +1,124 @@
 // The window system of Windows itself.
-#include <utility>
-
 #include "platform/win32/machine/system.h"
 #include "platform/win32/wide.h"
 #include "platform/win32/windows/dialog_window.h"
-#include "platform/win32/windows/splash.h"
+#include "platform/win32/windows/drawing.h"
 
 namespace delvane {
 namespace {
 
+// The picture that stands on the screen while a visible run starts.
+class CSplashWindow {
+public:
+    // Shown and painted at once, in the middle of the work area of the monitor nearest to `parent`, which may be null,
+    // and at its scaling.
+    explicit CSplashWindow(HWND parent)
+        : m_nDpi(DpiOf(parent)), m_picture(m_nDpi > kPlainDpi ? kDoubleSplashBitmap : kSplashBitmap) {
+        if (!m_picture) return;
+        const HDC screen = GetDC(nullptr);
+        const bool hasPalette = (GetDeviceCaps(screen, RASTERCAPS) & RC_PALETTE) != 0;
+        ReleaseDC(nullptr, screen);
+        if (hasPalette) {
+            m_hPalette = m_picture.MakePalette();
+            if (m_hPalette == nullptr) return;
+        }
+        WNDCLASSW windowClass{};
+        windowClass.lpfnWndProc = OnSystemMessage;
+        windowClass.hInstance = GetModuleHandleW(nullptr);
+        windowClass.hCursor = LoadCursorForm(false);
+        windowClass.lpszClassName = L"DelvaneSplash";
+        RegisterClassW(&windowClass);  // fails harmlessly the second time
+        const RECT work = WorkAreaOf(parent);
+        const int dotsPerInch = m_nDpi > kPlainDpi ? 2 * kPlainDpi : kPlainDpi;  // of the picture
+        const int width = MulDiv(m_picture.GetWidth(), m_nDpi, dotsPerInch);
+        const int height = MulDiv(m_picture.GetHeight(), m_nDpi, dotsPerInch);
+        m_hWnd = CreateWindowExW(0, windowClass.lpszClassName, L"", WS_POPUP | WS_VISIBLE,
+                                 (work.left + work.right - width) / 2, (work.top + work.bottom - height) / 2, width,
+                                 height, parent, nullptr, windowClass.hInstance, this);
+        if (m_hWnd != nullptr) UpdateWindow(m_hWnd);
+    }
+    ~CSplashWindow() {
+        if (m_hWnd != nullptr) DestroyWindow(m_hWnd);
+        if (m_hPalette != nullptr) DeleteObject(m_hPalette);
+    }
+    CSplashWindow(const CSplashWindow&) = delete;
+    CSplashWindow& operator=(const CSplashWindow&) = delete;
+
+private:
+    static LRESULT CALLBACK OnSystemMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_NCCREATE) {
+            auto* const made = reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams;
+            static_cast<CSplashWindow*>(made)->m_hWnd = window;
+            SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(made));
+        }
+        const auto* const self = reinterpret_cast<const CSplashWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        switch (message) {
+            case WM_PAINT: {
+                PAINTSTRUCT paint{};
+                self->Draw(BeginPaint(window, &paint));
+                EndPaint(window, &paint);
+                return 0;
+            }
+            case WM_QUERYNEWPALETTE:
+                return self->RealizePalette(false) ? TRUE : FALSE;
+            case WM_PALETTECHANGED:
+                return reinterpret_cast<HWND>(wParam) != window && self->RealizePalette(true) ? TRUE : FALSE;
+            default:
+                return DefWindowProcW(window, message, wParam, lParam);
+        }
+    }
+
+    void Draw(HDC context) const {
+        const HPALETTE before = m_hPalette != nullptr ? SelectPalette(context, m_hPalette, FALSE) : nullptr;
+        if (before != nullptr) ::RealizePalette(context);
+        RECT room{};
+        GetClientRect(m_hWnd, &room);
+        m_picture.StretchTo(context, room.right, room.bottom);
+        if (before != nullptr) SelectPalette(context, before, FALSE);
+    }
+
+    // Whether a colour changed; the window is then painted again.
+    bool RealizePalette(bool isBackground) const {
+        if (m_hPalette == nullptr) return false;
+        const HDC context = GetDC(m_hWnd);
+        const HPALETTE before = SelectPalette(context, m_hPalette, isBackground ? TRUE : FALSE);
+        const UINT changed = ::RealizePalette(context);
+        SelectPalette(context, before, TRUE);
+        ReleaseDC(m_hWnd, context);
+        if (changed == 0 || changed == GDI_ERROR) return false;
+        InvalidateRect(m_hWnd, nullptr, TRUE);
+        return true;
+    }
+
+    int m_nDpi;
+    CDib m_picture;
+    HPALETTE m_hPalette = nullptr;  // on a display that works with one
+    HWND m_hWnd = nullptr;
+};
+
 class CWin32Toolkit : public CToolkit {
 public:
     std::unique_ptr<CDialogWindow> CreateDialog(const CDialogTemplate& dialog, CDialogEvents& events) override {
-        return std::make_unique<CWin32Window>(m_desk, dialog, events);
+        return MakeDialogWindow(m_desk, dialog, events);
     }
-
-    std::uint32_t ShowMessage(std::string_view text, std::string_view title, EMessageButtons buttons,
-                              EMessageIcon icon) override {
-        UINT form = icon == EMessageIcon::kQuestion  ? MB_ICONQUESTION
-                    : icon == EMessageIcon::kWarning ? MB_ICONWARNING
-                                                     : MB_ICONERROR;
-        if (buttons == EMessageButtons::kYesNo) form |= MB_YESNO;
-        if (buttons == EMessageButtons::kYesNoCancel) form |= MB_YESNOCANCEL;
-        // A question may come while the program is busy, and wants an ordinary cursor.
-        const int waiting = std::exchange(m_desk.m_nWaiting, 0);
-        ShowCursorForm();
-        const int answer =
-            MessageBoxW(m_desk.GetInnermost(), Widen(text).c_str(), Widen(title).c_str(), form | MB_SETFOREGROUND);
-        m_desk.m_nWaiting = waiting;
-        ShowCursorForm();
-        return static_cast<std::uint32_t>(answer);
-    }
-
-    void BeginWaitCursor() override {
-        ++m_desk.m_nWaiting;
-        ShowCursorForm();
-    }
-    void EndWaitCursor() override {
-        --m_desk.m_nWaiting;
-        ShowCursorForm();
-    }
-
-    bool ShowSplash() override {
-        m_pSplash = std::make_unique<CSplashWindow>(m_desk.GetInnermost());
-        if (!*m_pSplash) m_pSplash.reset();
-        return m_pSplash != nullptr;
-    }
+    void ShowSplash() override { m_pSplash = std::make_unique<CSplashWindow>(m_desk.GetInnermost()); }
     void HideSplash() override { m_pSplash.reset(); }
-    void Sleep(std::uint32_t milliseconds) override { ::Sleep(milliseconds); }
+
+protected:
+    std::uint32_t ShowBox(std::string_view text, std::string_view title, EMessageKind kind) override {
+        const UINT form = kind == EMessageKind::kError     ? MB_ICONERROR
+                          : kind == EMessageKind::kWarning ? MB_ICONWARNING
+                          : kind == EMessageKind::kYesNo   ? MB_ICONQUESTION | MB_YESNO
+                                                           : MB_ICONQUESTION | MB_YESNOCANCEL;
+        return static_cast<std::uint32_t>(
+            MessageBoxW(m_desk.GetInnermost(), Widen(text).c_str(), Widen(title).c_str(), form | MB_SETFOREGROUND));
+    }
+    void ShowWaitCursor(bool shown) override {
+        m_desk.m_bWaiting = shown;
+        SetCursor(LoadCursorForm(shown));
+    }
 
 private:
-    void ShowCursorForm() const {
-        constexpr int kArrow = 32512;
-        constexpr int kWait = 32514;
-        SetCursor(LoadCursorW(nullptr, MAKEINTRESOURCEW(m_desk.m_nWaiting != 0 ? kWait : kArrow)));
-    }
-
     CDesk m_desk;
     std::unique_ptr<CSplashWindow> m_pSplash;
 };
@@ -82,8 +145,8 @@ std::unique_ptr<CToolkit> LoadToolkit(CString& problem) {
         return nullptr;
     }
     DestroyWindow(trial);
-    INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES};
-    if (auto* const init = FindOperation<decltype(InitCommonControlsEx)>(GetCommonControls(), "InitCommonControlsEx")) {
+    const INITCOMMONCONTROLSEX controls{sizeof controls, ICC_STANDARD_CLASSES | ICC_LISTVIEW_CLASSES};
+    if (auto* const init = FindOperation<decltype(InitCommonControlsEx)>(kCommonControls, "InitCommonControlsEx")) {
         init(&controls);
     }
     return std::make_unique<CWin32Toolkit>();

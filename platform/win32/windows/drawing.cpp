@@ -1,10 +1,70 @@
-#include "platform/win32/windows/pictures.h"
+#include "platform/win32/windows/drawing.h"
 
 #include <vector>
 
 #include "platform/win32/machine/system.h"
 
 namespace delvane {
+namespace {
+
+int SystemDpi() {
+    const HDC screen = GetDC(nullptr);
+    const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+    ReleaseDC(nullptr, screen);
+    return dpi > 0 ? dpi : kPlainDpi;
+}
+
+}  // namespace
+
+int DpiOf(HWND window) {
+    static auto* const getDpi = FindOperation<UINT WINAPI(HWND)>("user32.dll", "GetDpiForWindow");
+    const UINT dpi = getDpi != nullptr ? getDpi(window) : 0;
+    return dpi != 0 ? static_cast<int>(dpi) : SystemDpi();
+}
+
+HFONT MakeMessageFont(int dpi) {
+    static auto* const getMetrics =
+        FindOperation<BOOL WINAPI(UINT, UINT, void*, UINT, UINT)>("user32.dll", "SystemParametersInfoForDpi");
+    NONCLIENTMETRICSW metrics{};
+    metrics.cbSize = sizeof metrics;
+    if (getMetrics == nullptr ||
+        getMetrics(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0, static_cast<UINT>(dpi)) == 0) {
+        SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
+        metrics.lfMessageFont.lfHeight = MulDiv(metrics.lfMessageFont.lfHeight, dpi, SystemDpi());
+    }
+    return CreateFontIndirectW(&metrics.lfMessageFont);
+}
+
+SIZE WindowSizeOf(SIZE client, HWND window, bool hasMenu, int dpi) {
+    static auto* const adjust =
+        FindOperation<BOOL WINAPI(RECT*, DWORD, BOOL, DWORD, UINT)>("user32.dll", "AdjustWindowRectExForDpi");
+    RECT frame{0, 0, client.cx, client.cy};
+    const auto style = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE));
+    const auto extended = static_cast<DWORD>(GetWindowLongPtrW(window, GWL_EXSTYLE));
+    if (adjust == nullptr || adjust(&frame, style, hasMenu, extended, static_cast<UINT>(dpi)) == 0) {
+        AdjustWindowRectEx(&frame, style, hasMenu, extended);
+    }
+    return {frame.right - frame.left, frame.bottom - frame.top};
+}
+
+void SwitchOwnScalingOff(HWND dialog) {
+    constexpr int kAll = 1;
+    if (auto* const set = FindOperation<BOOL WINAPI(HWND, int, int)>("user32.dll", "SetDialogDpiChangeBehavior"))
+        set(dialog, kAll, kAll);
+}
+
+RECT WorkAreaOf(HWND window) {
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
+    return monitor.rcWork;
+}
+
+HCURSOR LoadCursorForm(bool waiting) {
+    constexpr int kArrow = 32512;
+    constexpr int kWait = 32514;
+    return LoadCursorW(nullptr, MAKEINTRESOURCEW(waiting ? kWait : kArrow));
+}
 
 CDib::CDib(WORD number) {
     constexpr WORD kBitmap = 2;  // RT_BITMAP
@@ -41,19 +101,14 @@ void CDib::StretchTo(HDC context, int width, int height) const {
                   SRCCOPY);
 }
 
-HMODULE GetCommonControls() {
-    static const HMODULE library = LoadLibraryW(L"comctl32.dll");  // the version that the manifest names
-    return library;
-}
-
 void DestroyImages(HIMAGELIST images) {
-    static auto* const destroy = FindOperation<decltype(ImageList_Destroy)>(GetCommonControls(), "ImageList_Destroy");
+    static auto* const destroy = FindOperation<decltype(ImageList_Destroy)>(kCommonControls, "ImageList_Destroy");
     if (images != nullptr && destroy != nullptr) destroy(images);
 }
 
 HIMAGELIST MakeDriveImages(int factor) {
-    static auto* const create = FindOperation<decltype(ImageList_Create)>(GetCommonControls(), "ImageList_Create");
-    static auto* const add = FindOperation<decltype(ImageList_Add)>(GetCommonControls(), "ImageList_Add");
+    static auto* const create = FindOperation<decltype(ImageList_Create)>(kCommonControls, "ImageList_Create");
+    static auto* const add = FindOperation<decltype(ImageList_Add)>(kCommonControls, "ImageList_Add");
     const CDib drives(kDrivesBitmap);
     const CDib mask(kDriveMaskBitmap);
     if (create == nullptr || add == nullptr || !drives || !mask) return nullptr;
