@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "platform/host.h"
-#include "platform/win32/wide.h"
+#include "platform/win32/system.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {

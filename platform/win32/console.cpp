@@ -4,7 +4,7 @@
 #include <streambuf>
 
 #include "platform/host.h"
-#include "platform/win32/wide.h"
+#include "platform/win32/system.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {

@@ -3,8 +3,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
-#include "platform/win32/machine/system.h"
-#include "platform/win32/machine/win32_machine.h"
+#include "platform/win32/system.h"
 #include "tests/support/search.h"
 #include "tests/support/temporary_folder.h"
 
@@ -19,7 +18,7 @@ protected:
     void SetUp() override { ASSERT_EQ(GetACP(), m_nPage); }
 
     // The names below the path, of directories with what lies in them.
-    CString List(CWin32Machine& machine, const CString& path) {
+    CString List(CMachine& machine, const CString& path) {
         const auto search = SearchOf(machine, path);
         if (search == nullptr) return "!";
         CString names;
@@ -64,8 +63,8 @@ TEST_F(CodePage1252, NamesWithoutAFormDoNotEndAWalk) {
     std::ofstream(root / L"\u65E5" / "inside.txt") << "x";
     std::ofstream(root / L"\u20AC.txt") << "x";
     std::ofstream(root / "z.txt") << "x";
-    CWin32Machine machine;
-    EXPECT_EQ(List(machine, folder.GetPath()), "?(!) z.txt \x80.txt ");
+    const std::unique_ptr<CMachine> machine = MakeMachine();
+    EXPECT_EQ(List(*machine, folder.GetPath()), "?(!) z.txt \x80.txt ");
 }
 
 TEST_F(CodePage1252, KeysWithoutAFormDoNotEndAWalk) {
@@ -76,22 +75,22 @@ TEST_F(CodePage1252, KeysWithoutAFormDoNotEndAWalk) {
                         nullptr, &key, nullptr);
         RegCloseKey(key);
     }
-    CWin32Machine machine;
+    const std::unique_ptr<CMachine> machine = MakeMachine();
     HKEY software = 0;
     HKEY page = 0;
     CKeyInfo info;
-    ASSERT_EQ(machine.RegOpenKeyEx(HKEY_CURRENT_USER, "Software", software), ERROR_SUCCESS);
-    ASSERT_EQ(machine.RegOpenKeyEx(software, "Page", page), ERROR_SUCCESS);
-    ASSERT_EQ(machine.RegQueryInfoKey(page, info), ERROR_SUCCESS);
+    ASSERT_EQ(machine->RegOpenKeyEx(HKEY_CURRENT_USER, "Software", software), ERROR_SUCCESS);
+    ASSERT_EQ(machine->RegOpenKeyEx(software, "Page", page), ERROR_SUCCESS);
+    ASSERT_EQ(machine->RegQueryInfoKey(page, info), ERROR_SUCCESS);
     ASSERT_EQ(info.m_nSubkeys, 2U);
     std::vector<CString> opened;
     for (std::uint32_t i = 0; i < info.m_nSubkeys; ++i) {
         CString name(info.m_nLongestSubkey + 1, '\0');
         CRoom room{name.data(), info.m_nLongestSubkey + 1};
-        ASSERT_EQ(machine.RegEnumKeyEx(page, i, room), ERROR_SUCCESS);
+        ASSERT_EQ(machine->RegEnumKeyEx(page, i, room), ERROR_SUCCESS);
         name.resize(room.m_nSize);
         HKEY key = 0;
-        if (machine.RegOpenKeyEx(page, name, key) == ERROR_SUCCESS) opened.push_back(name);
+        if (machine->RegOpenKeyEx(page, name, key) == ERROR_SUCCESS) opened.push_back(name);
     }
     EXPECT_EQ(opened, std::vector<CString>{"after"});
     RegDeleteTreeW(user, L"Software\\Page");

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 #include <stdexcept>
 
-#include "platform/win32/wide.h"
+#include "platform/win32/system.h"
 #include "platform/win32/windows.h"
 #include "tests/toolkit/user.h"
 

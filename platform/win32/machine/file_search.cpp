@@ -7,8 +7,7 @@
 #include <cstring>
 
 #include "platform/host.h"
-#include "platform/win32/machine/system.h"
-#include "platform/win32/wide.h"
+#include "platform/win32/system.h"
 
 namespace delvane {
 namespace {
@@ -106,7 +105,7 @@ CHandle OpenDirectoryHandle(std::string_view path) {
 bool IdentityOf(std::string_view directory, CDirectoryIdentity& identity) {
     const CHandle handle = OpenDirectoryHandle(directory);
     BY_HANDLE_FILE_INFORMATION information{};
-    if (!handle || GetFileInformationByHandle(handle.Get(), &information) == 0) return false;
+    if (!handle || GetFileInformationByHandle(handle.get(), &information) == 0) return false;
     identity = {information.dwVolumeSerialNumber,
                 std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
     return true;

@@ -4,22 +4,19 @@
 #include <fstream>
 
 #include "platform/host.h"
-#include "platform/win32/machine/system.h"
+#include "platform/win32/system.h"
 
 namespace delvane {
 namespace {
 
-CFileError ErrorOf(std::string_view path, std::string_view action, std::uint32_t code) {
-    return {path, action, code, ErrorText(code)};
-}
-
-[[noreturn]] void ThrowOpenError(std::string_view path, std::string_view action, std::uint32_t code) {
-    throw CFileOpenError(path, action, code, ErrorText(code));
+template <class Error = CFileError>
+[[noreturn]] void Throw(std::string_view path, std::string_view action, std::uint32_t code = GetLastError()) {
+    throw Error(path, action, code, ErrorText(code));
 }
 
 // Whether a new file may take this place, with the error number if not: nothing is there, or a regular file that may be
 // written.
-std::uint32_t MayTakePlace(const CString& path) {
+DWORD MayTakePlace(const CString& path) {
     const DWORD attributes = GetFileAttributesA(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         const DWORD code = GetLastError();
@@ -29,7 +26,7 @@ std::uint32_t MayTakePlace(const CString& path) {
     constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     const CHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, kShare, nullptr, OPEN_EXISTING, 0, nullptr));
     if (!file) return GetLastError();
-    return GetFileType(file.Get()) == FILE_TYPE_DISK ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
+    return GetFileType(file.get()) == FILE_TYPE_DISK ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
 }
 
 class COwnFileWriter : public CFileWriter {
@@ -37,7 +34,7 @@ public:
     COwnFileWriter(CHandle file, CString temporary, CString target)
         : m_file(std::move(file)), m_strTemporary(std::move(temporary)), m_strTarget(std::move(target)) {}
     ~COwnFileWriter() override {
-        m_file.Reset();
+        m_file.reset();
         if (!m_strTemporary.empty()) DeleteFileA(m_strTemporary.c_str());
     }
 
@@ -47,9 +44,7 @@ public:
             ThrowIfInterrupted();
             DWORD written = 0;
             const auto size = static_cast<DWORD>(std::min(bytes.size(), kMostAtOnce));
-            if (WriteFile(m_file.Get(), bytes.data(), size, &written, nullptr) == 0) {
-                throw ErrorOf(m_strTarget, "write", GetLastError());
-            }
+            if (WriteFile(m_file.get(), bytes.data(), size, &written, nullptr) == 0) Throw(m_strTarget, "write");
             bytes.remove_prefix(written);
         }
     }
@@ -68,12 +63,12 @@ public:
     // The bytes reach the disk before the name does, so that a crash leaves the old file or the new one, never half.
     void Commit() override {
         ThrowIfInterrupted();
-        if (FlushFileBuffers(m_file.Get()) == 0) throw ErrorOf(m_strTarget, "flush", GetLastError());
-        if (!m_file.Reset()) throw ErrorOf(m_strTarget, "close", GetLastError());
+        if (FlushFileBuffers(m_file.get()) == 0) Throw(m_strTarget, "flush");
+        if (CloseHandle(m_file.release()) == 0) Throw(m_strTarget, "close");
         ThrowIfInterrupted();  // flushing takes the longest
         if (MoveFileExA(m_strTemporary.c_str(), m_strTarget.c_str(),
                         MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
-            throw ErrorOf(m_strTarget, "replace", GetLastError());
+            Throw(m_strTarget, "replace");
         }
         m_strTemporary.clear();
     }
@@ -95,19 +90,17 @@ CString DirectoryOf(const CString& path) {
 }  // namespace
 
 std::unique_ptr<CFileWriter> CreateOwnFile(const std::string& path, std::string_view shownPath) {
-    if (const std::uint32_t code = MayTakePlace(path); code != ERROR_SUCCESS) {
-        ThrowOpenError(shownPath, "create", code);
-    }
+    DWORD code = MayTakePlace(path);
+    if (code != ERROR_SUCCESS) Throw<CFileOpenError>(shownPath, "create", code);
     const CInterruptGuard guard(CInterruptGuard::EOwner::kCleansUp);  // until the writer has its own
     CHandle file;
-    DWORD code = 0;
     std::string temporary = NameTemporary(DirectoryOf(path), GetCurrentProcessId(), [&](const std::string& name) {
         file =
             CHandle(CreateFileA(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
         code = GetLastError();
         return file || code != ERROR_FILE_EXISTS;
     });
-    if (!file) ThrowOpenError(shownPath, "create", code);
+    if (!file) Throw<CFileOpenError>(shownPath, "create", code);
     return std::make_unique<COwnFileWriter>(std::move(file), std::move(temporary), path);
 }
 
@@ -120,12 +113,12 @@ std::unique_ptr<std::ostream> CreateOwnTextFile(const std::string& path) {
 
 CFileBytes ReadOwnFile(const std::string& path, std::string_view shownPath, std::uint64_t limit, bool headOnly) {
     const CDiskFile file(path);
-    if (!file) ThrowOpenError(shownPath, "open", GetLastError());
+    if (!file) Throw<CFileOpenError>(shownPath, "open");
     return ReadOpenFile(file.GetSize(), shownPath, limit, headOnly, [&](char* into, std::size_t size) {
         constexpr std::size_t kMostAtOnce = 1 << 24;
         DWORD got = 0;
         if (ReadFile(file.Get(), into, static_cast<DWORD>(std::min(size, kMostAtOnce)), &got, nullptr) == 0) {
-            throw ErrorOf(shownPath, "read", GetLastError());
+            Throw(shownPath, "read");
         }
         return std::size_t{got};
     });

@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "platform/host.h"
-#include "platform/win32/machine/system.h"
+#include "platform/win32/system.h"
 
 namespace delvane {
 namespace {
@@ -57,13 +57,13 @@ struct CWin32Registry::COpenKey {
         if (m_pParent != nullptr) Close();  // else it is a predefined one
     }
     void Close() {
-        if (m_key != nullptr) RegCloseKey(m_key);
+        if (m_key != nullptr) ::RegCloseKey(m_key);
         m_key = nullptr;
     }
     std::uint32_t Read();
     std::uint32_t ReadOnce() { return m_bRead ? ERROR_SUCCESS : Read(); }
-    void ReadValues(std::uint32_t count, std::vector<char>& name, std::vector<char>& data);
-    void ReadSubkeys(std::uint32_t count, std::vector<char>& name);
+    template <class Take, class Grow>
+    void ReadEntries(DWORD count, const Take& take, const Grow& grow);
 };
 
 std::uint32_t CWin32Registry::COpenKey::Read() {
@@ -81,52 +81,59 @@ std::uint32_t CWin32Registry::COpenKey::Read() {
     if (!m_bRead) return static_cast<std::uint32_t>(code);
     std::vector<char> name((std::max(longestSubkey, longestName) + std::size_t{1}) * kBytesOfUnit);
     std::vector<char> data(largestData + largestData / 2 + std::size_t{1});
-    ReadValues(values, name, data);
-    ReadSubkeys(subkeys, name);
+    DWORD nameLength = 0;
+    DWORD dataLength = 0;
+    m_contents.m_values.reserve(values);
+    ReadEntries(
+        values,
+        [&](DWORD index) {
+            nameLength = static_cast<DWORD>(name.size());
+            dataLength = static_cast<DWORD>(data.size());
+            DWORD type = 0;
+            const LSTATUS taken = RegEnumValueA(m_key, index, name.data(), &nameLength, nullptr, &type,
+                                                reinterpret_cast<BYTE*>(data.data()), &dataLength);
+            if (taken == 0) {
+                const CKeyContents::CSpan kept = m_contents.Add({name.data(), nameLength});
+                m_contents.m_values.push_back({kept, type, m_contents.Add({data.data(), dataLength})});
+            }
+            return taken;
+        },
+        [&] {
+            constexpr std::size_t kLargest = std::size_t{1} << 30;
+            if (data.size() >= kLargest) return false;
+            name.resize(name.size() * 2);
+            data.resize(std::max<std::size_t>(data.size() * 2, dataLength));
+            return true;
+        });
+    m_contents.m_subkeys.reserve(subkeys);
+    ReadEntries(
+        subkeys,
+        [&](DWORD index) {
+            nameLength = static_cast<DWORD>(name.size());
+            const LSTATUS taken =
+                RegEnumKeyExA(m_key, index, name.data(), &nameLength, nullptr, nullptr, nullptr, nullptr);
+            if (taken == 0) m_contents.m_subkeys.push_back({m_contents.Add({name.data(), nameLength}), 0});
+            return taken;
+        },
+        [&] {
+            constexpr std::size_t kLongest = std::size_t{1} << 20;
+            if (name.size() >= kLongest) return false;
+            name.resize(name.size() * 2);
+            return true;
+        });
     return ERROR_SUCCESS;
 }
 
-// As many as were counted; the list may have shrunk since. An entry that cannot be read costs itself.
-void CWin32Registry::COpenKey::ReadValues(std::uint32_t count, std::vector<char>& name, std::vector<char>& data) {
-    constexpr std::size_t kLargest = std::size_t{1} << 30;
-    m_contents.m_values.reserve(count);
+// As many as were counted; the list may have shrunk since. An entry that outgrows its room is taken again, and one that
+// cannot be read costs itself.
+template <class Take, class Grow>
+void CWin32Registry::COpenKey::ReadEntries(DWORD count, const Take& take, const Grow& grow) {
     for (DWORD index = 0; index < count; ++index) {
-        auto nameLength = static_cast<DWORD>(name.size());
-        auto dataLength = static_cast<DWORD>(data.size());
-        DWORD type = 0;
-        const LSTATUS code = RegEnumValueA(m_key, index, name.data(), &nameLength, nullptr, &type,
-                                           reinterpret_cast<BYTE*>(data.data()), &dataLength);
-        if (code == 0) {
-            const CKeyContents::CSpan kept = m_contents.Add({name.data(), nameLength});
-            m_contents.m_values.push_back({kept, type, m_contents.Add({data.data(), dataLength})});
-        } else if (code == static_cast<LSTATUS>(ERROR_MORE_DATA) && data.size() < kLargest) {
-            name.resize(name.size() * 2);
-            data.resize(std::max<std::size_t>(data.size() * 2, dataLength));
-            --index;
-        } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
-            break;
-        } else {
-            m_contents.m_dwError = static_cast<std::uint32_t>(code);
-        }
-    }
-}
-
-void CWin32Registry::COpenKey::ReadSubkeys(std::uint32_t count, std::vector<char>& name) {
-    constexpr std::size_t kLongest = std::size_t{1} << 20;
-    m_contents.m_subkeys.reserve(count);
-    for (DWORD index = 0; index < count; ++index) {
-        auto length = static_cast<DWORD>(name.size());
-        const LSTATUS code = RegEnumKeyExA(m_key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
-        if (code == 0) {
-            m_contents.m_subkeys.push_back({m_contents.Add({name.data(), length}), 0});
-        } else if (code == static_cast<LSTATUS>(ERROR_MORE_DATA) && name.size() < kLongest) {
-            name.resize(name.size() * 2);
-            --index;
-        } else if (code == static_cast<LSTATUS>(ERROR_NO_MORE_ITEMS) || code == ERROR_KEY_DELETED) {
-            break;
-        } else {
-            m_contents.m_dwError = static_cast<std::uint32_t>(code);
-        }
+        LSTATUS code = take(index);
+        while (code == ERROR_MORE_DATA && grow())
+            code = take(index);
+        if (code == ERROR_NO_MORE_ITEMS || code == ERROR_KEY_DELETED) break;
+        if (code != 0) m_contents.m_dwError = static_cast<std::uint32_t>(code);
     }
 }
 
@@ -134,19 +141,14 @@ CWin32Registry::CWin32Registry() = default;
 
 CWin32Registry::~CWin32Registry() = default;
 
-CWin32Registry::COpenKey* CWin32Registry::FindPredefined(HKEY key) {
-    for (const std::unique_ptr<COpenKey>& known : m_predefined) {
-        if (known->m_key == SystemKey(key)) return known.get();
-    }
-    auto predefined = std::make_unique<COpenKey>();
-    predefined->m_key = SystemKey(key);
-    m_predefined.push_back(std::move(predefined));
-    return m_predefined.back().get();
-}
-
 CWin32Registry::COpenKey* CWin32Registry::Find(HKEY key) {
-    if (key >= HKEY_CLASSES_ROOT) return FindPredefined(key);
-    return m_keys.Find(key);
+    if (key < HKEY_CLASSES_ROOT) return m_keys.Find(key);
+    std::unique_ptr<COpenKey>& predefined = m_predefined[key];
+    if (predefined == nullptr) {
+        predefined = std::make_unique<COpenKey>();
+        predefined->m_key = SystemKey(key);
+    }
+    return predefined.get();
 }
 
 // Whether the key is another one than those that it lies in. A key of its parent's path and its own name stands where
@@ -162,14 +164,18 @@ bool CWin32Registry::MayShow(const COpenKey& parent, COpenKey& key) {
         if (EqualNoCase(level->m_realPath, key.m_realPath)) return false;
     }
     if (++m_nBehindLinks <= kMostKeysBehindLinks) return true;
-    if (m_notices.empty()) {
-        m_notices.push_back("links of the registry show more than " + std::to_string(kMostKeysBehindLinks) +
-                            " keys; what is behind further ones is left out");
-    }
+    if (m_notice == ENotice::kNone) m_notice = ENotice::kDue;
     return false;
 }
 
-std::uint32_t CWin32Registry::OpenKey(HKEY parent, std::string_view name, HKEY& key) {
+std::vector<CNotice> CWin32Registry::TakeNotices() {
+    if (m_notice != ENotice::kDue) return {};
+    m_notice = ENotice::kTaken;
+    return {{"links of the registry show more than " + std::to_string(kMostKeysBehindLinks) +
+             " keys; what is behind further ones is left out"}};
+}
+
+std::uint32_t CWin32Registry::RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) {
     ThrowIfInterrupted();
     const COpenKey* const above = Find(parent);
     if (above == nullptr) return ERROR_INVALID_HANDLE;
@@ -191,12 +197,12 @@ std::uint32_t CWin32Registry::OpenKey(HKEY parent, std::string_view name, HKEY& 
     return ERROR_SUCCESS;
 }
 
-void CWin32Registry::CloseKey(HKEY key) {
+void CWin32Registry::RegCloseKey(HKEY key) {
     if (COpenKey* const open = m_keys.Find(key)) open->Close();
     m_keys.Close(key);
 }
 
-std::uint32_t CWin32Registry::QueryInfo(HKEY key, CKeyInfo& info) {
+std::uint32_t CWin32Registry::RegQueryInfoKey(HKEY key, CKeyInfo& info) {
     ThrowIfInterrupted();
     COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
@@ -205,21 +211,22 @@ std::uint32_t CWin32Registry::QueryInfo(HKEY key, CKeyInfo& info) {
     return ERROR_SUCCESS;
 }
 
-std::uint32_t CWin32Registry::EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) {
+std::uint32_t CWin32Registry::RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type,
+                                           CRoom& data) {
     COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
     if (const std::uint32_t code = open->ReadOnce(); code != ERROR_SUCCESS) return code;
     return open->m_contents.EnumValue(index, name, type, data);
 }
 
-std::uint32_t CWin32Registry::EnumKey(HKEY key, std::uint32_t index, CRoom& name) {
+std::uint32_t CWin32Registry::RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) {
     COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
     if (const std::uint32_t code = open->ReadOnce(); code != ERROR_SUCCESS) return code;
     return open->m_contents.EnumKey(index, name);
 }
 
-std::uint32_t CWin32Registry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
+std::uint32_t CWin32Registry::RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
     const COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
     if (name.find('\0') != std::string_view::npos) return ERROR_FILE_NOT_FOUND;
@@ -227,7 +234,7 @@ std::uint32_t CWin32Registry::QueryValue(HKEY key, std::string_view name, std::u
     DWORD size = data.m_nSize;
     const LSTATUS code = RegQueryValueExA(open->m_key, CString(name).c_str(), nullptr, &kind,
                                           reinterpret_cast<BYTE*>(data.m_pBytes), &size);
-    if (code == 0 || code == static_cast<LSTATUS>(ERROR_MORE_DATA)) data.m_nSize = size;
+    if (code == 0 || code == ERROR_MORE_DATA) data.m_nSize = size;
     if (type != nullptr) *type = kind;
     return static_cast<std::uint32_t>(code);
 }

@@ -1,10 +1,10 @@
-#include "platform/win32/machine/win32_machine.h"
-
+// The machine that the program runs on, by the calls of the Windows API in its code page.
 #include <algorithm>
 #include <array>
 
-#include "platform/win32/machine/system.h"
-#include "platform/win32/wide.h"
+#include "platform/file_search.h"
+#include "platform/win32/machine/registry.h"
+#include "platform/win32/system.h"
 
 // Behind windows.h, which they need.
 #include <imagehlp.h>
@@ -12,15 +12,6 @@
 
 namespace delvane {
 namespace {
-
-// Room for a path of the usual length in any code page.
-constexpr std::size_t kPathRoom = MAX_PATH * 3;
-
-CString PathOf(UINT WINAPI call(char*, UINT)) {
-    std::array<char, kPathRoom> path{};
-    const UINT length = call(path.data(), static_cast<UINT>(path.size()));
-    return CString(path.data(), length < path.size() ? length : 0);
-}
 
 // The part of a mapped image that its headers are read from.
 class CMappedSource : public CByteSource {
@@ -42,8 +33,7 @@ private:
 // Whether the drive is the root of the host that Wine runs on, which is no disk of the machine under examination.
 bool IsHostRoot(const CString& root) {
     using CGetUnixName = char* CDECL(const wchar_t*);
-    static auto* const getName =
-        FindOperation<CGetUnixName>("kernel32.dll", "wine_get_unix_file_name");
+    static auto* const getName = FindOperation<CGetUnixName>("kernel32.dll", "wine_get_unix_file_name");
     if (getName == nullptr) return false;
     char* const name = getName(Widen(root).c_str());
     const bool isRoot = name != nullptr && std::string_view(name).find_first_not_of("/.") == std::string_view::npos;
@@ -67,133 +57,131 @@ private:
     std::vector<char> m_block;
 };
 
+class CWin32Machine : public CWin32Registry {
+public:
+    bool IsPresent() const override { return true; }
+    CString GetProblem() const override { return {}; }
+    std::vector<CNotice> TakeNotices() override {
+        std::vector<CNotice> notices = CWin32Registry::TakeNotices();
+        for (; m_nSearchNotices < m_pSearches->GetNotices().size(); ++m_nSearchNotices)
+            notices.push_back({m_pSearches->GetNotices()[m_nSearchNotices]});
+        return notices;
+    }
+
+    CVersionRecord GetVersion() override {
+        OSVERSIONINFOA version{};
+        version.dwOSVersionInfoSize = sizeof version;
+        if (GetVersionExA(&version) == 0) return {};
+        return {version.dwPlatformId, version.dwMajorVersion, version.dwMinorVersion, version.dwBuildNumber,
+                CString(version.szCSDVersion, strnlen(version.szCSDVersion, sizeof version.szCSDVersion))};
+    }
+    bool GetUserName(CString& name) override {
+        DWORD size = 0;  // with the NUL
+        GetUserNameA(nullptr, &size);
+        name.resize(size);
+        const bool isKnown = size != 0 && GetUserNameA(name.data(), &size) != 0;
+        name.resize(isKnown ? size - 1 : 0);
+        return isKnown;
+    }
+    bool GetComputerName(CString& name) override {
+        name.resize((MAX_COMPUTERNAME_LENGTH + 1) * 3);
+        auto size = static_cast<DWORD>(name.size());
+        const bool isKnown = GetComputerNameA(name.data(), &size) != 0;
+        name.resize(isKnown ? size : 0);
+        return isKnown;
+    }
+    CString GetSystemDirectory() override { return PathOf(GetSystemDirectoryA); }
+    CString GetWindowsDirectory() override { return PathOf(GetWindowsDirectoryA); }
+    CString GetTempPath() override {
+        return PathOf([](char* path, DWORD size) { return GetTempPathA(size, path); });
+    }
+    // The library is looked for in the system's own directory alone, not beside the program.
+    CFolderFunction LoadFolderLibrary() override {
+        const CString path = GetSystemDirectory() + "\\ShFolder.dll";
+        const std::shared_ptr<HINSTANCE__> library(LoadLibraryA(path.c_str()), [](HMODULE module) {
+            if (module != nullptr) FreeLibrary(module);
+        });
+        using CGetFolderPath = HRESULT WINAPI(HWND, int, HANDLE, DWORD, char*);
+        auto* const getPath = FindOperation<CGetFolderPath>(library.get(), "SHGetFolderPathA");
+        if (getPath == nullptr) return {};
+        return [library, getPath](int kind, CString& folder) {
+            std::array<char, MAX_PATH * 3> buffer{};  // of any code page
+            if (getPath(nullptr, kind, nullptr, 0, buffer.data()) < 0) return false;
+            folder = buffer.data();
+            return true;
+        };
+    }
+
+    std::uint32_t GetLogicalDrives() override { return ::GetLogicalDrives(); }
+    std::uint32_t GetDriveType(std::string_view root) override {
+        const CString name(root);
+        const std::uint32_t type = GetDriveTypeA(name.c_str());
+        return type == DRIVE_FIXED && IsHostRoot(name) ? DRIVE_REMOTE : type;
+    }
+    std::uint32_t GetVolumeLabel(std::string_view root, CString& label) override {
+        std::array<char, MAX_PATH + 1> text{};
+        if (GetVolumeInformationA(CString(root).c_str(), text.data(), static_cast<DWORD>(text.size()), nullptr, nullptr,
+                                  nullptr, nullptr, 0) == 0) {
+            return GetLastError();
+        }
+        label = text.data();
+        return ERROR_SUCCESS;
+    }
+    std::uint32_t GetConnection(std::string_view name, CString& share) override {
+        std::array<char, MAX_PATH + 1> text{};
+        auto size = static_cast<DWORD>(text.size());
+        const DWORD code = WNetGetConnectionA(CString(name).c_str(), text.data(), &size);
+        if (code == ERROR_SUCCESS) share = text.data();
+        return code;
+    }
+
+    void BeginWalk() override {
+        CWin32Registry::BeginWalk();
+        m_pSearches->BeginWalk();
+    }
+    void PassOver(const std::vector<CString>& folders) override { m_pSearches->PassOver(folders); }
+    std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) override {
+        return m_pSearches->Open(path, error);
+    }
+    std::uint32_t FindPath(std::string_view path, CFileWords& words) override {
+        return m_pSearches->FindPath(path, words);
+    }
+
+    // An emulated MapAndLoad sets neither flag, so the headers are looked at again: where it maps them in the memory
+    // that it gives, else in the file.
+    bool MapAndLoad(std::string_view path, CLoadedImage& image) override {
+        image = {};
+        LOADED_IMAGE loaded{};
+        CString name(path);
+        const bool isMapped = ::MapAndLoad(name.data(), nullptr, &loaded, FALSE, TRUE) != 0;
+        CLoadedImage seen;
+        if (isMapped && loaded.MappedAddress != nullptr) {
+            MapImage(CMappedSource(loaded.MappedAddress, loaded.SizeOfImage), seen);
+        } else if (const CDiskFile file(path); file) {
+            MapImage(file, seen);
+        }
+        image.fSystemImage = loaded.fSystemImage != 0 || seen.fSystemImage;
+        image.fDOSImage = loaded.fDOSImage != 0 || seen.fDOSImage;
+        UnMapAndLoad(&loaded);
+        return isMapped;
+    }
+    std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) override {
+        const CString name(path);
+        DWORD ignored = 0;
+        const DWORD size = GetFileVersionInfoSizeA(name.c_str(), &ignored);
+        if (size == 0) return nullptr;
+        std::vector<char> block(size);
+        if (GetFileVersionInfoA(name.c_str(), 0, size, block.data()) == 0) return nullptr;
+        return std::make_unique<const CSystemVersion>(std::move(block));
+    }
+
+private:
+    std::unique_ptr<CSearchSet> m_pSearches = MakeSearchSet();
+    std::size_t m_nSearchNotices = 0;  // how many were taken
+};
+
 }  // namespace
 
-std::vector<CNotice> CWin32Machine::TakeNotices() {
-    std::vector<CNotice> notices;
-    const auto take = [&notices](const std::vector<CString>& from, std::size_t& taken) {
-        for (; taken < from.size(); ++taken)
-            notices.push_back({from[taken]});
-    };
-    take(m_pSearches->GetNotices(), m_nSearchNotices);
-    take(m_registry.GetNotices(), m_nRegistryNotices);
-    return notices;
-}
-
-CVersionRecord CWin32Machine::GetVersion() {
-    OSVERSIONINFOA version{};
-    version.dwOSVersionInfoSize = sizeof version;
-    CVersionRecord record;
-    if (GetVersionExA(&version) == 0) return record;
-    record.m_dwPlatformId = version.dwPlatformId;
-    record.m_dwMajorVersion = version.dwMajorVersion;
-    record.m_dwMinorVersion = version.dwMinorVersion;
-    record.m_dwBuildNumber = version.dwBuildNumber;
-    record.m_strServicePack.assign(version.szCSDVersion, strnlen(version.szCSDVersion, sizeof version.szCSDVersion));
-    return record;
-}
-
-bool CWin32Machine::GetUserName(CString& name) {
-    DWORD size = 0;  // with the NUL
-    GetUserNameA(nullptr, &size);
-    name.resize(size);
-    const bool isKnown = size != 0 && GetUserNameA(name.data(), &size) != 0;
-    name.resize(isKnown ? size - 1 : 0);
-    return isKnown;
-}
-
-bool CWin32Machine::GetComputerName(CString& name) {
-    name.resize((MAX_COMPUTERNAME_LENGTH + 1) * 3);
-    auto size = static_cast<DWORD>(name.size());
-    const bool isKnown = GetComputerNameA(name.data(), &size) != 0;
-    name.resize(isKnown ? size : 0);
-    return isKnown;
-}
-
-CString CWin32Machine::GetSystemDirectory() { return PathOf(GetSystemDirectoryA); }
-
-CString CWin32Machine::GetWindowsDirectory() { return PathOf(GetWindowsDirectoryA); }
-
-CString CWin32Machine::GetTempPath() {
-    std::array<char, kPathRoom> path{};
-    const DWORD length = GetTempPathA(static_cast<DWORD>(path.size()), path.data());
-    return CString(path.data(), length < path.size() ? length : 0);
-}
-
-// The library is looked for in the system's own directory alone, not beside the program.
-CFolderFunction CWin32Machine::LoadFolderLibrary() {
-    const CString path = GetSystemDirectory() + "\\ShFolder.dll";
-    const std::shared_ptr<HINSTANCE__> library(LoadLibraryA(path.c_str()), [](HMODULE module) {
-        if (module != nullptr) FreeLibrary(module);
-    });
-    if (library == nullptr) return {};
-    using CGetFolderPath = HRESULT WINAPI(HWND, int, HANDLE, DWORD, char*);
-    auto* const getPath = FindOperation<CGetFolderPath>(library.get(), "SHGetFolderPathA");
-    if (getPath == nullptr) return {};
-    return [library, getPath](int kind, CString& folder) {
-        std::array<char, kPathRoom> buffer{};
-        if (getPath(nullptr, kind, nullptr, 0, buffer.data()) < 0) return false;
-        folder = buffer.data();
-        return true;
-    };
-}
-
-std::uint32_t CWin32Machine::GetLogicalDrives() { return ::GetLogicalDrives(); }
-
-std::uint32_t CWin32Machine::GetDriveType(std::string_view root) {
-    const CString name(root);
-    const std::uint32_t type = GetDriveTypeA(name.c_str());
-    return type == DRIVE_FIXED && IsHostRoot(name) ? DRIVE_REMOTE : type;
-}
-
-std::uint32_t CWin32Machine::GetVolumeLabel(std::string_view root, CString& label) {
-    std::array<char, MAX_PATH + 1> text{};
-    DWORD serial = 0;
-    DWORD longest = 0;
-    DWORD flags = 0;
-    if (GetVolumeInformationA(CString(root).c_str(), text.data(), static_cast<DWORD>(text.size()), &serial, &longest,
-                              &flags, nullptr, 0) == 0) {
-        return GetLastError();
-    }
-    label = text.data();
-    return ERROR_SUCCESS;
-}
-
-std::uint32_t CWin32Machine::GetConnection(std::string_view name, CString& share) {
-    std::array<char, MAX_PATH + 1> text{};
-    auto size = static_cast<DWORD>(text.size());
-    const DWORD code = WNetGetConnectionA(CString(name).c_str(), text.data(), &size);
-    if (code == ERROR_SUCCESS) share = text.data();
-    return code;
-}
-
-// An emulated MapAndLoad sets neither flag, so the headers are looked at again: where it maps them in the memory that
-// it gives, else in the file.
-bool CWin32Machine::MapAndLoad(std::string_view path, CLoadedImage& image) {
-    image = {};
-    LOADED_IMAGE loaded{};
-    CString name(path);
-    const bool isMapped = ::MapAndLoad(name.data(), nullptr, &loaded, FALSE, TRUE) != 0;
-    CLoadedImage seen;
-    if (isMapped && loaded.MappedAddress != nullptr) {
-        MapImage(CMappedSource(loaded.MappedAddress, loaded.SizeOfImage), seen);
-    } else if (const CDiskFile file(path); file) {
-        MapImage(file, seen);
-    }
-    image.fSystemImage = loaded.fSystemImage != 0 || seen.fSystemImage;
-    image.fDOSImage = loaded.fDOSImage != 0 || seen.fDOSImage;
-    UnMapAndLoad(&loaded);
-    return isMapped;
-}
-
-std::unique_ptr<const CVersionInfo> CWin32Machine::GetFileVersionInfo(std::string_view path) {
-    const CString name(path);
-    DWORD ignored = 0;
-    const DWORD size = GetFileVersionInfoSizeA(name.c_str(), &ignored);
-    if (size == 0) return nullptr;
-    std::vector<char> block(size);
-    if (GetFileVersionInfoA(name.c_str(), 0, size, block.data()) == 0) return nullptr;
-    return std::make_unique<const CSystemVersion>(std::move(block));
-}
+std::unique_ptr<CMachine> MakeMachine() { return std::make_unique<CWin32Machine>(); }
 
 }  // namespace delvane

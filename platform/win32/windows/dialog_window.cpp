@@ -14,7 +14,7 @@
 #include <cmath>
 #include <mutex>
 
-#include "platform/win32/wide.h"
+#include "platform/win32/system.h"
 #include "platform/win32/windows/drawing.h"
 
 namespace delvane {

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "platform/win32/machine/system.h"
+#include "platform/win32/system.h"
 
 namespace delvane {
 namespace {

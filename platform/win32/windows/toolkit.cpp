@@ -1,6 +1,5 @@
 // The window system of Windows itself.
-#include "platform/win32/machine/system.h"
-#include "platform/win32/wide.h"
+#include "platform/win32/system.h"
 #include "platform/win32/windows/dialog_window.h"
 #include "platform/win32/windows/drawing.h"
 

@@ -2,10 +2,7 @@
 // those of the user.
 #include <cstring>
 
-#include "platform/win32/machine/system.h"
-#include "platform/win32/machine/win32_host.h"
-#include "platform/win32/machine/win32_machine.h"
-#include "platform/win32/wide.h"
+#include "platform/win32/system.h"
 #include "tests/support/contract_machine.h"
 #include "tests/support/temporary_folder.h"
 
@@ -56,8 +53,8 @@ public:
     }
     ~CWin32Contract() override { RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_key.c_str()); }
 
-    CMachine& Get() override { return m_machine; }
-    CHost& GetHost() override { return m_host; }
+    CMachine& Get() override { return *m_pMachine; }
+    CHost& GetHost() override { return *m_pHost; }
     CString GetFolder() const override { return Slashed("files"); }
     CString GetOwnFolder() const override { return Slashed("own"); }
     CString GetLineEnd() const override { return "\r\n"; }
@@ -69,8 +66,8 @@ private:
     // Several tests run at a time, and there is one registry.
     std::wstring m_key = L"Software\\Contract " + std::to_wstring(GetCurrentProcessId());
     CTemporaryFolder m_folder;
-    CWin32Machine m_machine;
-    CWin32Host m_host{Slashed("own")};
+    const std::unique_ptr<CMachine> m_pMachine = MakeMachine();
+    const std::unique_ptr<CHost> m_pHost = MakeHost(Slashed("own"));
 };
 
 }  // namespace

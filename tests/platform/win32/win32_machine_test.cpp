@@ -1,11 +1,7 @@
 // What only a living machine does: its registry changes, its names outgrow the records of its calls.
-#include "platform/win32/machine/win32_machine.h"
-
 #include <gtest/gtest.h>
 
-#include "platform/win32/machine/system.h"
-#include "platform/win32/machine/win32_host.h"
-#include "platform/win32/wide.h"
+#include "platform/win32/system.h"
 #include "tests/support/search.h"
 #include "tests/support/temporary_folder.h"
 
@@ -36,7 +32,7 @@ protected:
         HKEY key = root;
         for (const CString& name : path) {
             HKEY below = 0;
-            EXPECT_EQ(m_machine.RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
+            EXPECT_EQ(m_pMachine->RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
             key = below;
         }
         return key;
@@ -45,8 +41,8 @@ protected:
 
     static const std::wstring kKey;
     CTemporaryFolder m_folder;
-    CWin32Machine m_machine;
-    CWin32Host m_host{m_folder.GetPath()};
+    const std::unique_ptr<CMachine> m_pMachine = MakeMachine();
+    const std::unique_ptr<CHost> m_pHost = MakeHost(m_folder.GetPath());
     ::HKEY m_key = nullptr;
 };
 
@@ -62,18 +58,18 @@ TEST_F(Win32Machine, RoomsSufficeForTextsThatGrowInTheCodePage) {
                    static_cast<DWORD>((longText.size() + 1) * sizeof(wchar_t)));
     const HKEY key = OpenOwn();
     CKeyInfo info;
-    ASSERT_EQ(m_machine.RegQueryInfoKey(key, info), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->RegQueryInfoKey(key, info), ERROR_SUCCESS);
     CString name(info.m_nLongestValueName + 1, '\0');
     CString data(info.m_nLargestData, '\0');
     CRoom nameRoom{name.data(), info.m_nLongestValueName + 1};
     CRoom dataRoom{data.data(), info.m_nLargestData};
     std::uint32_t type = 0;
-    ASSERT_EQ(m_machine.RegEnumValue(key, 0, nameRoom, type, dataRoom), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->RegEnumValue(key, 0, nameRoom, type, dataRoom), ERROR_SUCCESS);
     EXPECT_EQ(name.substr(0, nameRoom.m_nSize), Narrow(longName));
     EXPECT_EQ(data.substr(0, dataRoom.m_nSize), Narrow(longText) + '\0');
     CString subkey(info.m_nLongestSubkey + 1, '\0');
     CRoom room{subkey.data(), info.m_nLongestSubkey + 1};
-    ASSERT_EQ(m_machine.RegEnumKeyEx(key, 0, room), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->RegEnumKeyEx(key, 0, room), ERROR_SUCCESS);
     EXPECT_EQ(subkey.substr(0, room.m_nSize), Narrow(longName));
 }
 
@@ -84,30 +80,30 @@ TEST_F(Win32Machine, AKeyThatChangesDuringTheWalkEndsNothing) {
     RegSetValueExA(m_key, "v", 0, REG_SZ, reinterpret_cast<const BYTE*>("1"), 2);
     const HKEY key = OpenOwn();
     CKeyInfo info;
-    ASSERT_EQ(m_machine.RegQueryInfoKey(key, info), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->RegQueryInfoKey(key, info), ERROR_SUCCESS);
     RegDeleteKeyA(m_key, "a");
     RegDeleteValueA(m_key, "v");
     char bytes[8] = {};
     CRoom name{bytes, sizeof bytes};
-    ASSERT_EQ(m_machine.RegEnumKeyEx(key, 0, name), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->RegEnumKeyEx(key, 0, name), ERROR_SUCCESS);
     EXPECT_EQ(CString(bytes, name.m_nSize), "a");
     HKEY gone = 0;
-    EXPECT_EQ(m_machine.RegOpenKeyEx(key, "a", gone), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(m_pMachine->RegOpenKeyEx(key, "a", gone), ERROR_FILE_NOT_FOUND);
     name.m_nSize = sizeof bytes;
-    ASSERT_EQ(m_machine.RegEnumKeyEx(key, 1, name), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->RegEnumKeyEx(key, 1, name), ERROR_SUCCESS);
     EXPECT_EQ(CString(bytes, name.m_nSize), "b");
     // One that goes between its opening and the first question is an empty one.
     HKEY below = 0;
-    ASSERT_EQ(m_machine.RegOpenKeyEx(key, "b", below), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->RegOpenKeyEx(key, "b", below), ERROR_SUCCESS);
     RegDeleteKeyA(m_key, "b");
-    EXPECT_EQ(m_machine.RegQueryInfoKey(below, info), ERROR_SUCCESS);
+    EXPECT_EQ(m_pMachine->RegQueryInfoKey(below, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nValues + info.m_nSubkeys, 0U);
 }
 
 TEST_F(Win32Machine, PerformanceDataAreNoKey) {
     const HKEY perflib = Open(HKEY_LOCAL_MACHINE, {"Software", "Microsoft", "Windows NT", "CurrentVersion", "Perflib"});
     HKEY key = 0;
-    EXPECT_EQ(m_machine.RegOpenKeyEx(perflib, "009", key), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(m_pMachine->RegOpenKeyEx(perflib, "009", key), ERROR_INVALID_HANDLE);
     EXPECT_EQ(key, 0U);
 }
 
@@ -127,10 +123,10 @@ TEST_F(Win32Machine, ALinkToItsOwnAncestorIsNotOpened) {
     link(L"aside", own + L"\\real");
     const HKEY key = OpenOwn();
     HKEY opened = 0;
-    EXPECT_EQ(m_machine.RegOpenKeyEx(key, "up", opened), ERROR_CANT_RESOLVE_FILENAME);
-    EXPECT_EQ(m_machine.RegOpenKeyEx(key, "aside", opened), ERROR_SUCCESS);
+    EXPECT_EQ(m_pMachine->RegOpenKeyEx(key, "up", opened), ERROR_CANT_RESOLVE_FILENAME);
+    EXPECT_EQ(m_pMachine->RegOpenKeyEx(key, "aside", opened), ERROR_SUCCESS);
     CKeyInfo info;
-    EXPECT_EQ(m_machine.RegQueryInfoKey(opened, info), ERROR_SUCCESS);
+    EXPECT_EQ(m_pMachine->RegQueryInfoKey(opened, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nSubkeys, 1U);
     // A link is deleted by its own handle; deleting it by name would go to what it leads to.
     using CDeleteKey = LONG WINAPI(HANDLE);
@@ -156,14 +152,14 @@ TEST_F(Win32Machine, DirectoriesThatTheCallsDoNotReachAreListedAllTheSame) {
         ASSERT_TRUE(static_cast<bool>(file)) << GetLastError();
     }
     for (const CString& path : {deep, dotted}) {
-        const auto search = SearchOf(m_machine, path);
+        const auto search = SearchOf(*m_pMachine, path);
         ASSERT_NE(search, nullptr) << path;
         CFindData data;
         ASSERT_TRUE(search->Next(data));
         EXPECT_EQ(data.m_name, "inside.txt");
         EXPECT_FALSE(search->Next(data));
         CFileWords words;
-        EXPECT_EQ(m_machine.FindPath(path + "\\inside.txt", words), ERROR_SUCCESS) << path;
+        EXPECT_EQ(m_pMachine->FindPath(path + "\\inside.txt", words), ERROR_SUCCESS) << path;
     }
     for (const CString& path : {deep, dotted}) {
         DeleteFileW(LongWidePath(path + "\\inside.txt").c_str());
@@ -175,13 +171,13 @@ TEST_F(Win32Machine, AFileThatMayNotBeWrittenStaysAsItIs) {
     const CString path = m_folder.GetPath() + "\\a.dvs";
     m_folder.Write("a.dvs", "good");
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
-    EXPECT_THROW(m_host.CreateFile(path), CFileOpenError);
-    EXPECT_EQ(m_host.CreateTextFile(path), nullptr);
+    EXPECT_THROW(m_pHost->CreateFile(path), CFileOpenError);
+    EXPECT_EQ(m_pHost->CreateTextFile(path), nullptr);
     EXPECT_EQ(m_folder.Read("a.dvs"), "good");
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     // The words of the failure are the system's.
     try {
-        m_host.ReadFile(m_folder.GetPath() + "\\none", 1);
+        m_pHost->ReadFile(m_folder.GetPath() + "\\none", 1);
         FAIL();
     } catch (const CFileOpenError& error) {
         EXPECT_EQ(CString(error.what()), m_folder.GetPath() + "\\none: open: " + ErrorText(2) + " (2)");
@@ -190,11 +186,9 @@ TEST_F(Win32Machine, AFileThatMayNotBeWrittenStaysAsItIs) {
 }
 
 TEST_F(Win32Machine, AFolderIsLockedForOneAtATime) {
-    EXPECT_TRUE(m_host.LockProgramFolder());
-    CWin32Host same(m_folder.GetPath());
-    EXPECT_FALSE(same.LockProgramFolder());
-    CWin32Host other(m_folder.MakeFolder("other"));
-    EXPECT_TRUE(other.LockProgramFolder());
+    EXPECT_TRUE(m_pHost->LockProgramFolder());
+    EXPECT_FALSE(MakeHost(m_folder.GetPath())->LockProgramFolder());
+    EXPECT_TRUE(MakeHost(m_folder.MakeFolder("other"))->LockProgramFolder());
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // How the program is run on Windows, and what it does there alone.
 #include "tests/program/program.h"
 
-#include "platform/win32/machine/system.h"
+#include "platform/win32/system.h"
 #include "tests/support/environment.h"
 
 namespace delvane {
@@ -21,8 +21,8 @@ int CProgramTest::Run(const std::string& arguments, const std::string&) {
     STARTUPINFOA startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = output.Get();
-    startup.hStdError = errors.Get();
+    startup.hStdOutput = output.get();
+    startup.hStdError = errors.get();
     PROCESS_INFORMATION process{};
     std::string command = "\"" + m_program + "\" " + arguments;
     SetVariable("DELVANE_HOME", m_home.GetPath().c_str());
@@ -32,9 +32,9 @@ int CProgramTest::Run(const std::string& arguments, const std::string&) {
     if (started == 0) return -1;
     const CHandle running(process.hProcess);
     const CHandle thread(process.hThread);
-    WaitForSingleObject(running.Get(), INFINITE);
+    WaitForSingleObject(running.get(), INFINITE);
     DWORD code = 0;
-    GetExitCodeProcess(running.Get(), &code);
+    GetExitCodeProcess(running.get(), &code);
     m_output = m_home.Read("stdout");
     m_errors = m_home.Read("stderr");
     return static_cast<int>(code);

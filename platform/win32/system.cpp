@@ -1,11 +1,29 @@
-#include "platform/win32/machine/system.h"
+#include "platform/win32/system.h"
 
 #include <algorithm>
 #include <array>
 
-#include "platform/win32/wide.h"
-
 namespace delvane {
+
+std::wstring Widen(std::string_view text) {
+    std::wstring wide(text.size(), L'\0');  // no code page has more units than bytes
+    const int length = text.empty() ? 0
+                                    : MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
+                                                          wide.data(), static_cast<int>(wide.size()));
+    wide.resize(static_cast<std::size_t>(length));
+    return wide;
+}
+
+CString Narrow(std::wstring_view text) {
+    constexpr std::size_t kMostBytes = 3;  // of a unit, in any code page
+    CString narrow(text.size() * kMostBytes, '\0');
+    const int length = text.empty()
+                           ? 0
+                           : WideCharToMultiByte(CP_ACP, 0, text.data(), static_cast<int>(text.size()), narrow.data(),
+                                                 static_cast<int>(narrow.size()), nullptr, nullptr);
+    narrow.resize(static_cast<std::size_t>(length));
+    return narrow;
+}
 
 CString ErrorText(std::uint32_t code) {
     std::array<wchar_t, 512> text{};
@@ -57,8 +75,8 @@ CDiskFile::CDiskFile(std::string_view path)
                          nullptr, OPEN_EXISTING, 0, nullptr)) {
     if (!m_file) return;
     LARGE_INTEGER size{};
-    if (GetFileType(m_file.Get()) != FILE_TYPE_DISK || GetFileSizeEx(m_file.Get(), &size) == 0) {
-        m_file.Reset();
+    if (GetFileType(m_file.get()) != FILE_TYPE_DISK || GetFileSizeEx(m_file.get(), &size) == 0) {
+        m_file.reset();
         SetLastError(ERROR_BAD_DEVICE);
         return;
     }
@@ -71,7 +89,7 @@ std::size_t CDiskFile::Read(std::uint64_t offset, void* into, std::size_t size) 
     place.Offset = static_cast<DWORD>(offset);
     place.OffsetHigh = static_cast<DWORD>(offset >> 32);
     DWORD got = 0;
-    if (ReadFile(m_file.Get(), into, static_cast<DWORD>(std::min(size, kMostAtOnce)), &got, &place) == 0) return 0;
+    if (ReadFile(m_file.get(), into, static_cast<DWORD>(std::min(size, kMostAtOnce)), &got, &place) == 0) return 0;
     return got;
 }
 

@@ -1,43 +1,29 @@
-// Small owners and calls shared by the sources of this folder.
+// Small owners and calls shared by the sources of this folder and those below.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "platform/host.h"
 #include "platform/machine.h"
 #include "platform/text.h"
 #include "platform/win32/windows.h"
 
 namespace delvane {
 
+// Between the process's code page and the UTF-16 of the system.
+std::wstring Widen(std::string_view text);
+CString Narrow(std::wstring_view text);
+
 // A handle of the kernel and its close.
-class CHandle {
+struct CHandleClose {
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+class CHandle : public std::unique_ptr<void, CHandleClose> {
 public:
-    explicit CHandle(HANDLE handle = nullptr) : m_handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
-    CHandle(CHandle&& other) noexcept : m_handle(other.Release()) {}
-    CHandle& operator=(CHandle&& other) noexcept {
-        if (this != &other) Reset(other.Release());
-        return *this;
-    }
-    ~CHandle() { Reset(); }
-
-    HANDLE Get() const { return m_handle; }
-    explicit operator bool() const { return m_handle != nullptr; }
-    // False where the close reports a failure.
-    bool Reset(HANDLE handle = nullptr) {
-        const bool isClosed = m_handle == nullptr || CloseHandle(m_handle) != 0;
-        m_handle = handle;
-        return isClosed;
-    }
-    HANDLE Release() {
-        const HANDLE handle = m_handle;
-        m_handle = nullptr;
-        return handle;
-    }
-
-private:
-    HANDLE m_handle;
+    explicit CHandle(HANDLE handle = nullptr) : unique_ptr(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
 };
 
 // One of the predefined keys, as the system has it.
@@ -52,6 +38,16 @@ Operation* FindOperation(HMODULE library, const char* name) {
 template <class Operation>
 Operation* FindOperation(const char* library, const char* name) {
     return FindOperation<Operation>(LoadLibraryA(library), name);
+}
+
+// The path that a call writes into a room of bytes; empty where it has none.
+template <class Call>
+CString PathOf(const Call& call) {
+    CString path(0x8000, '\0');  // the longest that the system has
+    const auto size = static_cast<DWORD>(path.size());
+    const DWORD length = call(path.data(), size);
+    path.resize(length < size ? length : 0);
+    return path;
 }
 
 // What the system says of one of its error numbers, without a period.
@@ -74,11 +70,16 @@ public:
     explicit operator bool() const { return static_cast<bool>(m_file); }
     std::uint64_t GetSize() const override { return m_nSize; }
     std::size_t Read(std::uint64_t offset, void* into, std::size_t size) const override;
-    HANDLE Get() const { return m_file.Get(); }
+    HANDLE Get() const { return m_file.get(); }
 
 private:
     CHandle m_file;
     std::uint64_t m_nSize = 0;
 };
+
+// The two halves of what MakeSystem gives. The folder is that of the program's own files, without a backslash at its
+// end.
+std::unique_ptr<CMachine> MakeMachine();
+std::unique_ptr<CHost> MakeHost(CString programFolder);
 
 }  // namespace delvane
