@@ -80,7 +80,7 @@ void CRunContext::ReadSystemVersion() {
     }
     if (!m_bWin98 && !version.m_strServicePack.empty()) m_strOsName += " - " + version.m_strServicePack;
     if (m_bWinNT4 || m_bWin2000) {
-        m_strOsName += " (Build " + DecimalText(static_cast<std::int32_t>(version.m_dwBuildNumber)) + ")";
+        m_strOsName += " (Build " + std::to_string(static_cast<std::int32_t>(version.m_dwBuildNumber)) + ")";
     }
 }
 

@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/folder_kinds.h"
 #include "platform/host.h"
 #include "platform/machine.h"
 #include "platform/text.h"

@@ -15,7 +15,6 @@
 #include "platform/errors.h"
 #include "platform/images/image.h"
 #include "platform/images/version_block.h"
-#include "platform/notice.h"
 #include "platform/text.h"
 
 namespace delvane {
@@ -123,10 +122,6 @@ struct CRoom {
     std::uint32_t m_nSize = 0;  // on the way in the room, on the way out what was written; a name's NUL does not count
 };
 
-// Puts the bytes into the room, and a NUL behind them if that is wanted. False if the room is too small; its size is
-// that of the bytes either way.
-bool FillRoom(CRoom& room, std::string_view bytes, bool wantsNul);
-
 struct CVersionRecord {
     std::uint32_t m_dwPlatformId = VER_PLATFORM_WIN32_NT;
     std::uint32_t m_dwMajorVersion = 0;
@@ -134,6 +129,18 @@ struct CVersionRecord {
     std::uint32_t m_dwBuildNumber = 0;
     CString m_strServicePack;
 };
+
+// The folders that a machine may be asked for, by their published numbers.
+constexpr int CSIDL_PERSONAL = 5;
+constexpr int CSIDL_STARTMENU = 11;
+constexpr int CSIDL_COMMON_STARTMENU = 22;
+constexpr int CSIDL_APPDATA = 26;
+constexpr int CSIDL_LOCAL_APPDATA = 28;
+constexpr int CSIDL_COMMON_APPDATA = 35;
+constexpr int CSIDL_WINDOWS = 36;
+constexpr int CSIDL_SYSTEM = 37;
+constexpr int CSIDL_PROGRAM_FILES = 38;
+constexpr int CSIDL_COMMON_DOCUMENTS = 46;
 
 using CFolderFunction = std::function<bool(int kind, CString& path)>;
 

@@ -20,17 +20,10 @@ class CPageBuffer {
 public:
     CPageBuffer() = default;
     explicit CPageBuffer(std::size_t size) : m_pBytes(static_cast<char*>(TakePages(size))), m_nSize(size) {}
-    CPageBuffer(CPageBuffer&& other) noexcept : m_pBytes(other.m_pBytes), m_nSize(other.m_nSize) {
-        other.m_pBytes = nullptr;
-        other.m_nSize = 0;
-    }
+    CPageBuffer(CPageBuffer&& other) noexcept { *this = std::move(other); }
     CPageBuffer& operator=(CPageBuffer&& other) noexcept {
-        char* const bytes = m_pBytes;
-        const std::size_t size = m_nSize;
-        m_pBytes = other.m_pBytes;
-        m_nSize = other.m_nSize;
-        other.m_pBytes = bytes;
-        other.m_nSize = size;
+        std::swap(m_pBytes, other.m_pBytes);
+        std::swap(m_nSize, other.m_nSize);
         return *this;
     }
     ~CPageBuffer() {

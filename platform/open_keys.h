@@ -11,6 +11,10 @@
 
 namespace delvane {
 
+// Puts the bytes into the room, and a NUL behind them if that is wanted. False if the room is too small; its size is
+// that of the bytes either way.
+bool FillRoom(CRoom& room, std::string_view bytes, bool wantsNul);
+
 // What one key holds. Names and data are as the ANSI calls of the registry give them: types 1, 2 and 7 converted with
 // their terminators, an odd last byte dropped; all other types as they are. Where the code page is UTF-8, an unpaired
 // surrogate is its three bytes, and a NUL inside a name stays. One object serves key after key, so that its memory is

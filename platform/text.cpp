@@ -5,6 +5,48 @@
 #include <charconv>
 
 namespace delvane {
+namespace {
+
+CString WordAt(int index, std::string_view words) {
+    return CString(words.substr(static_cast<std::size_t>(index) * 3, 3));
+}
+
+CString TwoDigits(int number) {
+    return {static_cast<char>('0' + number / 10 % 10), static_cast<char>('0' + number % 10)};
+}
+
+// A conversion of CalendarText.
+CString Converted(const std::tm& time, char conversion) {
+    switch (conversion) {
+        case 'a':
+            return WordAt(time.tm_wday, "SunMonTueWedThuFriSat");
+        case 'b':
+            return WordAt(time.tm_mon, "JanFebMarAprMayJunJulAugSepOctNovDec");
+        case 'd':
+            return TwoDigits(time.tm_mday);
+        case 'm':
+            return TwoDigits(time.tm_mon + 1);
+        case 'y':
+            return TwoDigits((time.tm_year + 1900) % 100);
+        case 'Y':
+            return std::to_string(time.tm_year + 1900);
+        case 'H':
+            return TwoDigits(time.tm_hour);
+        case 'I':
+            return TwoDigits(time.tm_hour % 12 == 0 ? 12 : time.tm_hour % 12);
+        case 'M':
+            return TwoDigits(time.tm_min);
+        case 'S':
+            return TwoDigits(time.tm_sec);
+        case 'p':
+            return time.tm_hour < 12 ? "AM" : "PM";
+        default:
+            assert(false && "a conversion that is not known");
+            return {};
+    }
+}
+
+}  // namespace
 
 bool IsPrefixNoCase(std::string_view prefix, std::string_view text) {
     if (prefix.empty() || text.size() < prefix.size()) return false;
@@ -27,8 +69,6 @@ CString FormatString2(std::string_view text, std::string_view first, std::string
 
 CString FormatString1(std::string_view text, std::string_view first) { return FormatString2(text, first, {}); }
 
-CString DecimalText(std::int64_t number) { return std::to_string(number); }
-
 CString GroupedDecimalText(std::int64_t number) {
     CString digits = std::to_string(number);
     const std::size_t first = number < 0 ? 1 : 0;
@@ -46,58 +86,9 @@ CString ThreeDigitText(double number) {
 }
 
 CString CalendarText(const std::tm& time, std::string_view format) {
-    static constexpr std::string_view kDays = "SunMonTueWedThuFriSat";
-    static constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
-    const auto word = [](std::string_view words, int index) {
-        return words.substr(static_cast<std::size_t>(index) * 3, 3);
-    };
-    const auto twoDigits = [](int number) {
-        return CString{static_cast<char>('0' + number / 10 % 10), static_cast<char>('0' + number % 10)};
-    };
     CString text;
-    for (std::size_t i = 0; i < format.size(); ++i) {
-        if (format[i] != '%') {
-            text += format[i];
-            continue;
-        }
-        switch (format[++i]) {
-            case 'a':
-                text += word(kDays, time.tm_wday);
-                break;
-            case 'b':
-                text += word(kMonths, time.tm_mon);
-                break;
-            case 'd':
-                text += twoDigits(time.tm_mday);
-                break;
-            case 'm':
-                text += twoDigits(time.tm_mon + 1);
-                break;
-            case 'y':
-                text += twoDigits((time.tm_year + 1900) % 100);
-                break;
-            case 'Y':
-                text += std::to_string(time.tm_year + 1900);
-                break;
-            case 'H':
-                text += twoDigits(time.tm_hour);
-                break;
-            case 'I':
-                text += twoDigits(time.tm_hour % 12 == 0 ? 12 : time.tm_hour % 12);
-                break;
-            case 'M':
-                text += twoDigits(time.tm_min);
-                break;
-            case 'S':
-                text += twoDigits(time.tm_sec);
-                break;
-            case 'p':
-                text += time.tm_hour < 12 ? "AM" : "PM";
-                break;
-            default:
-                assert(false && "a conversion that is not known");
-        }
-    }
+    for (std::size_t i = 0; i < format.size(); ++i)
+        text += format[i] == '%' ? Converted(time, format[++i]) : CString(1, format[i]);
     return text;
 }
 

@@ -57,8 +57,7 @@ CString FormatString2(std::string_view text, std::string_view first, std::string
 
 // None of these depends on a locale, which a window system may set.
 //
-// A number in decimal, and one with a comma between each group of three digits.
-CString DecimalText(std::int64_t number);
+// A number in decimal with a comma between each group of three digits.
 CString GroupedDecimalText(std::int64_t number);
 
 // A number as the format %.3g gives it.

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "platform/little_endian.h"
@@ -52,6 +53,12 @@ inline char* PutUtf16AsUtf8(char* to, std::string_view bytes) {
         to = PutUtf8(to, c);
     }
     return to;
+}
+
+inline std::string TextFromUtf16(std::string_view bytes) {
+    std::string text(Utf8Room(bytes.size()), '\0');
+    text.resize(static_cast<std::size_t>(PutUtf16AsUtf8(text.data(), bytes) - text.data()));
+    return text;
 }
 
 }  // namespace delvane

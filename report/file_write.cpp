@@ -23,7 +23,7 @@ CString SizeText(const CDelvFileObj& file) {
         if (size <= std::int64_t{1} << unit.m_power) continue;
         return ThreeDigitText(std::ldexp(static_cast<double>(size), -unit.m_power)) + unit.m_name + exact;
     }
-    return DecimalText(size) + " bytes" + exact;
+    return std::to_string(size) + " bytes" + exact;
 }
 
 // The rows of the summary and the blocks of details and raw data, in the order of the page.

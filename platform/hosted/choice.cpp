@@ -1,6 +1,5 @@
 #include "platform/hosted/choice.h"
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -78,10 +77,8 @@ std::string GetVariable(const char* name) {
 }
 
 std::string WholeHostPath(const std::string& path) {
-    if (path.starts_with('/')) return path;
-    std::array<char, 4096> here{};
-    if (getcwd(here.data(), here.size()) == nullptr) return path;
-    return std::string(here.data()) + "/" + path;
+    std::error_code error;
+    return (std::filesystem::current_path(error) / path).string();
 }
 
 CPathMap VolumeAsDrive(const std::string& volume) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 
-#include "platform/folder_kinds.h"
 #include "platform/hosted/files/host_file.h"
 
 namespace delvane {

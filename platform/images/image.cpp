@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <span>
+#include <string_view>
 
 #include "platform/little_endian.h"
 
@@ -30,33 +29,27 @@ constexpr std::uint16_t kMagic32 = 0x10b;
 constexpr std::uint16_t kMagic64 = 0x20b;
 constexpr std::uint16_t kSubsystemNative = 1;
 
-using CBytes = std::span<const unsigned char>;
-
-bool BeginsWith(CBytes bytes, const char* signature, std::size_t size) {
-    return bytes.size() >= size && std::memcmp(bytes.data(), signature, size) == 0;
-}
-
 }  // namespace
 
 bool MapImage(const CByteSource& file, CLoadedImage& image) {
     image = CLoadedImage{};
 
-    std::array<unsigned char, kHeadSize> buffer;
-    const CBytes head(buffer.data(), file.Read(0, buffer.data(), buffer.size()));
-    if (!BeginsWith(head, "MZ", 2)) return false;
+    std::array<char, kHeadSize> buffer;
+    const std::string_view head(buffer.data(), file.Read(0, buffer.data(), buffer.size()));
+    if (!head.starts_with("MZ")) return false;
 
     // The bytes at the newer header, as many as there are of those that count; none where it lies past the end.
     const std::uint32_t newHeader = head.size() < kNewHeaderField + 4 ? 0 : U32(head, kNewHeaderField);
-    std::array<unsigned char, kNeededOfPe> farBuffer;
-    CBytes header;
+    std::array<char, kNeededOfPe> farBuffer;
+    std::string_view header;
     if (newHeader + std::uint64_t{kNeededOfPe} <= head.size() || head.size() < kHeadSize) {
-        header = head.subspan(std::min<std::size_t>(newHeader, head.size()));
+        header = head.substr(std::min<std::size_t>(newHeader, head.size()));
     } else {
-        header = CBytes(farBuffer.data(), file.Read(newHeader, farBuffer.data(), farBuffer.size()));
+        header = {farBuffer.data(), file.Read(newHeader, farBuffer.data(), farBuffer.size())};
     }
 
     // NE, LE, and MZ that leads nowhere are all 16-bit images, so the signature need not be looked at further.
-    if (!BeginsWith(header, "PE\0\0", 4)) {
+    if (!header.starts_with(std::string_view("PE\0\0", 4))) {
         image.fDOSImage = true;
         return false;
     }

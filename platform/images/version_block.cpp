@@ -178,10 +178,7 @@ std::string DecodeText(std::string_view bytes, bool wide) {
         std::size_t end = 0;
         while (end + 2 <= bytes.size() && U16(bytes, end) != 0)
             end += 2;
-        bytes = bytes.substr(0, end);
-        std::string text(Utf8Room(bytes.size()), '\0');
-        text.resize(static_cast<std::size_t>(PutUtf16AsUtf8(text.data(), bytes) - text.data()));
-        return text;
+        return TextFromUtf16(bytes.substr(0, end));
     }
     bytes = bytes.substr(0, bytes.find('\0'));
     std::string text(bytes.size() * 3, '\0');

@@ -3,8 +3,8 @@
 // The first byte tells what is mended before: bit 0 the sums over the base blocks, bit 1 the hashes of the logs'
 // entries, which no fuzzer would ever hit. Two sizes of three bytes follow, those of the hive and of its first log. The
 // hive's base block is there without the zeros behind its first 512 bytes.
+#include "platform/hosted/registry/regf.h"
 #include "platform/hosted/registry/regf_hive.h"
-#include "platform/hosted/registry/regf_log.h"
 #include "samples/regf_writer.h"
 #include "tests/fuzz/hive_checks.h"
 

@@ -18,38 +18,29 @@ const char* ErrorText(int error) {
 }
 
 std::uint32_t Win32Error(int error) {
-    switch (error) {
-        case 0:
-            return ERROR_SUCCESS;
-        case ENOENT:
-            return ERROR_FILE_NOT_FOUND;
-        case ENOTDIR:
-            return ERROR_PATH_NOT_FOUND;
-        case EMFILE:
-        case ENFILE:
-            return ERROR_TOO_MANY_OPEN_FILES;
-        case EACCES:
-        case EPERM:
-        case EISDIR:
-            return ERROR_ACCESS_DENIED;
-        case EROFS:
-            return ERROR_WRITE_PROTECT;
-        case ENOSPC:
-        case EDQUOT:
-        case EFBIG:
-            return ERROR_DISK_FULL;
-        case EINVAL:
-        case EILSEQ:
-            return ERROR_INVALID_NAME;
-        case EEXIST:
-            return ERROR_ALREADY_EXISTS;
-        case ENAMETOOLONG:
-            return ERROR_FILENAME_EXCED_RANGE;
-        case ELOOP:
-            return ERROR_CANT_RESOLVE_FILENAME;
-        default:
-            return ERROR_GEN_FAILURE;
+    static constexpr std::pair<int, std::uint32_t> kNumbers[] = {
+        {0, ERROR_SUCCESS},
+        {ENOENT, ERROR_FILE_NOT_FOUND},
+        {ENOTDIR, ERROR_PATH_NOT_FOUND},
+        {EMFILE, ERROR_TOO_MANY_OPEN_FILES},
+        {ENFILE, ERROR_TOO_MANY_OPEN_FILES},
+        {EACCES, ERROR_ACCESS_DENIED},
+        {EPERM, ERROR_ACCESS_DENIED},
+        {EISDIR, ERROR_ACCESS_DENIED},
+        {EROFS, ERROR_WRITE_PROTECT},
+        {ENOSPC, ERROR_DISK_FULL},
+        {EDQUOT, ERROR_DISK_FULL},
+        {EFBIG, ERROR_DISK_FULL},
+        {EINVAL, ERROR_INVALID_NAME},
+        {EILSEQ, ERROR_INVALID_NAME},
+        {EEXIST, ERROR_ALREADY_EXISTS},
+        {ENAMETOOLONG, ERROR_FILENAME_EXCED_RANGE},
+        {ELOOP, ERROR_CANT_RESOLVE_FILENAME},
+    };
+    for (const auto& [known, number] : kNumbers) {
+        if (known == error) return number;
     }
+    return ERROR_GEN_FAILURE;
 }
 
 bool IsNothing(int error) { return error == ENOENT || error == ENOTDIR || error == ELOOP; }
@@ -63,13 +54,6 @@ int OpenUntouched(int directory, const char* path, int flags) {
     const int fd = openat(directory, path, flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOATIME);
     if (fd >= 0 || errno != EPERM) return fd;
     return openat(directory, path, flags | O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-}
-
-CFileStamp::CFileStamp(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return;
-    m_marks = {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino), status.st_size,
-               status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
 // The kind is looked at before the file is opened, and O_NONBLOCK keeps a pipe that took its place meanwhile from
@@ -111,8 +95,8 @@ std::optional<std::string> ReadHostFile(const std::string& path, std::uint64_t l
 }
 
 bool IsHostDirectory(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
 }
 
 std::vector<std::string> NamesIn(const std::string& directory) {

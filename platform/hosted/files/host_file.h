@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/images/image.h"
@@ -39,11 +40,7 @@ public:
     int Get() const { return m_fd; }
     explicit operator bool() const { return m_fd >= 0; }
     void Reset(int fd = -1);
-    int Release() {
-        const int fd = m_fd;
-        m_fd = -1;
-        return fd;
-    }
+    int Release() { return std::exchange(m_fd, -1); }
 
 private:
     int m_fd = -1;
@@ -52,16 +49,6 @@ private:
 // Opens for reading without a trace: the access time stays as it was where the system lets this process have it so (it
 // asks for the owner or a privileged user). `directory` is what a relative path begins at, AT_FDCWD or a descriptor.
 int OpenUntouched(int directory, const char* path, int flags);
-
-// What tells one state of a file from a later one.
-class CFileStamp {
-public:
-    explicit CFileStamp(const std::string& path);
-    bool operator==(const CFileStamp&) const = default;
-
-private:
-    std::array<std::int64_t, 5> m_marks{};  // device, inode, size, last write; zeros where there is no file
-};
 
 // A regular file open for reading. Nothing else is ever opened: not a device, a socket or a pipe.
 class CHostFile : public CByteSource {

@@ -116,7 +116,7 @@ protected:
         BeginRegistry();
         const auto open = [this](const char* name, CNotice& problem) {
             const std::string path = m_strFolder + name;
-            m_pRegistry->Watch(path, CFileStamp(path));
+            m_pRegistry->Watch(path);
             return CTextHive::Open(path, problem);
         };
         CNotice problem;

@@ -12,7 +12,6 @@
 #include <sys/stat.h>
 #include <utility>
 
-#include "platform/folder_kinds.h"
 #include "platform/hosted/files/host_file.h"
 #include "platform/hosted/hosted_machine.h"
 #include "platform/hosted/registry/regf_hive.h"
@@ -215,9 +214,9 @@ private:
     }
 
     std::unique_ptr<CHive> OpenHive(const std::string& hostPath, CNotice& problem) {
-        m_pRegistry->Watch(hostPath, CFileStamp(hostPath));
+        m_pRegistry->Watch(hostPath);
         for (const std::string& log : CRegfHive::FindLogs(hostPath))
-            m_pRegistry->Watch(log, CFileStamp(log));
+            m_pRegistry->Watch(log);
         return CRegfHive::Open(hostPath, problem);
     }
 

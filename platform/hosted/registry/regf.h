@@ -1,4 +1,5 @@
-// The form of a registry hive file.
+// The form of a registry hive file, and the transaction logs beside it: changes that were written down but have not
+// reached it.
 //
 // A base block of 4096 bytes, then cells. A cell is told by its offset behind the base block; it begins with its size,
 // negative while it is in use. All numbers are little-endian.
@@ -7,7 +8,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
+#include "platform/host.h"
 #include "platform/little_endian.h"
 
 namespace delvane::regf {
@@ -39,3 +42,22 @@ inline bool IsBaseBlock(std::string_view bytes) {
 }
 
 }  // namespace delvane::regf
+
+namespace delvane {
+
+// What became of a hive file that may have been cut off from its last changes.
+enum class EHiveState {
+    kWhole,       // nothing was missing
+    kRecovered,   // the logs have completed it
+    kUnfinished,  // changes are missing, and no log has them
+};
+
+// Applies the logs to the hive in memory, as Windows does when it loads the hive: entries of the newer form in the
+// order of their sequence numbers, of each log up to the first that is not whole, or the sectors of a log of the older
+// form.
+EHiveState ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs);
+
+// The hash over an entry of a log of the newer form: Marvin32 with the seed that Windows has for logs.
+std::uint64_t HashOfLog(std::string_view bytes);
+
+}  // namespace delvane

@@ -19,7 +19,6 @@
 
 #include "platform/hosted/files/host_file.h"
 #include "platform/hosted/registry/regf.h"
-#include "platform/hosted/registry/regf_log.h"
 #include "platform/own_file.h"
 #include "platform/utf.h"
 
@@ -148,7 +147,7 @@ bool CRegfHive::MakeTable() {
         if (depth < kMaxTreeDepth) {
             AddChildren(key);
         } else if (U32(GetKeyCell(m_nodes[key].m_nCell), kKeySubkeyCount) != 0) {
-            NoteBadKey(key);
+            NoteBad("a subkey of ", key);
         }
     }
     m_counted.resize(m_nodes.size(), ECounted::kNot);
@@ -163,7 +162,7 @@ void CRegfHive::AddChildren(std::uint32_t parent) {
     AddListed(parent, U32(cell, kKeySubkeys), 0);
     const auto count = static_cast<std::uint32_t>(m_nodes.size()) - m_nodes[parent].m_nFirstChild;
     m_nodes[parent].m_nChildCount = count;
-    if (count < wanted) NoteBadKey(parent);
+    if (count < wanted) NoteBad("a subkey of ", parent);
 }
 
 // What cannot be added is missing in the count of the parent's subkeys, and told by that.
@@ -289,8 +288,6 @@ bool CRegfHive::GetBigData(std::uint32_t size, std::string_view cell, std::strin
 
 // What a key holds.
 
-std::uint64_t CRegfHive::GetMostHandedOut() const { return m_bytes.m_nSize * kMostHandedOut; }
-
 bool CRegfHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
     const CNode& node = m_nodes[key];
     const std::string_view cell = GetKeyCell(node.m_nCell);
@@ -315,11 +312,11 @@ bool CRegfHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
     bool isWhole = listed == count;
     for (std::size_t i = 0; i < listed; ++i) {
         isWhole = AddValue(U32(list, i * 4), contents) && isWhole;
-        if (verdict == ECounted::kWithin || m_nHandedOut + handedOut(i) <= GetMostHandedOut()) continue;
+        if (verdict == ECounted::kWithin || m_nHandedOut + handedOut(i) <= m_bytes.m_nSize * kMostHandedOut) continue;
         contents.m_values.clear();
         contents.m_dwError = ERROR_REGISTRY_CORRUPT;
         m_counted[key] = ECounted::kBeyond;
-        NoteBadValue(key);
+        NoteBad("a value of ", key);
         if (m_nRefunds++ >= kMostRefunds) m_nHandedOut += handedOut(i);
         return true;
     }
@@ -327,7 +324,7 @@ bool CRegfHive::ReadKey(std::uint32_t key, CKeyContents& contents) {
     if (verdict == ECounted::kWithin) return true;
     m_counted[key] = ECounted::kWithin;
     m_nHandedOut += handedOut(listed);
-    if (!isWhole) NoteBadValue(key);
+    if (!isWhole) NoteBad("a value of ", key);
     return true;
 }
 
@@ -338,8 +335,7 @@ std::optional<std::string> CRegfHive::GetLink(std::uint32_t key) {
     if (!ReadKey(key, contents)) return std::nullopt;
     for (const CKeyContents::CValue& value : contents.m_values) {
         if (value.m_dwType != REG_LINK || !KeyNamesEqual(contents.Get(value.m_name), "SymbolicLinkValue")) continue;
-        const CKeyContents::CSpan target = AddText(std::string(contents.Get(value.m_data)), contents);
-        return std::string(contents.Get(target));
+        return TextFromUtf16(contents.Get(value.m_data));
     }
     return std::string();  // leads nowhere
 }
@@ -365,12 +361,8 @@ std::string CRegfHive::PathOf(std::uint32_t key) const {
     return path.empty() ? "its root" : path;
 }
 
-void CRegfHive::NoteBadKey(std::uint32_t parent) {
-    if (m_strFirstBad.empty()) m_strFirstBad = "a subkey of " + PathOf(parent);
-}
-
-void CRegfHive::NoteBadValue(std::uint32_t key) {
-    if (m_strFirstBad.empty()) m_strFirstBad = "a value of " + PathOf(key);
+void CRegfHive::NoteBad(const char* what, std::uint32_t key) {
+    if (m_strFirstBad.empty()) m_strFirstBad = what + PathOf(key);
 }
 
 std::vector<CNotice> CRegfHive::GetProblems() const {

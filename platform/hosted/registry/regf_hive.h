@@ -48,7 +48,6 @@ private:
     void AddChildren(std::uint32_t parent);
     void AddListed(std::uint32_t parent, std::uint32_t list, unsigned depth);
     bool Claim(std::uint32_t cell);
-    std::uint64_t GetMostHandedOut() const;
 
     std::string_view GetCell(std::uint32_t cell) const;
     std::string_view GetKeyCell(std::uint32_t cell) const;
@@ -68,8 +67,7 @@ private:
     std::uint32_t CountKeys() const override { return static_cast<std::uint32_t>(m_nodes.size()); }
     std::string NameOf(std::uint32_t key) const override;
     std::string PathOf(std::uint32_t key) const;
-    void NoteBadKey(std::uint32_t parent);
-    void NoteBadValue(std::uint32_t key);
+    void NoteBad(const char* what, std::uint32_t key);
 
     std::string_view m_cells;  // what lies behind the base block; cells are told by their offset in it
     std::uint32_t m_nMinorVersion = 0;

@@ -5,8 +5,6 @@
 //
 // The newer form goes on with entries: "HvLE", size, flags, sequence number, size of the hive's cells, number of pages,
 // a hash of what follows, a hash of the 32 bytes so far; then offset and size of each page, then the pages.
-#include "platform/hosted/registry/regf_log.h"
-
 #include <algorithm>
 #include <bit>
 #include <map>

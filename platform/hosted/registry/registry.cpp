@@ -13,7 +13,7 @@
 #include "platform/hosted/registry/registry.h"
 
 #include <algorithm>
-#include <cstring>
+#include <sys/stat.h>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -90,7 +90,7 @@ CHostedRegistry::CPlace CHostedRegistry::AddHive(std::unique_ptr<CHive> hive) {
     return {m_hives.back().get(), CHive::GetRoot()};
 }
 
-void CHostedRegistry::SetRoot(HKEY root, CLayers layers) { m_roots.emplace_back(root, layers); }
+void CHostedRegistry::SetRoot(HKEY root, CLayers layers) { GetOpenKey(root)->m_layers = layers; }
 
 void CHostedRegistry::Mount(CPlace parent, std::string_view name, CPlace target) {
     m_mounts.push_back({parent, std::string(name), target});
@@ -101,9 +101,18 @@ void CHostedRegistry::AddProblem(CNotice problem) {
     m_problems.push_back(std::move(problem));
 }
 
+CHostedRegistry::CFileMarks CHostedRegistry::MarksOf(const std::string& hostPath) {
+    struct stat status {};
+    if (stat(hostPath.c_str(), &status) != 0) return {};
+    return {static_cast<std::int64_t>(status.st_dev), static_cast<std::int64_t>(status.st_ino), status.st_size,
+            status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+void CHostedRegistry::Watch(const std::string& hostPath) { m_files.emplace_back(hostPath, MarksOf(hostPath)); }
+
 bool CHostedRegistry::HasChanged() const {
     return std::any_of(m_files.begin(), m_files.end(),
-                       [](const CWatchedFile& file) { return CFileStamp(file.m_strPath) != file.m_stamp; });
+                       [](const auto& file) { return MarksOf(file.first) != file.second; });
 }
 
 std::vector<CNotice> CHostedRegistry::GetProblems() const {
@@ -119,11 +128,8 @@ std::vector<CNotice> CHostedRegistry::GetProblems() const {
 
 CHostedRegistry::COpenKey* CHostedRegistry::GetOpenKey(HKEY key) {
     if (key >= HKEY_CLASSES_ROOT) {
-        std::unique_ptr<COpenKey>& root = m_openRoots[key];
-        if (root == nullptr) {
-            root = std::make_unique<COpenKey>();
-            root->m_layers = FindRoot(key).value_or(CLayers{});
-        }
+        std::unique_ptr<COpenKey>& root = m_roots[key];
+        if (root == nullptr) root = std::make_unique<COpenKey>();
         return root.get();
     }
     return m_open.Find(key);
@@ -317,10 +323,9 @@ std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::
 // Paths and links.
 
 std::optional<CHostedRegistry::CLayers> CHostedRegistry::FindRoot(HKEY root) const {
-    for (const auto& [key, layers] : m_roots) {
-        if (key == root && layers.m_first) return layers;
-    }
-    return std::nullopt;
+    const auto found = m_roots.find(root);
+    if (found == m_roots.end() || !found->second->m_layers.m_first) return std::nullopt;
+    return found->second->m_layers;
 }
 
 std::optional<CHostedRegistry::CLayers> CHostedRegistry::Find(HKEY root, std::string_view path) {

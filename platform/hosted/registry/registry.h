@@ -1,6 +1,7 @@
 // The registry of a hosted machine: hives put together under the predefined keys, and the handles to them.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -10,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/hosted/files/host_file.h"
 #include "platform/hosted/registry/hive.h"
 #include "platform/machine.h"
 
@@ -50,9 +50,9 @@ public:
     // What was found wrong while the registry was put together; kept once.
     void AddProblem(CNotice problem);
 
-    // A file that the registry was read from, in the state that it had then. HasChanged tells whether one of them is in
-    // another state by now.
-    void Watch(const std::string& hostPath, const CFileStamp& stamp) { m_files.push_back({hostPath, stamp}); }
+    // A file that the registry is about to be read from. HasChanged tells whether one of them is in another state by
+    // now.
+    void Watch(const std::string& hostPath);
     bool HasChanged() const;
 
     // The key at that path below a predefined key ("Software\Classes"); mounts and links are followed.
@@ -81,10 +81,8 @@ private:
         std::string m_strName;
         CPlace m_target;
     };
-    struct CWatchedFile {
-        std::string m_strPath;
-        CFileStamp m_stamp;
-    };
+    // What tells one state of a file from a later one: device, inode, size, last write; zeros where there is none.
+    using CFileMarks = std::array<std::int64_t, 5>;
     struct COpenKey;
 
     COpenKey* GetOpenKey(HKEY key);
@@ -95,6 +93,7 @@ private:
 
     // `links` counts the links that one look-up has followed.
     std::optional<CLayers> FindBelow(CLayers key, std::string_view path, unsigned& links);
+    static CFileMarks MarksOf(const std::string& hostPath);
     std::optional<CLayers> FindRoot(HKEY root) const;
     CPlace FindSubkey(CPlace parent, std::string_view name);
     std::optional<CLayers> FollowLinks(CLayers key, unsigned& links);
@@ -104,15 +103,14 @@ private:
     bool CountBehindLinks(const COpenKey& key);
 
     std::vector<std::unique_ptr<CHive>> m_hives;
-    std::vector<std::pair<HKEY, CLayers>> m_roots;
     std::vector<CMount> m_mounts;
     std::string m_strUserSid;
     std::vector<CPlace> m_unopenable;
     std::vector<CNotice> m_problems;
-    std::vector<CWatchedFile> m_files;
+    std::vector<std::pair<std::string, CFileMarks>> m_files;
 
     COpenKeys<COpenKey> m_open;
-    std::map<HKEY, std::unique_ptr<COpenKey>> m_openRoots;
+    std::map<HKEY, std::unique_ptr<COpenKey>> m_roots;  // open at all times
     CKeyContents m_scratch;
     std::size_t m_nBehindLinks = 0;         // keys that this walk has opened behind links,
     std::uint64_t m_nBytesBehindLinks = 0;  // and what they hold

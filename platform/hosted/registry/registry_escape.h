@@ -4,8 +4,10 @@
 // first byte that needs a decision, and all is inline.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -18,22 +20,17 @@ namespace delvane::registry_escape {
 
 constexpr const char* kZeroByte = "a zero byte inside a text";
 
-constexpr unsigned char kNoDigit = 0x80;
+constexpr unsigned kNoDigit = 0x80;
 constexpr std::array<unsigned char, 256> kDigits = [] {
+    constexpr std::string_view kCharacters = "0123456789abcdefABCDEF";
     std::array<unsigned char, 256> table{};
     table.fill(kNoDigit);
-    for (unsigned i = 0; i < 10; ++i) {
-        table['0' + i] = static_cast<unsigned char>(i);
-    }
-    for (unsigned i = 0; i < 6; ++i) {
-        table['a' + i] = static_cast<unsigned char>(10 + i);
-        table['A' + i] = static_cast<unsigned char>(10 + i);
-    }
+    for (unsigned char i = 0; i < kCharacters.size(); ++i)
+        table[static_cast<unsigned char>(kCharacters[i])] = i < 16 ? i : i - 6;
     return table;
 }();
 
 inline unsigned Digit(const char* at) { return kDigits[static_cast<unsigned char>(*at)]; }
-inline bool IsDigit(const char* at) { return Digit(at) != kNoDigit; }
 inline bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 inline const char* SkipBlanks(const char* at, const char* end) {
@@ -43,13 +40,10 @@ inline const char* SkipBlanks(const char* at, const char* end) {
     return at;
 }
 
-// Reads hexadecimal digits, at most `limit` of them.
-template <typename TNumber>
-TNumber ReadHexNumber(const char*& at, const char* end, int limit) {
-    TNumber number = 0;
-    for (; limit > 0 && at < end && IsDigit(at); --limit) {
-        number = static_cast<TNumber>(number << 4 | static_cast<TNumber>(Digit(at++)));
-    }
+// Reads hexadecimal digits, at most `limit` of them; 0 where there is none.
+inline std::uint32_t ReadHexNumber(const char*& at, const char* end, std::ptrdiff_t limit) {
+    std::uint32_t number = 0;
+    at = std::from_chars(at, at + std::min(limit, end - at), number, 16).ptr;
     return number;
 }
 
@@ -77,28 +71,16 @@ inline std::uint64_t LoadWord(const char* at) {
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 inline unsigned FirstMark(std::uint64_t marks) { return static_cast<unsigned>(std::countr_zero(marks)) / 8; }
 
-// The first byte that is not plain text.
-inline const char* SkipPlain(const char* at, const char* end) {
-    while (static_cast<std::size_t>(end - at) >= kWord) {
-        const std::uint64_t marks = MarkSpecial<'"'>(LoadWord(at));
-        if (marks != 0) return at + FirstMark(marks);
-        at += kWord;
-    }
-    while (at < end && *at != '"' && *at != '\\' && static_cast<unsigned char>(*at) >= 0x20) {
-        ++at;
-    }
-    return at;
-}
-
 // Reads the escape behind a backslash that is not the end of the text.
 inline std::uint32_t ReadEscape(const char*& at, const char* end) {
     const char c = *at++;
     if (c == 'x') {
-        if (at == end || !IsDigit(at)) return 'x';
-        const auto high = ReadHexNumber<std::uint32_t>(at, end, 4);
+        const char* const digits = at;
+        const std::uint32_t high = ReadHexNumber(at, end, 4);
+        if (at == digits) return 'x';
         if (!IsHighSurrogate(high) || end - at < 3 || at[0] != '\\' || at[1] != 'x') return high;
         const char* next = at + 2;
-        const auto low = ReadHexNumber<std::uint32_t>(next, end, 4);
+        const std::uint32_t low = ReadHexNumber(next, end, 4);
         if (!IsLowSurrogate(low)) return high;
         at = next;
         return JoinSurrogates(high, low);

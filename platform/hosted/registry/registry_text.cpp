@@ -12,8 +12,6 @@
 // Texts are escaped UTF-16: \\ \" \[ \], the letters of C, up to three octal digits, or \x and up to four
 // hexadecimal ones, a surrogate pair as two such escapes. Wine writes ASCII alone but reads UTF-8, so other bytes are
 // taken for UTF-8 here.
-//
-// A name without escapes is handed out where it stands.
 #include "platform/hosted/registry/registry_text.h"
 
 #include <algorithm>
@@ -183,16 +181,10 @@ const char* CRegistryText::ReadName(CValue& value) {
     const char* at = m_pNext + 1;
     value.m_name = {};
     if (*m_pNext == '"') {
-        const char* const plain = SkipPlain(at, m_pEnd);
-        if (plain < m_pEnd && *plain == '"') {
-            value.m_name = {at, static_cast<std::size_t>(plain - at)};
-            at = plain + 1;
-        } else {
-            const CDecoded name = Decode<'"'>(at, m_pEnd, m_name, "a value name without a closing quotation mark");
-            if (name.m_pReason != nullptr) return Refuse(name.m_pNext, name.m_pReason);
-            value.m_name = {m_name.data(), name.m_nLength};
-            at = name.m_pNext;
-        }
+        const CDecoded name = Decode<'"'>(at, m_pEnd, m_name, "a value name without a closing quotation mark");
+        if (name.m_pReason != nullptr) return Refuse(name.m_pNext, name.m_pReason);
+        value.m_name = {m_name.data(), name.m_nLength};
+        at = name.m_pNext;
     }
     at = SkipBlanks(at, m_pEnd);
     if (at == m_pEnd || *at != '=') return Refuse(at, "a value without an equals sign");
@@ -201,7 +193,7 @@ const char* CRegistryText::ReadName(CValue& value) {
 
 const char* CRegistryText::ReadNumber(const char* at, CValue& value) {
     const char* const digits = at;
-    const auto number = ReadHexNumber<std::uint32_t>(at, m_pEnd, 8);
+    const auto number = ReadHexNumber(at, m_pEnd, 8);
     // Wine writes eight digits; at the end of the text fewer may be what a cut has left.
     const bool complete = at < m_pEnd ? IsBlank(*at) || *at == '\r' || *at == '\n' : at - digits == 8;
     if (at == digits || !complete) return Refuse(at, "a number that is not one to eight hexadecimal digits");
@@ -239,7 +231,7 @@ const char* CRegistryText::ReadHex(const char* at, CValue& value) {
     value.m_dwType = REG_BINARY;
     if (StartsWith(at, m_pEnd, "(")) {
         const char* const digits = ++at;
-        value.m_dwType = ReadHexNumber<std::uint32_t>(at, m_pEnd, 8);
+        value.m_dwType = ReadHexNumber(at, m_pEnd, 8);
         if (at == digits || !StartsWith(at, m_pEnd, ")")) {
             return Refuse(at, "a type that is not one to eight hexadecimal digits");
         }
@@ -282,7 +274,7 @@ const char* CRegistryText::ReadBytes(const char* at, std::size_t& length) {
         }
         // The last byte of the list. Wine also reads one digit for a byte, and blanks around a comma.
         const char* const digits = at;
-        const auto byte = ReadHexNumber<unsigned>(at, m_pEnd, 2);
+        const auto byte = ReadHexNumber(at, m_pEnd, 2);
         const bool found = at > digits;
         at = SkipBlanks(at, m_pEnd);
         if (!found || (at < m_pEnd && *at != ',' && *at != '\\' && *at != '\r' && *at != '\n')) {
@@ -380,12 +372,6 @@ void CRegistryText::NoteEnd() {
     } else if (text.ends_with("\\\n") || text.ends_with("\\\r\n")) {
         NoteCut(kEndsInValue);
     }
-}
-
-std::string CRegistryText::TextFromUtf16(std::string_view bytes) {
-    std::string text(Utf8Room(bytes.size()), '\0');
-    text.resize(static_cast<std::size_t>(PutUtf16AsUtf8(text.data(), bytes) - text.data()));
-    return text;
 }
 
 }  // namespace delvane

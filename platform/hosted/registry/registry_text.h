@@ -65,9 +65,6 @@ public:
     // reached. A file that was cut between two lines cannot be told from a whole one.
     bool IsCut() const { return m_bCut; }
 
-    // UTF-16 (little-endian) as UTF-8, an odd last byte dropped: the target of a link is stored so.
-    static std::string TextFromUtf16(std::string_view bytes);
-
 private:
     using CBuffer = std::vector<char>;  // its size is the room; it grows with what is written, never in advance
 

@@ -132,7 +132,7 @@ void CTextHive::ReadLink(std::uint32_t key) {
     m_links[key].clear();
     for (CRegistryText::CValue value; m_text.NextValue(value);) {
         if (value.m_dwType == REG_LINK && KeyNamesEqual(value.m_name, "SymbolicLinkValue")) {
-            m_links[key] = CRegistryText::TextFromUtf16(value.m_data);
+            m_links[key] = TextFromUtf16(value.m_data);
         }
     }
 }

@@ -11,7 +11,6 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include "platform/folder_kinds.h"
 #include "platform/hosted/files/host_file.h"
 #include "tests/support/prefix.h"
 #include "tests/support/search.h"

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/hosted/registry/regf_log.h"
+#include "platform/hosted/registry/regf.h"
 #include "samples/regf_writer.h"
 #include "tests/support/hive_lines.h"
 #include "tests/support/memory_source.h"

@@ -395,10 +395,10 @@ TEST(RegistryText, RandomDamageIsNeverACrash) {
 }
 
 TEST(RegistryText, Utf16BecomesUtf8) {
-    EXPECT_EQ(CRegistryText::TextFromUtf16("\\\0R\0\xe9\0"s), "\\R\u00e9");
-    EXPECT_EQ(CRegistryText::TextFromUtf16("\x34\xd8\x1e\xdd\x1e\xdd\x34\xd8\x34\xd8!"s),
+    EXPECT_EQ(TextFromUtf16("\\\0R\0\xe9\0"s), "\\R\u00e9");
+    EXPECT_EQ(TextFromUtf16("\x34\xd8\x1e\xdd\x1e\xdd\x34\xd8\x34\xd8!"s),
               "\U0001D11E\xed\xb4\x9e\xed\xa0\xb4\xed\xa0\xb4");
-    EXPECT_EQ(CRegistryText::TextFromUtf16(""), "");
+    EXPECT_EQ(TextFromUtf16(""), "");
 }
 
 }  // namespace
