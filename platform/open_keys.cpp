@@ -16,21 +16,19 @@ bool FillRoom(CRoom& room, std::string_view bytes, bool wantsNul) {
 }
 
 void CKeyContents::QueryInfo(CKeyInfo& info) const {
-    std::size_t longestSubkey = 0;
-    std::size_t longestName = 0;
-    std::size_t largestData = 0;
-    for (const CSubkey& subkey : m_subkeys)
-        longestSubkey = std::max(longestSubkey, subkey.m_name.m_nLength);
-    for (const CValue& value : m_values) {
-        longestName = std::max(longestName, value.m_name.m_nLength);
-        largestData = std::max(largestData, value.m_data.m_nLength);
-    }
+    const auto raise = [](std::uint32_t& longest, CSpan span) {
+        longest = std::max(longest, static_cast<std::uint32_t>(span.m_nLength));
+    };
+    info = {};
     info.m_nSubkeys = static_cast<std::uint32_t>(m_subkeys.size());
-    info.m_nLongestSubkey = static_cast<std::uint32_t>(longestSubkey);
     info.m_nValues = static_cast<std::uint32_t>(m_values.size());
-    info.m_nLongestValueName = static_cast<std::uint32_t>(longestName);
-    info.m_nLargestData = static_cast<std::uint32_t>(largestData);
     info.m_dwError = m_dwError;
+    for (const CSubkey& subkey : m_subkeys)
+        raise(info.m_nLongestSubkey, subkey.m_name);
+    for (const CValue& value : m_values) {
+        raise(info.m_nLongestValueName, value.m_name);
+        raise(info.m_nLargestData, value.m_data);
+    }
 }
 
 std::uint32_t CKeyContents::EnumValue(std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) const {

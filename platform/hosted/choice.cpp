@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <pwd.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/hosted/files/host_file.h"
@@ -25,8 +24,8 @@ std::string HomeFolder() {
 }
 
 bool TakeMachine(const std::string& folder, CMachineChoice& choice) {
-    struct stat status {};
-    const bool isPrefix = stat((folder + "/system.reg").c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    std::error_code error;
+    const bool isPrefix = std::filesystem::is_regular_file(folder + "/system.reg", error);
     const std::string real = RealHostPath(folder);
     choice.m_bIsVolume = !isPrefix && !real.empty() && !FindWindowsFolder(real).empty();
     if (isPrefix || choice.m_bIsVolume) choice.m_strFolder = real;
@@ -90,8 +89,8 @@ std::string FindWindowsFolder(const std::string& volume) {
     for (const char* const name : kWindowsFolders) {
         const auto hive = paths.Find(CString(name) + "\\System32\\config\\SOFTWARE");
         const auto folder = paths.Find(name);
-        struct stat status {};
-        if (hive && folder && stat(hive->c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        std::error_code error;
+        if (hive && folder && std::filesystem::is_regular_file(*hive, error)) {
             return folder->substr(folder->rfind('/') + 1);
         }
     }

@@ -2,8 +2,8 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
-#include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <spawn.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -18,11 +18,6 @@ extern char** environ;  // NOLINT(readability-redundant-declaration): POSIX want
 
 namespace delvane {
 namespace {
-
-bool IsFile(const std::string& path) {
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
-}
 
 // Starts the desktop's own opener for the document. False where there is none.
 bool OpenOnDesktop(const std::string& path) {
@@ -65,20 +60,22 @@ public:
         return static_cast<std::uint64_t>(milliseconds) * (kTicksPerSecond / 1000) + kUnixEpochTicks;
     }
 
-    bool FileExists(std::string_view path) override { return IsFile(Find(path)); }
+    bool FileExists(std::string_view path) override {
+        std::error_code error;
+        const std::filesystem::file_status status = std::filesystem::status(Find(path), error);
+        return std::filesystem::exists(status) && !std::filesystem::is_directory(status);
+    }
     bool DirectoryExists(std::string_view path) override { return IsHostDirectory(Find(path)); }
     bool CreateDirectory(std::string_view path) override { return mkdir(FindForCreation(path).c_str(), 0777) == 0; }
     bool DeleteFile(std::string_view path) override { return unlink(Find(path).c_str()) == 0; }
 
     std::vector<CString> ListFiles(std::string_view folder) override {
-        std::vector<CString> names;
-        const std::unique_ptr<DIR, int (*)(DIR*)> stream(opendir(Find(folder).c_str()), &closedir);
-        while (const dirent* const entry = stream == nullptr ? nullptr : readdir(stream.get())) {
-            struct stat status {};
-            if (fstatat(dirfd(stream.get()), entry->d_name, &status, 0) == 0 && S_ISREG(status.st_mode)) {
-                names.emplace_back(entry->d_name);
-            }
-        }
+        const std::string hostPath = Find(folder);
+        std::vector<CString> names = NamesIn(hostPath);
+        std::erase_if(names, [&hostPath](const CString& name) {
+            std::error_code error;
+            return !std::filesystem::is_regular_file(hostPath + "/" + name, error);
+        });
         return names;
     }
 

@@ -197,13 +197,11 @@ bool IsSameKey(std::string_view left, std::string_view right) {
                       [&](char a, char b) { return fold(a) == fold(b); });
 }
 
-// One entry of a block; the fields are offsets into the block.
+// One entry of a block.
 struct CEntry {
-    std::size_t m_nKey = 0;
-    std::size_t m_nKeyEnd = 0;    // the key's terminator
-    std::size_t m_nValue = 0;     // never past m_nValueEnd
-    std::size_t m_nValueEnd = 0;  // never past m_nEnd
-    std::size_t m_nChildren = 0;  // may lie past m_nEnd: there are none
+    std::string_view m_key;
+    std::string_view m_value;
+    std::size_t m_nChildren = 0;  // offset into the block; may lie past m_nEnd: there are none
     std::size_t m_nEnd = 0;       // never past the end of the block
 };
 
@@ -215,33 +213,28 @@ CEntry ReadEntry(std::string_view block, std::size_t begin, bool wide) {
     const std::size_t length = U16(block, begin);
     Need(length >= headerSize && length <= block.size() - begin);
 
-    CEntry entry;
-    entry.m_nEnd = begin + length;
-    entry.m_nKey = begin + headerSize;
+    const std::size_t end = begin + length;
+    const std::size_t key = begin + headerSize;
     const std::size_t unitSize = wide ? 2 : 1;
-    std::size_t at = entry.m_nKey;
-    while (at + unitSize <= entry.m_nEnd && (wide ? U16(block, at) != 0 : block[at] != '\0')) {
-        at += unitSize;
+    std::size_t keyEnd = key;
+    while (keyEnd + unitSize <= end && (wide ? U16(block, keyEnd) != 0 : block[keyEnd] != '\0')) {
+        keyEnd += unitSize;
     }
-    Need(at + unitSize <= entry.m_nEnd);
-    entry.m_nKeyEnd = at;
+    Need(keyEnd + unitSize <= end);
 
     // The length of a text counts UTF-16 units in the 32-bit form, but some tools count its bytes. Where the claim is
     // twice too large the entry's own end cuts it, and the text ends at its NUL in any case.
     std::size_t valueSize = U16(block, begin + 2);
     if (wide && U16(block, begin + 4) != 0) valueSize *= 2;
-    const std::size_t value = AlignTo4(entry.m_nKeyEnd + unitSize);
-    entry.m_nChildren = AlignTo4(value + valueSize);
-    entry.m_nValue = std::min(value, entry.m_nEnd);
-    entry.m_nValueEnd = std::min(value + valueSize, entry.m_nEnd);
-    return entry;
+    const std::size_t value = AlignTo4(keyEnd + unitSize);
+    const std::string_view rest = block.substr(0, end).substr(std::min(value, end));
+    return {block.substr(key, keyEnd - key), rest.substr(0, valueSize), AlignTo4(value + valueSize), end};
 }
 
 CEntry FindChild(std::string_view block, const CEntry& parent, std::string_view key, bool wide) {
     for (std::size_t begin = parent.m_nChildren; begin < parent.m_nEnd;) {
         const CEntry child = ReadEntry(block, begin, wide);
-        const std::string_view name = block.substr(child.m_nKey, child.m_nKeyEnd - child.m_nKey);
-        if (IsSameKey(DecodeText(name, wide), key)) return child;
+        if (IsSameKey(DecodeText(child.m_key, wide), key)) return child;
         begin = AlignTo4(child.m_nEnd);
     }
     throw CNotThere();
@@ -264,7 +257,7 @@ public:
             if (separator == std::string_view::npos) break;
             path.remove_prefix(separator + 1);
         }
-        return DecodeText(block.substr(entry.m_nValue, entry.m_nValueEnd - entry.m_nValue), m_bWide);
+        return DecodeText(entry.m_value, m_bWide);
     } catch (const CNotThere&) {
         return std::nullopt;
     }

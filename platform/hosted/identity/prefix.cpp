@@ -202,11 +202,11 @@ private:
     }
 
     std::optional<std::uint32_t> FindDriveKind(char letter) const {
-        constexpr std::array<std::pair<std::string_view, std::uint32_t>, 5> kKinds = {{{"hd", DRIVE_FIXED},
-                                                                                       {"floppy", DRIVE_REMOVABLE},
-                                                                                       {"cdrom", DRIVE_CDROM},
-                                                                                       {"network", DRIVE_REMOTE},
-                                                                                       {"ramdisk", DRIVE_RAMDISK}}};
+        constexpr std::pair<std::string_view, std::uint32_t> kKinds[] = {{"hd", DRIVE_FIXED},
+                                                                         {"floppy", DRIVE_REMOVABLE},
+                                                                         {"cdrom", DRIVE_CDROM},
+                                                                         {"network", DRIVE_REMOTE},
+                                                                         {"ramdisk", DRIVE_RAMDISK}};
         const CString word = FindText(false, kWineDrivesKey, CString(1, letter) + ":").value_or("");
         for (const auto& [name, kind] : kKinds) {
             if (mbsicmp(word, name) == 0) return kind;

@@ -15,7 +15,7 @@
 #include "platform/hosted/registry/regf_hive.h"
 
 #include <algorithm>
-#include <dirent.h>
+#include <filesystem>
 
 #include "platform/hosted/files/host_file.h"
 #include "platform/hosted/registry/regf.h"
@@ -76,15 +76,14 @@ std::vector<std::string> CRegfHive::FindLogs(const std::string& hostPath) {
     const std::size_t nameAt = hostPath.rfind('/') + 1;
     const std::string folder = nameAt == 0 ? "./" : hostPath.substr(0, nameAt);
     std::vector<std::string> logs;
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), &closedir);
-    if (directory == nullptr) return logs;
-    while (const dirent* const entry = readdir(directory.get())) {
-        if (entry->d_type == DT_LNK) continue;  // it may lead out of the volume
+    std::error_code error;
+    for (const std::string& name : NamesIn(folder)) {
         for (const char* const ending : {".LOG1", ".LOG2", ".LOG"}) {
-            if (mbsicmp(entry->d_name, hostPath.substr(nameAt) + ending) == 0) logs.push_back(folder + entry->d_name);
+            // A link may lead out of the volume.
+            const bool isLog = mbsicmp(name, hostPath.substr(nameAt) + ending) == 0;
+            if (isLog && !std::filesystem::is_symlink(folder + name, error)) logs.push_back(folder + name);
         }
     }
-    std::sort(logs.begin(), logs.end());
     return logs;
 }
 
@@ -212,21 +211,18 @@ std::string_view CRegfHive::GetKeyCell(std::uint32_t cell) const {
 }
 
 // Compressed names are Latin-1, the others UTF-16.
-CKeyContents::CSpan CRegfHive::AddName(std::string_view bytes, bool compressed, CKeyContents& contents) const {
+CKeyContents::CSpan CRegfHive::AddName(std::string_view bytes, bool compressed, CKeyContents& contents) {
     if (!compressed) return AddText(bytes, contents);
     const bool isAscii =
         std::all_of(bytes.begin(), bytes.end(), [](char c) { return static_cast<signed char>(c) >= 0; });
     if (isAscii) return contents.Add(bytes);
-    const std::size_t begin = contents.m_bytes.size();
-    contents.m_bytes.resize(begin + bytes.size() * 2);
-    char* to = contents.m_bytes.data() + begin;
+    std::string wide;
     for (const char c : bytes)
-        to = PutUtf8(to, static_cast<unsigned char>(c));
-    contents.m_bytes.resize(static_cast<std::size_t>(to - contents.m_bytes.data()));
-    return {begin, contents.m_bytes.size() - begin};
+        wide.append({c, '\0'});
+    return AddText(wide, contents);
 }
 
-CKeyContents::CSpan CRegfHive::AddText(std::string_view bytes, CKeyContents& contents) const {
+CKeyContents::CSpan CRegfHive::AddText(std::string_view bytes, CKeyContents& contents) {
     const std::size_t begin = contents.m_bytes.size();
     contents.m_bytes.resize(begin + Utf8Room(bytes.size()));
     char* const end = PutUtf16AsUtf8(contents.m_bytes.data() + begin, bytes);

@@ -51,9 +51,9 @@ private:
 
     std::string_view GetCell(std::uint32_t cell) const;
     std::string_view GetKeyCell(std::uint32_t cell) const;
-    CKeyContents::CSpan AddName(std::string_view bytes, bool compressed, CKeyContents& contents) const;
+    static CKeyContents::CSpan AddName(std::string_view bytes, bool compressed, CKeyContents& contents);
     CKeyContents::CSpan AddKeyName(std::uint32_t key, CKeyContents& contents) const;
-    CKeyContents::CSpan AddText(std::string_view bytes, CKeyContents& contents) const;
+    static CKeyContents::CSpan AddText(std::string_view bytes, CKeyContents& contents);
     bool AddValue(std::uint32_t cell, CKeyContents& contents);
     bool GetData(std::uint32_t size, std::string_view valueCell, std::string_view& data);
     bool GetBigData(std::uint32_t size, std::string_view cell, std::string_view& data);

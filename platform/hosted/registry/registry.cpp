@@ -334,11 +334,15 @@ std::optional<CHostedRegistry::CLayers> CHostedRegistry::Find(HKEY root, std::st
     return layers ? FindBelow(*layers, path, links) : std::nullopt;
 }
 
-// Of the first layer alone: what is looked up so has no second. Lives in m_scratch.
-const CKeyContents::CValue* CHostedRegistry::FindValue(HKEY root, std::string_view path, std::string_view name) {
+// Into m_scratch, of the first layer alone: what is looked up so has no second.
+bool CHostedRegistry::ReadAt(HKEY root, std::string_view path) {
     m_scratch.Clear();
     const std::optional<CLayers> key = Find(root, path);
-    if (!key || !key->m_first.m_pHive->ReadKey(key->m_first.m_nKey, m_scratch)) return nullptr;
+    return key && key->m_first.m_pHive->ReadKey(key->m_first.m_nKey, m_scratch);
+}
+
+const CKeyContents::CValue* CHostedRegistry::FindValue(HKEY root, std::string_view path, std::string_view name) {
+    if (!ReadAt(root, path)) return nullptr;
     for (const CKeyContents::CValue& value : m_scratch.m_values) {
         if (KeyNamesEqual(m_scratch.Get(value.m_name), name)) return &value;
     }
@@ -360,9 +364,7 @@ std::optional<std::uint32_t> CHostedRegistry::FindNumber(HKEY root, std::string_
 
 std::vector<CString> CHostedRegistry::ListSubkeys(HKEY root, std::string_view path) {
     std::vector<CString> names;
-    m_scratch.Clear();
-    const std::optional<CLayers> key = Find(root, path);
-    if (!key || !key->m_first.m_pHive->ReadKey(key->m_first.m_nKey, m_scratch)) return names;
+    if (!ReadAt(root, path)) return names;
     for (const CKeyContents::CSubkey& subkey : m_scratch.m_subkeys)
         names.emplace_back(m_scratch.Get(subkey.m_name));
     return names;

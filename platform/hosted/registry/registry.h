@@ -98,6 +98,7 @@ private:
     CPlace FindSubkey(CPlace parent, std::string_view name);
     std::optional<CLayers> FollowLinks(CLayers key, unsigned& links);
     std::optional<CLayers> FindLinkTarget(std::string_view target, unsigned& links);
+    bool ReadAt(HKEY root, std::string_view path);
     const CKeyContents::CValue* FindValue(HKEY root, std::string_view path, std::string_view name);
     bool IsOpenAbove(const COpenKey* parent, CPlace place) const;
     bool CountBehindLinks(const COpenKey& key);
