@@ -16,11 +16,10 @@ void CFileStream::Commit() {
     m_pFile->Commit();
 }
 
+// Called for a character that has no room; the end of the file never comes here.
 std::streambuf::int_type CFileStream::overflow(std::streambuf::int_type c) {
-    using CTraits = std::streambuf::traits_type;
     Empty();
-    if (!CTraits::eq_int_type(c, CTraits::eof())) sputc(CTraits::to_char_type(c));
-    return CTraits::not_eof(c);
+    return sputc(std::streambuf::traits_type::to_char_type(c));
 }
 
 void CFileStream::Empty() {

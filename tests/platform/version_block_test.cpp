@@ -153,6 +153,12 @@ TEST(VersionBlock, AnEntryMayOutgrowItsParentButNotTheBlock) {
     ASSERT_NE(Query(image, kLast), kNothing);
     Patch(longLast, last, U16(image, last) + 4, 2);
     EXPECT_EQ(Query(longLast, kLast), kNothing);
+    // An entry may end behind the NUL of its key, but not before.
+    const std::uint32_t keyEnd = 6 + 2 * 11;
+    Patch(longLast, last, keyEnd + 2, 2);
+    EXPECT_EQ(Query(longLast, kLast), "");
+    Patch(longLast, last, keyEnd, 2);
+    EXPECT_EQ(Query(longLast, kLast), kNothing);
 
     std::string longBlock = image;
     Patch(longBlock, FindWideEntry(image, "VS_VERSION_INFO"), 0xfff0, 2);

@@ -11,6 +11,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include "platform/file_stream.h"
 #include "platform/hosted/files/host_file.h"
 #include "tests/support/prefix.h"
 #include "tests/support/search.h"
@@ -80,6 +81,10 @@ TEST_F(HostedMachine, FoldersThatLinkToEachOtherAreListedSomeTimes) {
     machine.BeginWalk();
     EXPECT_EQ(CountWalked(machine, "C:\\web"), walked) << "each walk begins anew";
     ASSERT_EQ(machine.TakeNotices().size(), 1U);
+    prefix.MakeFolder("drive_c/fan/target");
+    for (int i = 0; i < 20; ++i)
+        fs::create_directory_symlink("target", prefix / ("drive_c/fan/to" + std::to_string(i)));
+    EXPECT_EQ(CountWalked(machine, "C:\\fan"), 1U + 1 + 16) << "itself, and so many times by links";
 }
 
 TEST_F(HostedMachine, ReadsItsIdentityOutOfTheRegistry) {
@@ -420,6 +425,19 @@ TEST_F(OwnFiles, TakeTheirPlaceWhenTheyAreComplete) {
     file->Write("new");
     file->Commit();
     EXPECT_EQ(m_home.Read("a.dvs"), "new");
+}
+
+TEST_F(OwnFiles, AStreamLosesNothingWhereItsBufferEnds) {
+    constexpr std::size_t kMany = 600'000;
+    CFileStream stream(m_pHost->CreateFile(Host("long")), CFileStream::EForm::kText);
+    std::string text;
+    for (std::size_t i = 0; text.size() < kMany; ++i) {
+        text += std::to_string(i) + '\xFF';
+        stream << i;
+        stream.put('\xFF');
+    }
+    stream.Commit();
+    EXPECT_TRUE(m_home.Read("long") == text);
 }
 
 TEST_F(OwnFiles, OnlyRegularFilesAreEverOpened) {

@@ -183,6 +183,9 @@ TEST_F(Volume, AnAccountIsChosen) {
     Open(volume);
     EXPECT_EQ(User(), "Ben") << "whose hive was written last";
     EXPECT_EQ(Text(HKEY_CURRENT_USER, "Who", ""), "Ben");
+    fs::last_write_time(volume / "Users/Anna/NTUSER.DAT", now - std::chrono::hours(1));
+    Open(volume);
+    EXPECT_EQ(User(), "Anna") << "at the same time the first by name";
     setenv("DELVANE_USER", "anna", 1);
     Open(volume);
     EXPECT_EQ(User(), "Anna");
