@@ -101,13 +101,13 @@ enum class EControlEvent {
 class CDialogEvents {
 public:
     virtual ~CDialogEvents() = default;
-    virtual void OnInit() = 0;  // before the window appears
+    virtual void OnInitDialog() = 0;  // before the window appears
     virtual void OnControl(std::uint32_t id, EControlEvent event) = 0;
     virtual void OnMessage(std::uint32_t message, std::uint32_t wParam) = 0;
     virtual void OnMenuOpening(std::size_t popup) = 0;
 };
 
-// The window of one dialog. Ids are those of its template. Its controls are there from OnInit on; messages may be
+// The window of one dialog. Ids are those of its template. Its controls are there from OnInitDialog on; messages may be
 // posted before.
 class CDialogWindow : public CMessageTarget {
 public:

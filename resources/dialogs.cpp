@@ -1,7 +1,6 @@
 #include "resources/dialogs.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace delvane {
 namespace {
@@ -132,8 +131,7 @@ constexpr CDialogTemplate kDialogs[] = {
 }  // namespace
 
 const CDialogTemplate& GetDialogTemplate(std::uint32_t id) {
-    return *std::find_if(std::begin(kDialogs), std::end(kDialogs),
-                         [id](const CDialogTemplate& dialog) { return dialog.m_id == id; });
+    return *std::ranges::find(kDialogs, id, &CDialogTemplate::m_id);
 }
 
 }  // namespace delvane

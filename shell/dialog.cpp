@@ -1,23 +1,12 @@
 #include "shell/dialog.h"
 
 #include "core/context.h"
-#include "resources/dialogs.h"
 
 namespace delvane {
 
 std::uint32_t CDialog::DoModal() {
     m_pWindow = theContext.GetToolkit().CreateDialog(GetDialogTemplate(m_nTemplate), *this);
     return m_pWindow->RunModal();
-}
-
-void CDialog::OnInit() {
-    DoDataExchange(false);
-    OnInitDialog();
-}
-
-void CDialog::OnOK() {
-    UpdateData();
-    EndDialog(IDOK);
 }
 
 void CDialog::OnControl(std::uint32_t id, EControlEvent event) {

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "platform/toolkit.h"
+#include "resources/dialogs.h"
 
 namespace delvane {
 
@@ -18,22 +18,17 @@ public:
     std::uint32_t DoModal();
 
 protected:
-    virtual void OnInitDialog() {}
-    // Carries the fields to the controls, or the controls into the fields. Called with false before OnInitDialog, and
-    // with true where UpdateData is called and by OnOK.
-    virtual void DoDataExchange(bool) {}
-    virtual void OnOK();
+    void OnInitDialog() override {}
+    virtual void OnOK() { EndDialog(IDOK); }
     virtual void OnCancel() { EndDialog(IDCANCEL); }
     virtual void OnCommand(std::uint32_t, EControlEvent) {}
     void OnMessage(std::uint32_t, std::uint32_t) override {}
     void OnMenuOpening(std::size_t) override {}
 
-    void UpdateData() { DoDataExchange(true); }
     void EndDialog(std::uint32_t result) { m_pWindow->End(result); }
     CDialogWindow& GetWindow() const { return *m_pWindow; }
 
 private:
-    void OnInit() final;
     void OnControl(std::uint32_t id, EControlEvent event) final;
 
     std::uint32_t m_nTemplate;

@@ -4,7 +4,6 @@
 
 #include "core/app.h"
 #include "core/context.h"
-#include "resources/dialogs.h"
 #include "shell/name_dialogs.h"
 #include "shell/options_dialog.h"
 #include "shell/progress_dialog.h"
@@ -39,8 +38,6 @@ bool TellReport(const COutcome& outcome) {
 }
 
 }  // namespace
-
-CMainDlg::CMainDlg() : CDialog(IDD_MAIN) {}
 
 void CMainDlg::RunVisible() {
     CHost& host = theContext.GetHost();
@@ -94,7 +91,8 @@ void CMainDlg::OnCommand(std::uint32_t id, EControlEvent event) {
         case IDM_EXIT:
             return EndDialog(IDOK);
         case IDM_OPTIONS:
-            return OnOptions();
+            COptionsDlg().DoModal();
+            return;
         case IDM_USING:
             return ShowDocument(theContext.GetHelpPath());
         case IDM_ABOUT:
@@ -113,9 +111,9 @@ void CMainDlg::OnMenuOpening(std::size_t popup) {
 
 void CMainDlg::OnCreate(std::unique_ptr<CSnapshot>& side) {
     CNewSnapshotDlg question;
-    question.m_bCompareEnabled = question.m_bCompareAfter = &side == &m_pCurrent && m_pBaseline != nullptr ? 1 : 0;
+    question.m_bCompareEnabled = question.m_bCompareAfter = &side == &m_pCurrent && m_pBaseline != nullptr;
     if (question.DoModal() == IDOK) {
-        if (CreateSide(side, question.m_strName) && question.m_bCompareAfter != 0) OnCompare();
+        if (CreateSide(side, question.m_strName) && question.m_bCompareAfter) OnCompare();
         UpdateFields(side);
     }
     UpdateCompareState();
@@ -178,11 +176,6 @@ void CMainDlg::OnCompare() {
         if (!TellReport(MakeReport(report))) return;
     }
     ShowDocument(report.m_strReportPath);
-}
-
-void CMainDlg::OnOptions() {
-    COptionsDlg options;
-    if (options.DoModal() == IDOK) options.ApplyToContext();
 }
 
 // The automatic steps. Each posts the next, and the last takes the splash away.

@@ -11,7 +11,7 @@ namespace delvane {
 // A visible run is its DoModal; an unattended one uses it without a window.
 class CMainDlg : public CDialog {
 public:
-    CMainDlg();
+    CMainDlg() : CDialog(IDD_MAIN) {}
 
     // What the command line of an unattended run asks for: baseline, current, report. The first failure of the two
     // snapshots ends it. What went wrong stands in the exit code, and in one sentence on standard error.
@@ -38,7 +38,6 @@ private:
     void OnCreate(std::unique_ptr<CSnapshot>& side);
     void OnLoad(std::unique_ptr<CSnapshot>& side);
     void OnCompare();
-    void OnOptions();
     // What a command line without /s asks for.
     void AutoSide(std::unique_ptr<CSnapshot>& side, const CString& name, bool create);
     void AutoCompare();

@@ -1,38 +1,24 @@
 #include "shell/name_dialogs.h"
 
 #include "core/context.h"
-#include "resources/dialogs.h"
 #include "shell/steps.h"
 
 namespace delvane {
 namespace {
-
-constexpr std::string_view kEnding = ".dvs";
 
 // Posted by the dialog to itself: when it is handled, the edit part of the combo box holds the chosen entry.
 constexpr std::uint32_t kMsgChosen = WM_USER + 6;
 
 }  // namespace
 
-CNewSnapshotDlg::CNewSnapshotDlg() : CDialog(IDD_NEW_SNAPSHOT) {}
-
-void CNewSnapshotDlg::DoDataExchange(bool save) {
-    if (save) {
-        m_strName = GetWindow().GetText(IDC_NAME);
-        m_bCompareAfter = GetWindow().GetCheck(IDC_COMPARE_AFTER);
-    } else {
-        GetWindow().SetText(IDC_NAME, m_strName);
-        GetWindow().SetCheck(IDC_COMPARE_AFTER, m_bCompareAfter);
-    }
-}
-
 void CNewSnapshotDlg::OnInitDialog() {
     UpdateOkState();
-    GetWindow().Enable(IDC_COMPARE_AFTER, m_bCompareEnabled != 0);
+    GetWindow().SetCheck(IDC_COMPARE_AFTER, m_bCompareAfter ? 1 : 0);
+    GetWindow().Enable(IDC_COMPARE_AFTER, m_bCompareEnabled);
 }
 
 void CNewSnapshotDlg::UpdateOkState() {
-    UpdateData();
+    m_strName = GetWindow().GetText(IDC_NAME);
     GetWindow().Enable(IDOK, !m_strName.empty());
 }
 
@@ -47,22 +33,17 @@ void CNewSnapshotDlg::OnMessage(std::uint32_t message, std::uint32_t) {
 }
 
 void CNewSnapshotDlg::OnOK() {
-    UpdateData();
+    UpdateOkState();
     if (m_strName.empty()) return;
-    const CString path = theContext.GetResultsDir() + "\\" + m_strName + CString(kEnding);
+    const CString path = theContext.GetResultsDir() + "\\" + m_strName + ".dvs";
     if (theContext.GetHost().FileExists(path)) {
         const std::uint32_t answer = theContext.GetToolkit().ShowMessage(
             FormatString1("The Snapshot \"%1\" already exists.\nDo you wish to replace it?", m_strName), kProgramTitle,
             EMessageKind::kYesNo);
         if (answer != IDYES) return;
     }
+    m_bCompareAfter = GetWindow().GetCheck(IDC_COMPARE_AFTER) != 0;
     CDialog::OnOK();
-}
-
-CLoadSnapshotDlg::CLoadSnapshotDlg() : CDialog(IDD_LOAD_SNAPSHOT) {}
-
-void CLoadSnapshotDlg::DoDataExchange(bool save) {
-    if (save) m_strName = GetWindow().GetText(IDC_SNAPSHOTS);
 }
 
 void CLoadSnapshotDlg::OnInitDialog() {
@@ -75,7 +56,7 @@ void CLoadSnapshotDlg::OnInitDialog() {
 
 void CLoadSnapshotDlg::OnCommand(std::uint32_t id, EControlEvent event) {
     if (id != IDC_SNAPSHOTS || event != EControlEvent::kSelected) return;
-    UpdateData();
+    m_strName = GetWindow().GetText(IDC_SNAPSHOTS);
     if (!m_strName.empty()) GetWindow().Enable(IDOK, true);
 }
 

@@ -7,14 +7,13 @@ namespace delvane {
 
 class CNewSnapshotDlg : public CDialog {
 public:
-    CNewSnapshotDlg();
+    CNewSnapshotDlg() : CDialog(IDD_NEW_SNAPSHOT) {}
 
-    int m_bCompareAfter = 0;  // read by the caller after OK
+    bool m_bCompareAfter = false;  // read by the caller after OK
     CString m_strName;
-    int m_bCompareEnabled = 1;  // whether it can be asked for; set by the caller
+    bool m_bCompareEnabled = true;  // whether it can be asked for; set by the caller
 
 protected:
-    void DoDataExchange(bool save) override;
     void OnInitDialog() override;
     void OnOK() override;
     void OnCommand(std::uint32_t id, EControlEvent event) override;
@@ -26,12 +25,11 @@ private:
 
 class CLoadSnapshotDlg : public CDialog {
 public:
-    CLoadSnapshotDlg();
+    CLoadSnapshotDlg() : CDialog(IDD_LOAD_SNAPSHOT) {}
 
     CString m_strName;  // read by the caller after OK
 
 protected:
-    void DoDataExchange(bool save) override;
     void OnInitDialog() override;
     void OnCommand(std::uint32_t id, EControlEvent event) override;
 };

@@ -1,7 +1,5 @@
 #include "shell/progress_dialog.h"
 
-#include "resources/dialogs.h"
-
 namespace delvane {
 namespace {
 
@@ -21,8 +19,6 @@ constexpr CCounter kCounters[] = {
 };
 
 }  // namespace
-
-CProgressDlg::CProgressDlg() : CDialog(IDD_PROGRESS) {}
 
 void CProgressDlg::OnInitDialog() {
     for (const CCounter& counter : kCounters)

@@ -14,7 +14,7 @@ namespace delvane {
 // message has been handled; by then it has ended.
 class CProgressDlg : public CDialog {
 public:
-    CProgressDlg();
+    CProgressDlg() : CDialog(IDD_PROGRESS) {}
     // However the dialog ended: the capture is cancelled, and waited for.
     ~CProgressDlg() override { OnCancel(); }
 

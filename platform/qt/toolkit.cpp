@@ -122,7 +122,7 @@ public:
 protected:
     void Run() override {
         m_open.push_back(this);
-        Tell(&CDialogEvents::OnInit);
+        Tell(&CDialogEvents::OnInitDialog);
         if (!HasEnded()) exec();
         m_open.pop_back();
         // A window manager that has just begun to show a dialog of a moment gives the focus to nobody.

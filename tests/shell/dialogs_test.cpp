@@ -347,7 +347,7 @@ TEST_F(Dialogs, ANameIsAskedFor) {
     m_pHost->m_files[kResults + "taken.dvs"] = "x";
     m_pToolkit->m_answers = {IDNO};
     CNewSnapshotDlg question;
-    question.m_bCompareEnabled = 0;
+    question.m_bCompareEnabled = false;
     m_pToolkit->Script(IDD_NEW_SNAPSHOT, {[](Window& window) {
                                               EXPECT_FALSE(window.IsEnabled(IDOK));
                                               EXPECT_FALSE(window.IsEnabled(IDC_COMPARE_AFTER));
@@ -397,7 +397,6 @@ protected:
         COptionsDlg options;
         m_pToolkit->Script(IDD_OPTIONS, std::move(steps));
         EXPECT_EQ(options.DoModal(), result);
-        if (result == IDOK) options.ApplyToContext();
     }
 };
 

@@ -34,7 +34,7 @@ void CScriptedWindow::PostMessage(std::uint32_t message, std::uint32_t wParam) {
 }
 
 void CScriptedWindow::Run() {
-    Tell(&CDialogEvents::OnInit);
+    Tell(&CDialogEvents::OnInitDialog);
     while (!HasEnded()) {
         std::unique_lock lock(m_mutex);
         if (m_messages.empty() && m_script.empty()) {

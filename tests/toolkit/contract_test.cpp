@@ -22,7 +22,7 @@ public:
     explicit CRecorder(std::uint32_t dialog)
         : m_pWindow(user::GetToolkit().CreateDialog(GetDialogTemplate(dialog), *this)) {}
 
-    void OnInit() override {
+    void OnInitDialog() override {
         if (m_onInit) m_onInit();
         m_log.clear();
         m_pWindow->PostMessage(kStep, 0);

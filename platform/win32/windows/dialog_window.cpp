@@ -232,7 +232,7 @@ private:
             for (const CPosted& posted : m_early)
                 PostMessageW(window, kPostedBase + posted.m_nMessage, posted.m_wParam, 0);
         }
-        Tell(&CDialogEvents::OnInit);
+        Tell(&CDialogEvents::OnInitDialog);
         if (HasEnded()) return;
         const HWND first = GetNextDlgTabItem(window, nullptr, FALSE);
         if (first != nullptr) SetFocus(first);
