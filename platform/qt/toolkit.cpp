@@ -17,7 +17,6 @@
 #include <QtWidgets/QPushButton>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <thread>
 #include <vector>
 
@@ -27,18 +26,17 @@ namespace delvane {
 namespace {
 
 QString ToQt(std::string_view text) { return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())); }
-CString FromQt(const QString& text) { return text.toStdString(); }
 
-// Goes from off to on, and from there to the third state; Qt's own goes to the third state first.
-class CThreeStateBox : public QCheckBox {
+// Goes from off to on, and from there to the third state if it has one; Qt's own goes to the third state first.
+class CCheckBox : public QCheckBox {
 public:
     using QCheckBox::QCheckBox;
 
 protected:
     void nextCheckState() override {
-        setCheckState(checkState() == Qt::Unchecked ? Qt::Checked
-                      : checkState() == Qt::Checked ? Qt::PartiallyChecked
-                                                    : Qt::Unchecked);
+        setCheckState(checkState() == Qt::Unchecked                 ? Qt::Checked
+                      : checkState() == Qt::Checked && isTristate() ? Qt::PartiallyChecked
+                                                                    : Qt::Unchecked);
     }
 };
 
@@ -74,7 +72,7 @@ public:
     }
 
     void SetText(std::uint32_t id, std::string_view text) override {
-        QWidget* const widget = m_controls.at(id);
+        QWidget* const widget = &Get<QWidget>(id);
         if (auto* const edit = dynamic_cast<QLineEdit*>(widget)) {
             edit->setText(ToQt(text));
             edit->setCursorPosition(0);
@@ -83,12 +81,12 @@ public:
         }
     }
     CString GetText(std::uint32_t id) const override {
-        QWidget* const widget = m_controls.at(id);
-        if (const auto* const edit = dynamic_cast<QLineEdit*>(widget)) return FromQt(edit->text());
-        if (const auto* const combo = dynamic_cast<QComboBox*>(widget)) return FromQt(combo->currentText());
+        QWidget* const widget = &Get<QWidget>(id);
+        if (const auto* const edit = dynamic_cast<QLineEdit*>(widget)) return edit->text().toStdString();
+        if (const auto* const combo = dynamic_cast<QComboBox*>(widget)) return combo->currentText().toStdString();
         const auto* const list = dynamic_cast<QListWidget*>(widget);
         if (list == nullptr || list->selectedItems().isEmpty()) return {};
-        return FromQt(list->selectedItems().front()->text());
+        return list->selectedItems().front()->text().toStdString();
     }
     void SetCheck(std::uint32_t id, int state) override {
         static constexpr Qt::CheckState kStates[] = {Qt::Unchecked, Qt::Checked, Qt::PartiallyChecked};
@@ -99,8 +97,8 @@ public:
         return state == Qt::Unchecked ? 0 : state == Qt::Checked ? 1 : 2;
     }
     void Enable(std::uint32_t id, bool enabled) override {
-        m_controls.at(id)->setEnabled(enabled);
-        if (const auto entry = m_actions.find(id); entry != m_actions.end()) entry->second->setEnabled(enabled);
+        Get<QWidget>(id).setEnabled(enabled);
+        if (auto* const entry = findChild<QAction*>(QString::number(id))) entry->setEnabled(enabled);
     }
     void AddEntry(std::uint32_t id, std::string_view text) override {
         Get<QListWidget>(id).addItem(new CSortedItem(ToQt(text)));
@@ -150,7 +148,7 @@ protected:
 private:
     template <class Widget>
     Widget& Get(std::uint32_t id) const {
-        return dynamic_cast<Widget&>(*m_controls.at(id));
+        return *findChild<Widget*>(QString::number(id));
     }
     void TellClicked(std::uint32_t id) { Tell(&CDialogEvents::OnControl, id, EControlEvent::kClicked); }
 
@@ -162,7 +160,9 @@ private:
     }
 
     void AddControl(const CControlTemplate& control) {
-        const std::uint32_t id = control.m_id;
+        const auto tell = [this, id = control.m_id](EControlEvent event) {
+            return [this, id, event] { Tell(&CDialogEvents::OnControl, id, event); };
+        };
         QWidget* widget = nullptr;
         switch (control.m_kind) {
             case EControlKind::kLabel:
@@ -192,17 +192,15 @@ private:
                     button->setDefault(true);
                     m_pDefault = button;
                 }
-                connect(button, &QPushButton::clicked, [this, id] { TellClicked(id); });
+                connect(button, &QPushButton::clicked, tell(EControlEvent::kClicked));
                 widget = button;
                 break;
             }
             case EControlKind::kCheck:
             case EControlKind::kThreeState: {
-                const bool hasThree = control.m_kind == EControlKind::kThreeState;
-                QCheckBox* const box = hasThree ? new CThreeStateBox(ToQt(control.m_text), this)
-                                                : new QCheckBox(ToQt(control.m_text), this);
-                box->setTristate(hasThree);
-                connect(box, &QCheckBox::clicked, [this, id] { TellClicked(id); });
+                auto* const box = new CCheckBox(ToQt(control.m_text), this);
+                box->setTristate(control.m_kind == EControlKind::kThreeState);
+                connect(box, &QCheckBox::clicked, tell(EControlEvent::kClicked));
                 widget = box;
                 break;
             }
@@ -214,10 +212,8 @@ private:
                 for (const std::string_view entry : control.m_entries)
                     combo->addItem(ToQt(entry));
                 combo->setCurrentIndex(-1);  // no suggestion is chosen
-                connect(combo, &QComboBox::editTextChanged,
-                        [this, id] { Tell(&CDialogEvents::OnControl, id, EControlEvent::kEdited); });
-                connect(combo, &QComboBox::activated,
-                        [this, id] { Tell(&CDialogEvents::OnControl, id, EControlEvent::kSelected); });
+                connect(combo, &QComboBox::editTextChanged, tell(EControlEvent::kEdited));
+                connect(combo, &QComboBox::activated, tell(EControlEvent::kSelected));
                 widget = combo;
                 break;
             }
@@ -231,16 +227,14 @@ private:
                     list->setSelectionMode(QListWidget::ExtendedSelection);
                     list->setIconSize({16, 13});
                 }
-                connect(list, &QListWidget::itemSelectionChanged,
-                        [this, id] { Tell(&CDialogEvents::OnControl, id, EControlEvent::kSelected); });
+                connect(list, &QListWidget::itemSelectionChanged, tell(EControlEvent::kSelected));
                 widget = list;
                 break;
             }
         }
         if (m_pLabel != nullptr) m_pLabel->setBuddy(widget);
         m_pLabel = nullptr;
-        widget->setObjectName(QString::number(id));
-        m_controls[id] = widget;
+        widget->setObjectName(QString::number(control.m_id));
         m_widgets.push_back(widget);
     }
 
@@ -264,7 +258,6 @@ private:
                 const std::uint32_t id = entry.m_id;
                 connect(action, &QAction::triggered, [this, id] { TellClicked(id); });
                 action->setObjectName(QString::number(id));
-                m_actions[id] = action;
             }
         }
     }
@@ -299,11 +292,9 @@ private:
     }
 
     COpenDialogs& m_open;
-    const QPixmap& m_drives;                       // the strip
-    std::map<std::uint32_t, QWidget*> m_controls;  // by id; Qt owns them
-    std::vector<QWidget*> m_widgets;               // in the order of the template
-    std::map<std::uint32_t, QAction*> m_actions;
-    QLabel* m_pLabel = nullptr;  // the one that waits for its control
+    const QPixmap& m_drives;          // the strip
+    std::vector<QWidget*> m_widgets;  // in the order of the template; Qt owns them
+    QLabel* m_pLabel = nullptr;       // the one that waits for its control
     QPushButton* m_pDefault = nullptr;
     QMenuBar* m_pMenu = nullptr;
 };

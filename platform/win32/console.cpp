@@ -1,7 +1,6 @@
 // The standard streams of a program without a console of its own.
-#include <array>
 #include <iostream>
-#include <streambuf>
+#include <sstream>
 
 #include "platform/host.h"
 #include "platform/win32/system.h"
@@ -11,9 +10,9 @@ namespace delvane {
 namespace {
 
 // Writes to a handle: to a console in UTF-16, whatever its code page, to a file or a pipe the bytes as they are.
-class CHandleBuffer : public std::streambuf {
+class CHandleBuffer : public std::stringbuf {
 public:
-    explicit CHandleBuffer(HANDLE handle) : m_handle(handle) {
+    explicit CHandleBuffer(HANDLE handle) : std::stringbuf(std::ios::out), m_handle(handle) {
         DWORD mode = 0;
         m_bConsole = GetConsoleMode(handle, &mode) != 0;
     }
@@ -21,43 +20,34 @@ public:
     bool IsConsole() const { return m_bConsole; }
 
 protected:
-    int_type overflow(int_type c) override {
-        if (traits_type::eq_int_type(c, traits_type::eof())) return traits_type::not_eof(c);
-        const char byte = traits_type::to_char_type(c);
-        return xsputn(&byte, 1) == 1 ? c : traits_type::eof();
-    }
     // What comes in pieces is given to the system by lines, unless the stream wants it at once.
     std::streamsize xsputn(const char* bytes, std::streamsize count) override {
-        m_strHeld.append(bytes, static_cast<std::size_t>(count));
-        return !m_strHeld.ends_with('\n') || Flush() ? count : 0;
+        const bool isLine = count > 0 && bytes[count - 1] == '\n';
+        const std::streamsize taken = std::stringbuf::xsputn(bytes, count);
+        return !isLine || sync() == 0 ? taken : 0;
     }
-    int sync() override { return Flush() ? 0 : -1; }
+    int sync() override {
+        const CString held = std::move(*this).str();
+        DWORD written = 0;
+        if (m_bConsole) {
+            const std::wstring wide = Widen(held);
+            return WriteConsoleW(m_handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) != 0 ? 0
+                                                                                                                 : -1;
+        }
+        for (std::size_t at = 0; at < held.size(); at += written) {
+            const auto size = static_cast<DWORD>(held.size() - at);
+            if (WriteFile(m_handle, held.data() + at, size, &written, nullptr) == 0 || written == 0) return -1;
+        }
+        return 0;
+    }
 
 private:
-    bool Flush() {
-        DWORD written = 0;
-        bool isWritten = true;
-        if (m_bConsole) {
-            const std::wstring wide = Widen(m_strHeld);
-            isWritten = WriteConsoleW(m_handle, wide.data(), static_cast<DWORD>(wide.size()), &written, nullptr) != 0;
-        } else {
-            for (std::size_t at = 0; isWritten && at < m_strHeld.size(); at += written)
-                isWritten = WriteFile(m_handle, m_strHeld.data() + at, static_cast<DWORD>(m_strHeld.size() - at),
-                                      &written, nullptr) != 0 &&
-                            written != 0;
-        }
-        m_strHeld.clear();
-        return isWritten;
-    }
-
     HANDLE m_handle;
     bool m_bConsole = false;
-    CString m_strHeld;
 };
 
 // What the stream writes to from now on: what the program was started with, else the console of whoever started it.
-// With neither it writes nowhere.
-// Gives whether that is a console.
+// With neither it writes nowhere. Gives whether that is a console.
 bool Connect(std::ostream& stream, DWORD which) {
     HANDLE handle = GetStdHandle(which);
     if (handle == nullptr || handle == INVALID_HANDLE_VALUE) {

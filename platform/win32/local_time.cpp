@@ -8,15 +8,6 @@
 namespace delvane {
 namespace {
 
-// Windows' own zone, with the rule for daylight saving that is in force now. The run-time library knows no time before
-// 1970.
-bool LocalCalendar(std::uint64_t ticks, SYSTEMTIME& local) {
-    const ::FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-    SYSTEMTIME universal{};
-    return FileTimeToSystemTime(&time, &universal) != 0 &&
-           SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local) != 0;
-}
-
 // Whether the variable TZ names a zone in the run-time library's form, EST5EDT. Elsewhere it may be Europe/Berlin or
 // CET, which the library would take for UTC.
 bool HasZoneVariable() {
@@ -48,13 +39,14 @@ bool ZoneOfVariable(std::uint64_t& ticks) {
 
 CString LocalTimeText(std::uint64_t ticks, std::string_view format) {
     if (ticks >> 63 != 0) return {};
-    SYSTEMTIME local{};
-    if (ZoneOfVariable(ticks)) {
-        const ::FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-        if (FileTimeToSystemTime(&time, &local) == 0) return {};
-    } else if (!LocalCalendar(ticks, local)) {
-        return {};
-    }
+    const bool isLocal = ZoneOfVariable(ticks);
+    const ::FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    SYSTEMTIME universal{};
+    if (FileTimeToSystemTime(&time, &universal) == 0) return {};
+    // Else it is Windows' own zone, with the rule for daylight saving that is in force now. The run-time library knows
+    // no time before 1970.
+    SYSTEMTIME local = universal;
+    if (!isLocal && SystemTimeToTzSpecificLocalTime(nullptr, &universal, &local) == 0) return {};
     std::tm calendar{};
     calendar.tm_year = local.wYear - 1900;
     calendar.tm_mon = local.wMonth - 1;

@@ -1,5 +1,6 @@
 // Case and order on Windows: in UTF-8, where the system grants it, by Unicode's simple folding; in any other code page
 // by the run-time library, whose answers for all characters are asked for once.
+#include <algorithm>
 #include <array>
 #include <mbctype.h>
 #include <mbstring.h>
@@ -19,19 +20,17 @@ bool IsUtf8() {
 // What the run-time library knows of the process's code page, by character: a lead byte stands above its trail byte.
 class CRunTimeTable {
 public:
-    CRunTimeTable() : m_lower(0x100) {
-        for (unsigned c = 0; c < 0x100; ++c) {
+    CRunTimeTable() : m_lower(0x10000) {
+        for (unsigned c = 0; c < m_bLead.size(); ++c)
             m_bLead[c] = IsDBCSLeadByte(static_cast<BYTE>(c)) != 0;
-            m_lower[c] = static_cast<std::uint16_t>(m_bLead[c] ? c : _mbctolower(c) & 0xFF);
-            m_bDoubleBytes = m_bDoubleBytes || m_bLead[c];
+        for (unsigned c = 0; c < m_lower.size(); ++c) {
+            const bool isSingle = c < m_bLead.size();
+            const bool isCharacter = isSingle ? !m_bLead[c] : m_bLead[c >> 8];
+            m_lower[c] = static_cast<std::uint16_t>(isCharacter ? _mbctolower(c) & (isSingle ? 0xFF : 0xFFFF) : c);
         }
-        if (!m_bDoubleBytes) return;
-        m_lower.resize(0x10000);
-        for (unsigned c = 0x100; c < 0x10000; ++c)
-            m_lower[c] = static_cast<std::uint16_t>(m_bLead[c >> 8] ? _mbctolower(c) : c);
     }
 
-    bool HasDoubleBytes() const { return m_bDoubleBytes; }
+    bool HasDoubleBytes() const { return std::ranges::find(m_bLead, true) != m_bLead.end(); }
     std::uint32_t TakeCharacter(std::string_view& text) const {
         const auto first = static_cast<unsigned char>(text[0]);
         if (!m_bLead[first] || text.size() < 2) {
@@ -57,7 +56,6 @@ public:
 private:
     std::vector<std::uint16_t> m_lower;
     std::array<bool, 0x100> m_bLead{};
-    bool m_bDoubleBytes = false;
 };
 
 const CRunTimeTable& GetTable() {
