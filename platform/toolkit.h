@@ -104,7 +104,6 @@ public:
     virtual void OnInitDialog() = 0;  // before the window appears
     virtual void OnControl(std::uint32_t id, EControlEvent event) = 0;
     virtual void OnMessage(std::uint32_t message, std::uint32_t wParam) = 0;
-    virtual void OnMenuOpening(std::size_t popup) = 0;
 };
 
 // The window of one dialog. Ids are those of its template. Its controls are there from OnInitDialog on; messages may be

@@ -19,8 +19,4 @@ void CDialog::OnControl(std::uint32_t id, EControlEvent event) {
     }
 }
 
-CWaitCursor::CWaitCursor() { theContext.GetToolkit().SetWaiting(true); }
-
-CWaitCursor::~CWaitCursor() { theContext.GetToolkit().SetWaiting(false); }
-
 }  // namespace delvane

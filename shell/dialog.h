@@ -23,7 +23,6 @@ protected:
     virtual void OnCancel() { EndDialog(IDCANCEL); }
     virtual void OnCommand(std::uint32_t, EControlEvent) {}
     void OnMessage(std::uint32_t, std::uint32_t) override {}
-    void OnMenuOpening(std::size_t) override {}
 
     void EndDialog(std::uint32_t result) { m_pWindow->End(result); }
     CDialogWindow& GetWindow() const { return *m_pWindow; }
@@ -35,15 +34,6 @@ private:
     // Of the last showing. It dies behind everything that a derived class holds, a thread that posts to it for
     // instance.
     std::unique_ptr<CDialogWindow> m_pWindow;
-};
-
-// The wait cursor as long as one lives.
-class CWaitCursor {
-public:
-    CWaitCursor();
-    ~CWaitCursor();
-    CWaitCursor(const CWaitCursor&) = delete;
-    CWaitCursor& operator=(const CWaitCursor&) = delete;
 };
 
 }  // namespace delvane

@@ -1,5 +1,6 @@
 #include "shell/main_dialog.h"
 
+#include <array>
 #include <optional>
 
 #include "core/app.h"
@@ -18,16 +19,18 @@ constexpr std::uint32_t kMsgAutoCompare = WM_USER + 5;
 
 constexpr std::chrono::seconds kSplashTime(5);
 
-// The fields of one side.
-struct CFieldIds {
-    std::uint32_t m_nName;
-    std::uint32_t m_nMachine;
-    std::uint32_t m_nUser;
-    std::uint32_t m_nTime;
-    std::uint32_t m_nSystem;
-};
+// The fields of one side: name, machine, user, time, system.
+using CFieldIds = std::array<std::uint32_t, 5>;
 constexpr CFieldIds kBaselineFields = {1003, 1006, 1007, 1009, 1016};
 constexpr CFieldIds kCurrentFields = {1017, 1020, 1021, 1022, 1023};
+
+// The wait cursor as long as one lives.
+struct CWaitCursor {
+    CWaitCursor() { theContext.GetToolkit().SetWaiting(true); }
+    ~CWaitCursor() { theContext.GetToolkit().SetWaiting(false); }
+    CWaitCursor(const CWaitCursor&) = delete;
+    CWaitCursor& operator=(const CWaitCursor&) = delete;
+};
 
 void ShowError(const CString& text) { theContext.GetToolkit().ShowMessage(text, kProgramTitle, EMessageKind::kError); }
 
@@ -101,10 +104,6 @@ void CMainDlg::OnCommand(std::uint32_t id, EControlEvent event) {
         default:
             return;
     }
-}
-
-void CMainDlg::OnMenuOpening(std::size_t popup) {
-    if (popup == 0) UpdateCompareState();
 }
 
 // The commands.
@@ -220,13 +219,13 @@ void CMainDlg::AutoCompare() {
 
 void CMainDlg::UpdateFields(const std::unique_ptr<CSnapshot>& side) {
     const CFieldIds& ids = &side == &m_pBaseline ? kBaselineFields : kCurrentFields;
-    const bool isThere = side != nullptr;
-    CDialogWindow& window = GetWindow();
-    window.SetText(ids.m_nName, isThere ? CString(side->m_name) + " (" + side->m_strVersion + ")" : "");
-    window.SetText(ids.m_nMachine, isThere ? side->m_strComputerName : "");
-    window.SetText(ids.m_nUser, isThere ? side->m_strUserName : "");
-    window.SetText(ids.m_nTime, isThere ? side->GetTimeString() : "");
-    window.SetText(ids.m_nSystem, isThere ? side->m_strOsName : "");
+    std::array<CString, std::tuple_size_v<CFieldIds>> texts;
+    if (side != nullptr) {
+        texts = {CString(side->m_name) + " (" + side->m_strVersion + ")", side->m_strComputerName, side->m_strUserName,
+                 side->GetTimeString(), side->m_strOsName};
+    }
+    for (std::size_t i = 0; i < ids.size(); ++i)
+        GetWindow().SetText(ids[i], texts[i]);
 }
 
 void CMainDlg::UpdateCompareState() {

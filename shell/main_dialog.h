@@ -26,7 +26,6 @@ protected:
     void OnInitDialog() override;
     void OnCommand(std::uint32_t id, EControlEvent event) override;
     void OnMessage(std::uint32_t message, std::uint32_t wParam) override;
-    void OnMenuOpening(std::size_t popup) override;
 
 private:
     // Of RunUnattended. Each gives true if the snapshot is in place or the report stands, and sets its bits of the exit

@@ -21,10 +21,9 @@ constexpr CCounter kCounters[] = {
 }  // namespace
 
 void CProgressDlg::OnInitDialog() {
-    for (const CCounter& counter : kCounters)
-        GetWindow().SetText(counter.m_nField, "0");
     m_pProgress = std::make_unique<CCaptureProgress>();
     m_pProgress->m_pDialog = &GetWindow();
+    ShowCounters();
     // Capture lets nothing out.
     m_worker = std::jthread([snapshot = m_pSnapshot, progress = m_pProgress.get()] { snapshot->Capture(progress); });
 }

@@ -242,10 +242,8 @@ private:
         if (m_template.m_menu.empty()) return;
         m_pMenu = new QMenuBar(this);
         m_pMenu->setNativeMenuBar(false);
-        for (std::size_t i = 0; i < m_template.m_menu.size(); ++i) {
-            const CMenuPopup& popup = m_template.m_menu[i];
+        for (const CMenuPopup& popup : m_template.m_menu) {
             QMenu* const menu = m_pMenu->addMenu(ToQt(popup.m_text));
-            connect(menu, &QMenu::aboutToShow, [this, i] { Tell(&CDialogEvents::OnMenuOpening, i); });
             for (const CMenuEntry& entry : popup.m_entries) {
                 if (entry.m_id == 0) {
                     menu->addSeparator();

@@ -76,8 +76,6 @@ void ClickItem(std::uint32_t id, int index, bool withControl) {
 
 void CloseBox() { Window().close(); }
 
-void OpenMenu(std::size_t popup) { emit Menu(popup).aboutToShow(); }
-
 void Choose(std::uint32_t menuEntry) { Control<QAction>(menuEntry).trigger(); }
 
 std::size_t CountEntries(std::size_t popup) { return static_cast<std::size_t>(Menu(popup).actions().size()); }

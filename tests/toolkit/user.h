@@ -19,7 +19,6 @@ bool HasFocus(std::uint32_t id);
 void Click(std::uint32_t id);
 void ClickItem(std::uint32_t id, int index, bool withControl);
 void CloseBox();
-void OpenMenu(std::size_t popup);
 void Choose(std::uint32_t menuEntry);
 std::size_t CountEntries(std::size_t popup);
 bool IsMenuEntryEnabled(std::uint32_t menuEntry);

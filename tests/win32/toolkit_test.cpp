@@ -118,10 +118,6 @@ void ClickItem(std::uint32_t id, int index, bool withControl) {
 
 void CloseBox() { PostMessageW(Window(), WM_CLOSE, 0, 0); }
 
-void OpenMenu(std::size_t popup) {
-    SendMessageW(Window(), WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(Menu(popup)), static_cast<LPARAM>(popup));
-}
-
 void Choose(std::uint32_t menuEntry) { SendMessageW(Window(), WM_COMMAND, menuEntry, 0); }
 
 std::size_t CountEntries(std::size_t popup) { return static_cast<std::size_t>(GetMenuItemCount(Menu(popup))); }

@@ -181,9 +181,6 @@ private:
             case WM_HELP:
                 OnHelpKey();
                 return true;
-            case WM_INITMENUPOPUP:
-                if (HIWORD(lParam) == 0) Tell(&CDialogEvents::OnMenuOpening, LOWORD(lParam));
-                return true;
             case WM_SETCURSOR:
                 if (!m_desk.m_bWaiting) return false;
                 SetCursor(LoadCursorForm(true));
