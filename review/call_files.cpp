@@ -6,8 +6,8 @@
 #include "platform/file_stream.h"
 #include "platform/machine.h"
 #include "review/calls.h"
+#include "review/describe.h"
 #include "review/gap_list.h"
-#include "tree/archive.h"
 
 namespace delvane {
 namespace {
@@ -48,6 +48,26 @@ CString WithoutSeparator(CString path) {
     return path;
 }
 
+using CRow = std::array<CString, 6>;
+
+std::size_t WidthOf(const CString& text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
+void WriteTable(const std::vector<CRow>& rows, std::ostream& stream) {
+    std::array<std::size_t, std::tuple_size_v<CRow>> widths{};
+    for (const CRow& row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], WidthOf(row[i]));
+    }
+    for (const CRow& row : rows) {
+        for (std::size_t i = 0; i + 1 < row.size(); ++i)
+            stream << row[i] << CString(widths[i] - WidthOf(row[i]) + 2, ' ');
+        stream << row.back() << '\n';
+    }
+}
+
 }  // namespace
 
 void PrepareContext() {
@@ -74,35 +94,39 @@ void UseResultsFolder(const CString& typed, const std::vector<CString>& names, b
     theContext.m_strResultsDir = folder;
 }
 
-namespace {
-
-std::unique_ptr<CSnapshot> LoadBy(bool (CSnapshot::*load)(), const CString& name, CString& displayPath) {
+std::unique_ptr<CSnapshot> LoadSnapshot(const CString& name, CString& displayPath, bool (CSnapshot::*load)()) {
     const CString stem = StemOf(name);
-    auto snapshot = std::make_unique<CSnapshot>();
     const std::size_t separator = stem.rfind('\\');
-    snapshot->m_fullName = snapshot->GetArena().Copy(stem.substr(0, separator));
-    snapshot->SetName(stem.substr(separator + 1));
-    displayPath = theContext.GetHost().GetDisplayPath(snapshot->GetLoadPath());
-    CString reason;
-    try {
-        if ((*snapshot.*load)()) return snapshot;
-        reason = snapshot->GetError();
-    } catch (const CArchiveError& error) {
-        reason = displayPath + ": " + error.what();
-    } catch (...) {
-        reason = DescribeCurrentException();
+    CLoaded loaded = LoadSnapshotFile(stem.substr(0, separator), stem.substr(separator + 1), load);
+    if (loaded.m_pSnapshot == nullptr) {
+        throw CCallError(kReviewNoFile, "snapshot \"" + name + "\" was not loaded: " + loaded.m_strReason);
     }
-    throw CCallError(kReviewNoFile, "snapshot \"" + name + "\" was not loaded: " + reason);
+    displayPath = loaded.m_strPath;
+    return std::move(loaded.m_pSnapshot);
 }
 
-}  // namespace
-
-std::unique_ptr<CSnapshot> LoadSnapshot(const CString& name, CString& displayPath) {
-    return LoadBy(&CSnapshot::Load, name, displayPath);
-}
-
-std::unique_ptr<CSnapshot> LoadIdentity(const CString& name, CString& displayPath) {
-    return LoadBy(&CSnapshot::LoadIdentity, name, displayPath);
+void ListSnapshots(const CString& folder, std::ostream& stream) {
+    UseResultsFolder(folder, {}, true);
+    CHost& host = theContext.GetHost();
+    const CString path = theContext.m_strResultsDir.empty() ? theContext.GetResultsDir() : theContext.m_strResultsDir;
+    if (!host.DirectoryExists(path)) throw CCallError(kReviewNoFile, host.GetDisplayPath(path) + " is no folder");
+    std::vector<CString> names = host.ListFiles(path);
+    std::sort(names.begin(), names.end());
+    std::vector<CRow> rows = {{"NAME", "TAKEN", "MACHINE", "USER", "SYSTEM", "SIZE"}};
+    for (const CString& name : names) {
+        if (mbsicmp(ExtensionOf(name), kEnding) != 0) continue;
+        try {
+            CString file;
+            const std::unique_ptr<CSnapshot> snapshot =
+                LoadSnapshot(path + '\\' + name, file, &CSnapshot::LoadIdentity);
+            rows.push_back({VisibleText(snapshot->m_name), IsoTime(snapshot->GetCreatedTicks()).substr(0, 19) + "Z",
+                            VisibleText(snapshot->m_strComputerName), VisibleText(snapshot->m_strUserName),
+                            VisibleText(snapshot->m_strOsName), std::to_string(snapshot->GetFileSize())});
+        } catch (const CCallError& error) {
+            theContext.Say(error.what());
+        }
+    }
+    WriteTable(rows, stream);
 }
 
 void LoadGaps(const CString& name, std::vector<CReviewGap>& gaps) {

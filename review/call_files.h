@@ -28,10 +28,13 @@ void PrepareContext();
 // looks for a name in it nor writes into it.
 void UseResultsFolder(const CString& typed, const std::vector<CString>& names, bool writes);
 
-// Loads the snapshot of that name or path and says where it lies. CCallError where it cannot be loaded.
-std::unique_ptr<CSnapshot> LoadSnapshot(const CString& name, CString& displayPath);
-// The same without its trees: who and what it is.
-std::unique_ptr<CSnapshot> LoadIdentity(const CString& name, CString& displayPath);
+// Loads the snapshot of that name or path, or its identity alone, and says where it lies. CCallError where it cannot be
+// loaded.
+std::unique_ptr<CSnapshot> LoadSnapshot(const CString& name, CString& displayPath,
+                                        bool (CSnapshot::*load)() = &CSnapshot::Load);
+// A table of the snapshots in a folder; an empty text is the results folder. One that cannot be read is told on
+// standard error. CCallError where the folder cannot be read.
+void ListSnapshots(const CString& folder, std::ostream& stream);
 // The gaps of the snapshot of that name or path. A list that cannot be read is told.
 void LoadGaps(const CString& name, std::vector<CReviewGap>& gaps);
 

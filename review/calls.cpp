@@ -13,7 +13,6 @@
 #include "review/call_files.h"
 #include "review/change_list.h"
 #include "review/describe.h"
-#include "review/export.h"
 #include "review/formats/writers.h"
 
 namespace delvane {
@@ -50,9 +49,6 @@ struct CReviewOptions {
     std::vector<CString> m_accept;
     std::uint32_t m_nLimit = 2000;
     bool m_bQuiet = false;
-
-    std::vector<CFormat> m_formats;
-    EFailOn m_failOn = EFailOn::kWarning;
 };
 
 std::uint64_t Now() {
@@ -67,11 +63,10 @@ std::vector<CFormat> FormatsOf(const CString& typed) {
     std::istringstream stream(typed);
     for (CString word; std::getline(stream, word, ',');)
         words.insert(word);
-    std::vector<CFormat> formats;
-    for (const CFormat& format : kFormats) {
-        if (words.contains(CString(format.m_word))) formats.push_back(format);
-    }
     const bool isNone = words.erase("none") != 0;
+    std::vector<CFormat> formats;
+    std::ranges::copy_if(kFormats, std::back_inserter(formats),
+                         [&](const CFormat& format) { return words.contains(CString(format.m_word)); });
     for (const CFormat& format : formats)
         words.erase(CString(format.m_word));
     if (!words.empty()) {
@@ -110,15 +105,13 @@ void AddOptions(CLI::App& app, CReviewOptions& options) {
         "wrong and nothing was written, 3 a snapshot could not be loaded or a file not written.");
 }
 
-// What can be wrong with a call is found before anything is opened or made.
-void CheckOptions(CReviewOptions& options) {
-    options.m_formats = FormatsOf(options.m_strFormats);
-    const auto level = std::ranges::find(kWords<EFailOn>, options.m_strFailOn);
+EFailOn FailOnOf(const CString& typed) {
+    const auto level = std::ranges::find(kWords<EFailOn>, typed);
     if (level == kWords<EFailOn>.end()) {
-        throw CCallError(kReviewBadCall, "--fail-on: \"" + options.m_strFailOn +
-                                             "\" is no level; there are error, warning, info, change and none");
+        throw CCallError(kReviewBadCall,
+                         "--fail-on: \"" + typed + "\" is no level; there are error, warning, info, change and none");
     }
-    options.m_failOn = static_cast<EFailOn>(level - kWords<EFailOn>.begin());
+    return static_cast<EFailOn>(level - kWords<EFailOn>.begin());
 }
 
 CAcceptList ReadAcceptLists(const std::vector<CString>& files, std::uint64_t today) {
@@ -149,32 +142,34 @@ void TellIdleEntries(const CAcceptList& list) {
     }
 }
 
-int RunReview(CReviewOptions& options) {
-    CheckOptions(options);
+int RunReview(const CReviewOptions& options) {
+    // What can be wrong with a call is found before anything is opened or made.
+    const std::vector<CFormat> formats = FormatsOf(options.m_strFormats);
     CReviewInput input;
+    input.m_failOn = FailOnOf(options.m_strFailOn);
     input.m_nCreated = Now();
-    input.m_failOn = options.m_failOn;
     input.m_accept = ReadAcceptLists(options.m_accept, input.m_nCreated);
 
     PrepareContext();
-    std::vector<CString> names = {options.m_strBaseline, options.m_strCurrent, options.m_strControl,
-                                  options.m_strInstalled};
-    UseResultsFolder(options.m_strResults, names, options.m_strOutput.empty() && !options.m_formats.empty());
-    const auto load = [](const CString& name, CReviewInput::CSide& side) {
-        std::unique_ptr<CSnapshot> snapshot = LoadSnapshot(name, side.m_strFile);
-        side.m_pSnapshot = snapshot.get();
+    UseResultsFolder(options.m_strResults,
+                     {options.m_strBaseline, options.m_strCurrent, options.m_strControl, options.m_strInstalled},
+                     options.m_strOutput.empty() && !formats.empty());
+    std::vector<std::unique_ptr<CSnapshot>> snapshots;
+    const auto load = [&](const CString& name, CReviewInput::CSide& side) {
+        if (name.empty()) return;
+        snapshots.push_back(LoadSnapshot(name, side.m_strFile));
+        side.m_pSnapshot = snapshots.back().get();
         LoadGaps(name, side.m_gaps);
-        return snapshot;
     };
-    const auto baseline = load(options.m_strBaseline, input.m_baseline);
-    const auto current = load(options.m_strCurrent, input.m_current);
-    const auto control = options.m_strControl.empty() ? nullptr : load(options.m_strControl, input.m_control);
-    const auto installed = options.m_strInstalled.empty() ? nullptr : load(options.m_strInstalled, input.m_installed);
+    load(options.m_strBaseline, input.m_baseline);
+    load(options.m_strCurrent, input.m_current);
+    load(options.m_strControl, input.m_control);
+    load(options.m_strInstalled, input.m_installed);
 
     const CReview review(std::move(input));
     std::vector<CString> written;
-    const CString folder = options.m_formats.empty() ? CString() : MakeOutputFolder(options.m_strOutput);
-    for (const CFormat& format : options.m_formats) {
+    const CString folder = formats.empty() ? CString() : MakeOutputFolder(options.m_strOutput);
+    for (const CFormat& format : formats) {
         written.push_back(
             WriteWholeFile(folder + "\\" + review.GetFileName() + CString(format.m_ending), [&](std::ostream& stream) {
                 format.m_write == nullptr ? WriteReviewPage(review, stream, options.m_nLimit)

@@ -9,7 +9,7 @@
 
 #include "review/describe.h"
 #include "review/formats/writers.h"
-#include "review/page_parts.h"
+#include "review/page_text.h"
 #include "review/rules.h"
 
 namespace delvane {

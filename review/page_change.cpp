@@ -5,8 +5,9 @@
 #include "capture/extensions.h"
 #include "capture/files.h"
 #include "capture/registry.h"
+#include "review/change_list.h"
 #include "review/describe.h"
-#include "review/page_parts.h"
+#include "review/page_text.h"
 
 namespace delvane {
 namespace {

@@ -1,8 +1,9 @@
-// How the page of a review writes text: what comes from a machine is made safe here, and nowhere else.
+// How the page of a review is written. What comes from a machine is made safe here, and nowhere else.
 #pragma once
 
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <ostream>
 #include <string_view>
@@ -10,6 +11,8 @@
 #include "platform/text.h"
 
 namespace delvane {
+
+struct CChange;
 
 // Where a text stands. A character that controls, changes the direction or has no width is written as U+202E and the
 // like, in <mark>; bytes that are no UTF-8 as U+FFFD.
@@ -77,5 +80,20 @@ private:
     CString m_html;
     std::size_t m_nRoom = std::size_t{48} << 20;  // for whole data behind cut ones, in bytes of the page
 };
+
+// The page's style and script, with their SHA-256 in hexadecimal: resources/review.css and .js, put into the program by
+// the build.
+struct CPageResource {
+    std::string_view m_text;
+    std::string_view m_hash;
+};
+extern const CPageResource kReviewStyle;
+extern const CPageResource kReviewScript;
+
+// "2026-11-23 10:00:00 UTC"
+CString PageTime(std::uint64_t ticks);
+
+// A change as an element of a list.
+void WriteChangeItem(CPageText& page, const CChange& change);
 
 }  // namespace delvane

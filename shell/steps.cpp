@@ -40,12 +40,6 @@ CString SuggestionFor(std::string_view name) {
     return {};
 }
 
-std::unique_ptr<CSnapshot> NewSnapshot(const CString& name) {
-    auto snapshot = std::make_unique<CSnapshot>();
-    snapshot->SetName(name);
-    return snapshot;
-}
-
 }  // namespace
 
 COutcome CreateSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name,
@@ -54,7 +48,8 @@ COutcome CreateSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name,
     COutcome outcome;
     bool isCaptured = false;
     try {
-        side = NewSnapshot(name);
+        side = std::make_unique<CSnapshot>();
+        side->SetName(name);
         isCaptured = capture(*side);
         outcome.m_bDone = isCaptured && side->Save();
         if (!outcome.m_bDone) outcome.m_strReason = side->GetError();
@@ -67,23 +62,10 @@ COutcome CreateSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name,
 
 COutcome LoadSnapshot(std::unique_ptr<CSnapshot>& side, const CString& name) {
     side.reset();
-    COutcome outcome;
-    CString path;  // of the file that was asked for: what is loaded has a name and a directory of its own
-    try {
-        side = NewSnapshot(name);
-        path = theContext.GetHost().GetDisplayPath(side->GetLoadPath());
-        const bool isThere = theContext.GetHost().FileExists(side->GetLoadPath());
-        outcome.m_bDone = side->Load();
-        if (!outcome.m_bDone) outcome.m_strReason = side->GetError() + (isThere ? CString() : SuggestionFor(name));
-    } catch (const CFileError& error) {
-        outcome.m_bUnreadable = true;
-        outcome.m_strReason = error.what();
-    } catch (...) {
-        outcome.m_bUnreadable = true;
-        outcome.m_strReason = path + ": " + DescribeCurrentException();
-    }
-    if (!outcome.m_bDone) side.reset();
-    return outcome;
+    CLoaded loaded = LoadSnapshotFile(theContext.GetResultsDir(), name);
+    if (loaded.m_bMissing) loaded.m_strReason += SuggestionFor(name);
+    side = std::move(loaded.m_pSnapshot);
+    return {side != nullptr, loaded.m_strReason, loaded.m_bUnreadable};
 }
 
 COutcome MakeReport(CMasterReport& report) {

@@ -175,6 +175,31 @@ void CSnapshot::Serialize(CArchive& archive) {
     m_pExtensions->Serialize(archive);
 }
 
+CLoaded LoadSnapshotFile(std::string_view folder, std::string_view name, bool (CSnapshot::*load)()) {
+    CHost& host = theContext.GetHost();
+    CLoaded loaded;
+    try {
+        auto snapshot = std::make_unique<CSnapshot>();
+        snapshot->m_fullName = snapshot->GetArena().Copy(folder);
+        snapshot->SetName(name);
+        loaded.m_strPath = host.GetDisplayPath(snapshot->GetLoadPath());
+        const bool isThere = host.FileExists(snapshot->GetLoadPath());
+        if ((*snapshot.*load)()) {
+            loaded.m_pSnapshot = std::move(snapshot);
+        } else {
+            loaded.m_bMissing = !isThere;
+            loaded.m_strReason = snapshot->GetError();
+        }
+    } catch (const CFileError& error) {
+        loaded.m_bUnreadable = true;
+        loaded.m_strReason = error.what();
+    } catch (...) {
+        loaded.m_bUnreadable = true;
+        loaded.m_strReason = loaded.m_strPath + ": " + DescribeCurrentException();
+    }
+    return loaded;
+}
+
 CDelvObj* CSnapshot::FindObject(std::string_view path) {
     for (CDelvObj* tree : std::initializer_list<CDelvObj*>{m_pRegistry, m_pDrives, m_pExtensions}) {
         if (CDelvObj* const found = tree->FindObject(path)) return found;

@@ -71,6 +71,17 @@ private:
     CString m_strError;
 };
 
+// What came of loading a file: the snapshot, or why there is none.
+struct CLoaded {
+    std::unique_ptr<CSnapshot> m_pSnapshot;
+    CString m_strPath;           // of the file that was asked for, as a person on this system writes it
+    CString m_strReason;         // in words
+    bool m_bMissing = false;     // there is no such file
+    bool m_bUnreadable = false;  // it is damaged or cannot be read
+};
+// Loads the file of that name, or the identity in it alone.
+CLoaded LoadSnapshotFile(std::string_view folder, std::string_view name, bool (CSnapshot::*load)() = &CSnapshot::Load);
+
 // The snapshot that holds the node, or null.
 CSnapshot* FindSnapshot(CDelvObj* node);
 

@@ -25,4 +25,7 @@ void WriteDraft(const CReview& review, std::ostream& stream);
 // What standard output says, up to the files written.
 void WriteVerdict(const CReview& review, std::ostream& stream);
 
+// What a snapshot holds, without a review. `file` is where it lies.
+void ExportSnapshot(const CSnapshot& snapshot, const CString& file, std::ostream& stream);
+
 }  // namespace delvane

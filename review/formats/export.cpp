@@ -1,15 +1,9 @@
-#include "review/export.h"
-
-#include <algorithm>
-#include <array>
-
+// JSON Lines of a snapshot: one for itself, one for each of its nodes, and one with their counts.
 #include "capture/drives.h"
 #include "capture/extensions.h"
 #include "capture/registry.h"
-#include "core/context.h"
-#include "review/call_files.h"
-#include "review/calls.h"
 #include "review/formats/json.h"
+#include "review/formats/writers.h"
 
 namespace delvane {
 namespace {
@@ -78,54 +72,10 @@ private:
     CCounts<EKind> m_counts{};
 };
 
-using CRow = std::array<CString, 6>;
-
-std::size_t WidthOf(const CString& text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
-void WriteTable(const std::vector<CRow>& rows, std::ostream& stream) {
-    std::array<std::size_t, std::tuple_size_v<CRow>> widths{};
-    for (const CRow& row : rows) {
-        for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], WidthOf(row[i]));
-    }
-    for (const CRow& row : rows) {
-        for (std::size_t i = 0; i + 1 < row.size(); ++i)
-            stream << row[i] << CString(widths[i] - WidthOf(row[i]) + 2, ' ');
-        stream << row.back() << '\n';
-    }
-}
-
 }  // namespace
 
 void ExportSnapshot(const CSnapshot& snapshot, const CString& file, std::ostream& stream) {
     CExporter(stream).Write(snapshot, file);
-}
-
-void ListSnapshots(const CString& folder, std::ostream& stream) {
-    constexpr std::string_view kEnding = ".dvs";
-    UseResultsFolder(folder, {}, true);
-    CHost& host = theContext.GetHost();
-    const CString path = theContext.m_strResultsDir.empty() ? theContext.GetResultsDir() : theContext.m_strResultsDir;
-    if (!host.DirectoryExists(path)) throw CCallError(kReviewNoFile, host.GetDisplayPath(path) + " is no folder");
-    std::vector<CString> names = host.ListFiles(path);
-    std::sort(names.begin(), names.end());
-    std::vector<CRow> rows = {{"NAME", "TAKEN", "MACHINE", "USER", "SYSTEM", "SIZE"}};
-    for (const CString& name : names) {
-        if (mbsicmp(ExtensionOf(name), kEnding) != 0) continue;
-        try {
-            CString file;
-            const std::unique_ptr<CSnapshot> snapshot = LoadIdentity(path + '\\' + name, file);
-            rows.push_back({VisibleText(snapshot->m_name), IsoTime(snapshot->GetCreatedTicks()).substr(0, 19) + "Z",
-                            VisibleText(snapshot->m_strComputerName), VisibleText(snapshot->m_strUserName),
-                            VisibleText(snapshot->m_strOsName), std::to_string(snapshot->GetFileSize())});
-        } catch (const CCallError& error) {
-            theContext.Say(error.what());
-        }
-    }
-    WriteTable(rows, stream);
 }
 
 }  // namespace delvane
