@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "capture/drives.h"
 #include "tests/review/review_case.h"
 
 namespace delvane {
@@ -173,6 +174,62 @@ TEST_F(ReviewFormats, JUnitFailsWhatReachesTheLevelAndSkipsWhatIsAccepted) {
          }) {
         EXPECT_NE(xml.find(part), CString::npos) << part << "\n" << xml;
     }
+}
+
+// Lists end after twenty entries, and what is left out is counted.
+TEST_F(ReviewFormats, TheVerdictShowsTheBeginningOfItsLists) {
+    CString many = "C: fixed\n  a\\\n    0\n    a\n";
+    m_input.m_baseline = Take("C: fixed\n  a\\\n    0\n", "", "Before");
+    for (int i = 2; i <= 20; ++i)
+        many += "    b" + std::to_string(i) + "\n";
+    const auto verdict = [&](const CString& disks, int gaps) {
+        m_input.m_current = Take(disks, "", "After");
+        m_input.m_installed = m_input.m_current;
+        for (int i = 0; i < gaps; ++i)
+            m_input.m_current.m_gaps.push_back({{EGapKind::kValue, "HKLM\\K", "v", 5, "access denied"}, {}, false});
+        Judge("[[accept]]\nfinding = 'files-outside'\nreason = 'x'");
+        return TextOf([&](std::ostream& s) { WriteVerdict(*m_pReview, s); });
+    };
+    const CString whole = verdict(many, 20);
+    EXPECT_TRUE(
+        whole.starts_with("After against Before: exit code 1\nleft-behind: 20 open changes\n    file C:\\a\\a\n"))
+        << whole;
+    EXPECT_NE(whole.find("\nrequirement 5, Where files and settings belong: files-outside 1 warning, 0 open\n"),
+              CString::npos)
+        << whole;
+    EXPECT_EQ(CountOf(whole, "not read in After: value HKLM\\K: v (5, access denied)\n"), 20);
+    EXPECT_EQ(CountOf(whole, " more"), 0);
+    const CString cut = verdict(many + "    c\n", 22);
+    EXPECT_EQ(CountOf(cut, "    file "), 20);
+    EXPECT_NE(cut.find("\n    and 1 more\nnot-restored: 0 open changes\n"), CString::npos) << cut;
+    EXPECT_EQ(CountOf(cut, "not read in "), 20);
+    EXPECT_TRUE(cut.ends_with(")\nnot read: 2 more places\n")) << cut;
+}
+
+TEST_F(ReviewFormats, AnExportHasALineForEachNodeAndCountsThem) {
+    m_input.m_baseline =
+        Take("C: fixed [System]\n  a\\\n    b\\\n      x.txt  size=3\n", "HKLM\n  K\\\n    v = dword 7\n", "Snap");
+    CSnapshot& snapshot = *m_input.m_baseline.m_pSnapshot;
+    std::uint32_t& type = static_cast<CDelvDriveObj*>(snapshot.m_pDrives->m_subdirs.front())->m_nDriveType;
+    CString text;
+    for (const auto& [number, word] : {std::pair(7U, "unknown"), {6U, "ram-disk"}, {3U, "fixed"}}) {
+        type = number;  // a file may hold any
+        text = TextOf([&](std::ostream& s) { ExportSnapshot(snapshot, "/x/Snap.dvs", s); });
+        const CString drive = CString(R"({"record":"drive","path":"C:\\","type":")") + word + R"(","volume":"System"})";
+        EXPECT_EQ(CountOf(text, drive), 1) << text;
+    }
+    EXPECT_TRUE(text.starts_with("{\"record\":\"snapshot\",\"version\":1,\"program\":\"" DELVANE_VERSION
+                                 "\",\"name\":\"Snap\",\"created\":\""));
+    for (const char* const part :
+         {R"({"record":"directory","path":"C:\\a\\b",)", R"({"record":"file","path":"C:\\a\\b\\x.txt","size":3,)",
+          R"({"record":"key","path":"HKLM\\K"})",
+          R"({"record":"value","path":"HKLM\\K","name":"v","type":"REG_DWORD","data":7})"}) {
+        EXPECT_EQ(CountOf(text, part), 1) << part << "\n" << text;
+    }
+    EXPECT_TRUE(
+        text.ends_with("{\"record\":\"end\",\"drive\":1,\"directory\":2,\"file\":1,\"key\":4,\"value\":1,"
+                       "\"extension\":1}\n"))
+        << text;
 }
 
 TEST_F(ReviewFormats, MarkdownStaysSmallAndKeepsNamesFromBeingMarkup) {

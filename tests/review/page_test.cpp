@@ -50,6 +50,35 @@ TEST_F(ReviewPage, DumpsBytes) {
     EXPECT_NE(Dump(CString(65537, 'a'), "").find("\n00010000  <del>61</del>"), CString::npos);
 }
 
+TEST_F(ReviewPage, SaysWhyTheExitCodeIsWhatItIs) {
+    m_input.m_baseline = Take("C: fixed\n  a", "HKLM\n  K\\\nHKCU\n  K\\\nHKCR\n  K\\\n", "Before");
+    m_input.m_current =
+        Take("C: fixed\n  a\n  b", "HKLM\n  K\\\nHKCU\n  K\\\n    v = sz \"1\"\nHKCR\n  K\\\n", "After");
+    const struct {
+        EFailOn m_level;
+        const char* m_accepted;
+        const char* m_why;
+    } kCases[] = {
+        {EFailOn::kNone, "path = 'x'", "With <code>--fail-on none</code> nothing is counted against it."},
+        {EFailOn::kError, "path = 'x'", "Nothing that is open reaches <code>--fail-on error</code>."},
+        {EFailOn::kWarning, "path = 'x'", "2 open warnings reach <code>"},
+        {EFailOn::kWarning, "path = 'C:\\**'", "1 open warning reaches <code>"},
+        {EFailOn::kInfo, "finding = 'no-uninstall-entry'", "1 open warning and 1 open info reach <code>"},
+        {EFailOn::kChange, "path = 'x'", "2 open changes reach <code>"},
+        {EFailOn::kChange, "path = 'C:\\**'", "1 open change reaches <code>"},
+    };
+    for (const auto& [level, accepted, why] : kCases) {
+        CString list;
+        for (const CString what :
+             {"finding = 'current-without-extensions'", "finding = 'baseline-without-extensions'", accepted})
+            list += "[[accept]]\n" + what + "\nreason = 'x'\n";
+        m_input.m_failOn = level;
+        const CReview& review = Judge(list);
+        const CString page = TextOf([&](std::ostream& stream) { WriteReviewPage(review, stream, 9); });
+        EXPECT_EQ(page.substr(page.find("</strong>") + 9, CString(why).size()), why);
+    }
+}
+
 TEST_F(ReviewPage, LimitsEachGroupAndShowsWhatIsOpenFirst) {
     m_input.m_baseline = Take("C: fixed\n  old  size=1", "", "Before");
     m_input.m_current =
