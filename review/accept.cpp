@@ -96,34 +96,29 @@ private:
                 if (table.contains(key)) Fault(table.get(key)->source(), CString(key) + " goes with a path");
             }
         }
-        ReadText(table, "path", entry.m_strPath);
-        entry.m_bHasName = ReadText(table, "name", entry.m_strName);
+        entry.m_strPath = ReadText(table, "path").value_or("");
+        entry.m_name = ReadText(table, "name");
         ReadWords(table, "kind", kWords<EKind>, entry.m_kinds);
         ReadWords(table, "change", kWords<EChange>, entry.m_changes);
-        CString rule;
-        if (ReadText(table, "finding", rule)) {
-            entry.m_pRule = FindRule(rule);
-            if (entry.m_pRule == nullptr) Fault(table.get("finding")->source(), "unknown rule \"" + rule + "\"");
+        if (const std::optional<CString> rule = ReadText(table, "finding")) {
+            entry.m_pRule = FindRule(*rule);
+            if (entry.m_pRule == nullptr) Fault(table.get("finding")->source(), "unknown rule \"" + *rule + "\"");
         }
         if (!table.contains("reason")) Fault(table.source(), "an entry needs a reason");
-        ReadText(table, "reason", entry.m_strReason);
+        entry.m_strReason = ReadText(table, "reason").value_or("");
         ReadDate(table, entry);
         return entry;
     }
 
-    // A text that is not blank, but for a name, which may be. False where the key is not there or its value is none.
-    bool ReadText(const toml::table& table, const char* key, CString& text) {
+    // A text that is not blank, but for a name, which may be.
+    std::optional<CString> ReadText(const toml::table& table, std::string_view key) {
         const toml::node* const node = table.get(key);
-        if (node == nullptr) return false;
-        if (!node->is_string()) {
-            Fault(node->source(), CString(key) + " is a text");
-            return false;
-        }
-        text = node->as_string()->get();
-        const bool isName = std::string_view(key) == "name";
-        if (isName ? !text.empty() : text.find_first_not_of(" \t\r\n") != CString::npos) return true;
-        Fault(node->source(), CString(key) + " is empty");
-        return false;
+        if (node == nullptr) return std::nullopt;
+        const std::optional<CString> text = node->value_exact<CString>();
+        const bool isBlank = text && text->find_first_not_of(key == "name" ? "" : " \t\r\n") == CString::npos;
+        if (text && !isBlank) return text;
+        Fault(node->source(), CString(key) + (text ? " is empty" : " is a text"));
+        return std::nullopt;
     }
 
     void ReadWords(const toml::table& table, const char* key, std::span<const std::string_view> words,
@@ -166,7 +161,7 @@ private:
 
 CString CAcceptEntry::GetPlace() const {
     return m_strFile + ":" + std::to_string(m_nLine) + ": " +
-           (m_pRule != nullptr ? CString(m_pRule->m_id) : m_strPath + (m_bHasName ? " " + m_strName : CString()));
+           (m_pRule != nullptr ? CString(m_pRule->m_id) : m_strPath + (m_name ? " " + *m_name : CString()));
 }
 
 void CAcceptList::Read(std::string_view file, std::string_view text, std::uint64_t today) {
@@ -178,7 +173,7 @@ void CAcceptList::Read(std::string_view file, std::string_view text, std::uint64
         kept.m_nNumber = number + 1;
         if (kept.m_pRule != nullptr || kept.m_bExpired) continue;
         try {
-            m_index.Add(kept.m_strPath, kept.m_bHasName ? std::optional(kept.m_strName) : std::nullopt, number);
+            m_index.Add(kept.m_strPath, kept.m_name, number);
         } catch (const std::invalid_argument& error) {
             reader.Refuse(kept.m_nLine, CString("path ") + error.what());
         }

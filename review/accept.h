@@ -19,9 +19,8 @@ struct CAcceptEntry {
     std::uint32_t m_nNumber = 0;  // its place in all lists, counted from 1
     CString m_strFile;            // as it was given in the call
     std::uint32_t m_nLine = 0;
-    CString m_strPath;  // the pattern; empty where it accepts a rule
-    CString m_strName;  // the pattern of a value's name
-    bool m_bHasName = false;
+    CString m_strPath;               // the pattern; empty where it accepts a rule
+    std::optional<CString> m_name;   // the pattern of a value's name
     std::uint8_t m_kinds = 0xFF;     // a bit for each EKind
     std::uint8_t m_changes = 0xFF;   // a bit for each EChange
     const CRule* m_pRule = nullptr;  // what it accepts where it has no pattern

@@ -58,7 +58,7 @@ public:
         CMasterReport report(other, baseline);
         report.CompareSnapshots();
         ForEachChange(report, [&](EChange change, const CDelvObj* before, const CDelvObj* after) {
-            m_changes[IdentityOf(after != nullptr ? *after : *before)] |= BitOf(change);
+            m_changes[IdentityOf(after != nullptr ? *after : *before)] |= 1U << IndexOf(change);
         });
         for (const CReportFinding& finding : report.m_findings) {
             const auto isOneOf = [&](std::initializer_list<std::uint32_t> ids) {
@@ -73,8 +73,11 @@ public:
         }
     }
 
-    bool HasAny(const CChange& change) const { return Find(change) != 0; }
-    bool HasSame(const CChange& change) const { return (Find(change) & BitOf(change.m_change)) != 0; }
+    // How the object of the change differs there, a bit for each change.
+    unsigned Find(const CChange& change) const {
+        const auto found = m_changes.find(IdentityOf(change.m_kind, change.m_path, change.m_name));
+        return found == m_changes.end() ? 0 : found->second;
+    }
     // Whether the drive or hive of the change was compared at all.
     bool Knows(const CChange& change) const {
         if (change.m_kind == EKind::kExtension) return !m_bExtensionsIgnored;
@@ -82,13 +85,7 @@ public:
     }
 
 private:
-    static unsigned BitOf(EChange change) { return 1U << static_cast<int>(change); }
-    unsigned Find(const CChange& change) const {
-        const auto found = m_changes.find(IdentityOf(change.m_kind, change.m_path, change.m_name));
-        return found == m_changes.end() ? 0 : found->second;
-    }
-
-    // A bit for each change: a name whose case alone has changed was deleted and added.
+    // More than one bit where the case of a name alone has changed: it was deleted and added.
     std::unordered_map<CString, unsigned> m_changes;
     std::set<CString> m_ignored;
     bool m_bExtensionsIgnored = false;
@@ -156,11 +153,11 @@ public:
             change.m_pEntry = m_review.m_accept.Find(change);
             if (change.m_pEntry != nullptr) {
                 change.m_status = EStatus::kAccepted;
-            } else if (control && control->HasSame(change)) {
+            } else if (control && (control->Find(change) >> IndexOf(change.m_change) & 1) != 0) {
                 change.m_status = EStatus::kNoise;
             }
             if (installed && installed->Knows(change)) {
-                change.m_leftover = !installed->HasAny(change)           ? ELeftover::kLater
+                change.m_leftover = installed->Find(change) == 0         ? ELeftover::kLater
                                     : change.m_change == EChange::kAdded ? ELeftover::kLeftBehind
                                                                          : ELeftover::kNotRestored;
             }
@@ -222,12 +219,8 @@ private:
         const bool isRegistry = kind == EKind::kKey || kind == EKind::kValue;
         if (!isRegistry && !node.m_bComposed) return node.m_fullName;
         if (m_pLast == &node) return m_lastPath;
-        const CString path = node.GetFullName();
-        char* const copy = static_cast<char*>(m_review.m_texts.allocate(path.size(), 1));
-        std::copy(path.begin(), path.end(), copy);
         m_pLast = &node;
-        m_lastPath = {copy, path.size()};
-        return m_lastPath;
+        return m_lastPath = m_review.m_texts.CopyBytes(node.GetFullName());
     }
 
     CChange* FindChange(const CDelvObj* node) {
@@ -245,9 +238,7 @@ private:
         };
         for (const auto& exe : files.m_exeCopies) {
             if (!exe->m_bAnalyzed) continue;  // named by a service, whatever it is
-            CChange* const change = note(*exe, ETrait::kExecutable);
-            if (change == nullptr) continue;
-            change->m_version = exe->m_strFileVersion;
+            if (CChange* const change = note(*exe, ETrait::kExecutable)) change->m_version = exe->m_strFileVersion;
         }
         for (const CDelvObj* exe : files.m_exes16Bit)
             note(*exe, ETrait::k16Bit);

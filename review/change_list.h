@@ -6,7 +6,6 @@
 #include <bit>
 #include <cstdint>
 #include <memory>
-#include <memory_resource>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -14,6 +13,7 @@
 
 #include "review/accept.h"
 #include "review/words.h"
+#include "tree/arena.h"
 #include "tree/gaps.h"
 #include "tree/snapshot.h"
 
@@ -164,8 +164,8 @@ public:
 private:
     class CCollector;
 
-    std::pmr::monotonic_buffer_resource m_texts;  // paths that had to be put together
-    std::unique_ptr<CMasterReport> m_pReport;     // owns what versions point into
+    CArena m_texts;                            // paths that had to be put together
+    std::unique_ptr<CMasterReport> m_pReport;  // owns what versions point into
 };
 
 }  // namespace delvane

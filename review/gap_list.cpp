@@ -1,7 +1,6 @@
 #include "review/gap_list.h"
 
 #include <algorithm>
-#include <array>
 #include <nlohmann/json.hpp>
 
 #include "review/change_list.h"
@@ -49,25 +48,16 @@ bool ReadGaps(std::string_view text, std::vector<CReviewGap>& gaps, CString& pro
 // A registry file that is not whole leaves its keys in doubt: the part of the registry that it holds, and of HKCR what
 // comes out of that.
 void CGapIndex::AddRegistryFile(std::string_view path) {
-    struct CPart {
-        std::string_view m_file;
-        std::string_view m_key;
-        bool m_bClasses;
-    };
-    static constexpr std::array<CPart, 8> kParts = {{{"system.reg", "HKLM", true},
-                                                     {"user.reg", "HKCU", false},
-                                                     {"software", "HKLM\\Software", true},
-                                                     {"system", "HKLM\\System", false},
-                                                     {"sam", "HKLM\\SAM", false},
-                                                     {"security", "HKLM\\Security", false},
-                                                     {"ntuser.dat", "HKCU", false},
-                                                     {"usrclass.dat", "HKCU\\Software\\Classes", true}}};
-    const std::size_t separator = path.find_last_of("\\/");
-    const std::string_view file = separator == std::string_view::npos ? path : path.substr(separator + 1);
-    for (const CPart& part : kParts) {
-        if (mbsicmp(part.m_file, file) != 0) continue;
-        m_places.insert(FoldCase(part.m_key));
-        if (part.m_bClasses) m_places.insert(FoldCase("HKCR"));
+    static constexpr std::pair<std::string_view, std::string_view> kParts[] = {
+        {"system.reg", "HKLM"},  {"system.reg", "HKCR"},
+        {"user.reg", "HKCU"},    {"software", "HKLM\\Software"},
+        {"software", "HKCR"},    {"system", "HKLM\\System"},
+        {"sam", "HKLM\\SAM"},    {"security", "HKLM\\Security"},
+        {"ntuser.dat", "HKCU"},  {"usrclass.dat", "HKCU\\Software\\Classes"},
+        {"usrclass.dat", "HKCR"}};
+    const std::string_view name = path.substr(path.find_last_of("\\/") + 1);  // from 0 where there is none
+    for (const auto& [file, key] : kParts) {
+        if (mbsicmp(file, name) == 0) m_places.insert(FoldCase(key));
     }
 }
 

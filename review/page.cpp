@@ -177,11 +177,8 @@ private:
 
     // Why the exit code is what it is.
     void WriteWhy() {
-        const auto writeOption = [&] { m_page << "<code>--fail-on " << WordOf(m_review.m_failOn) << "</code>"; };
         if (m_review.m_failOn == EFailOn::kNone) {
-            m_page << "With ";
-            writeOption();
-            m_page << " nothing is counted against it.";
+            m_page << "With <code>--fail-on none</code> nothing is counted against it.";
             return;
         }
         std::size_t count = 0;
@@ -197,9 +194,8 @@ private:
             }
         }
         m_page << (count == 0 ? "Nothing that is open" : Joined(reached, " and "))
-               << (count < 2 ? " reaches " : " reach ");
-        writeOption();
-        m_page << ".";
+               << (count < 2 ? " reaches <code>--fail-on " : " reach <code>--fail-on ") << WordOf(m_review.m_failOn)
+               << "</code>.";
     }
 
     // From the `first` word on.
@@ -422,7 +418,7 @@ private:
     void WriteEntry(const CAcceptEntry& entry, const std::vector<std::uint32_t>& changes) {
         m_page << "<li>\n<p class=\"head\"><span class=\"soft\">Entry " << entry.m_nNumber << ":</span> <code><b>"
                << (entry.m_pRule != nullptr ? entry.m_pRule->m_id : std::string_view(entry.m_strPath)) << "</b></code>";
-        if (entry.m_bHasName) m_page << " <code>" << entry.m_strName << "</code>";
+        if (entry.m_name) m_page << " <code>" << *entry.m_name << "</code>";
         m_page << " <span class=\"soft\">" << entry.m_strFile << ":" << entry.m_nLine;
         if (!entry.m_strUntil.empty()) m_page << (entry.m_bExpired ? ", ended " : ", until ") << entry.m_strUntil;
         m_page << "</span></p>\n<p>" << entry.m_strReason << "</p>\n";

@@ -57,14 +57,11 @@ void AppendTag(CString& html, std::string_view begin, std::string_view tag) {
     if (!tag.empty()) ((html += begin) += tag) += '>';
 }
 
-bool HasLines(std::string_view text, EText form) {
-    return form != EText::kLine && text.find(form == EText::kList ? '\0' : '\n') != std::string_view::npos;
-}
-
 }  // namespace
 
 CSide::CSide(std::string_view tag, std::string_view text, std::string_view opposite)
     : m_tag(tag), m_text(text), m_opposite(opposite) {
+    if (tag.empty()) return;
     const auto same = std::mismatch(text.begin(), text.end(), opposite.begin(), opposite.end()).first - text.begin();
     const auto bound = static_cast<std::size_t>(same);
     m_part.m_nBegin = std::min(BoundBefore(text, bound), BoundBefore(opposite, bound));
@@ -87,10 +84,10 @@ CPageText& CPageText::Object(std::string_view path, std::optional<std::string_vi
     return *this << "<code>" << path.substr(0, last) << "<b>" << path.substr(last) << "</b></code>";
 }
 
-CPageText& CPageText::Field(std::string_view text, std::string_view tag, bool differs) {
+CPageText& CPageText::Field(std::string_view text, std::string_view tag, bool differs, EText form) {
     const std::string_view marked = differs ? tag : std::string_view();
     AppendTag(m_html, "<", marked);
-    AppendText(m_html, text, EText::kLine);
+    AppendText(m_html, text, form);
     AppendTag(m_html, "</", marked);
     return *this;
 }
@@ -102,24 +99,17 @@ void CPageText::Flush() {
 
 // A part of a side's text, in an element that keeps its lines where it has some.
 void CPageText::Marked(const CSide& side, CPart part, EText form) {
-    const auto text = [&](std::size_t begin, std::size_t end) {
+    const auto between = [&](std::size_t begin, std::size_t end) {
         begin = std::clamp(begin, part.m_nBegin, part.m_nEnd);
-        end = std::clamp(end, begin, part.m_nEnd);
-        AppendText(m_html, side.m_text.substr(begin, end - begin), form);
-        return end > begin;
+        return side.m_text.substr(begin, std::clamp(end, begin, part.m_nEnd) - begin);
     };
-    const std::string_view shown = side.m_text.substr(part.m_nBegin, part.m_nEnd - part.m_nBegin);
-    const bool hasLines = HasLines(shown, form);
+    const char lineEnd = form == EText::kList ? '\0' : '\n';
+    const bool hasLines = form != EText::kLine && between(0, part.m_nEnd).find(lineEnd) != std::string_view::npos;
+    const auto [begin, end] = side.m_part;
     Raw(hasLines ? "<pre>\n" : "<code>");  // the line feed behind <pre> is none of the text
-    if (part.m_nBegin != 0) Raw("\u2026");
-    text(0, side.m_part.m_nBegin);
-    const bool hasPart = side.m_part.m_nEnd > side.m_part.m_nBegin;
-    AppendTag(m_html, "<", hasPart ? side.m_tag : "");
-    text(side.m_part.m_nBegin, side.m_part.m_nEnd);
-    AppendTag(m_html, "</", hasPart ? side.m_tag : "");
-    text(side.m_part.m_nEnd, side.m_text.size());
-    if (part.m_nEnd != side.m_text.size()) Raw("\u2026");
-    Raw(hasLines ? "</pre>" : "</code>");
+    Raw(part.m_nBegin != 0 ? "\u2026" : "").Text(between(0, begin), form);
+    Field(between(begin, end), side.m_tag, begin < end, form).Text(between(end, side.m_text.size()), form);
+    Raw(part.m_nEnd != side.m_text.size() ? "\u2026" : "").Raw(hasLines ? "</pre>" : "</code>");
 }
 
 // The way to the whole of what was cut. Behind a page of enormous data stand the lines.
@@ -144,7 +134,7 @@ CPageText& CPageText::Data(const CSide& side, EText form) {
         Marked(side, {0, text.size()}, form);
         return *this;
     }
-    const std::size_t first = side.m_tag.empty() ? 0 : std::min(side.m_part.m_nBegin, text.size() - kCutText + kLead);
+    const std::size_t first = std::min(side.m_part.m_nBegin, text.size() - kCutText + kLead);
     const std::size_t begin = BoundBefore(text, first > kLead ? first - kLead : 0);
     Marked(side, {begin, BoundBefore(text, std::min(begin + kCutText, text.size()))}, form);
     Rest(text.size(), [&] { Marked(side, {0, text.size()}, form); });
@@ -156,7 +146,6 @@ CPageText& CPageText::Data(const CSide& side, EText form) {
 void CPageText::DumpLines(const CSide& side, std::size_t first, std::size_t end) {
     const std::string_view bytes = side.m_text;
     const auto differs = [&](std::size_t at) {
-        if (side.m_tag.empty()) return false;
         if (bytes.size() == side.m_opposite.size()) return bytes[at] != side.m_opposite[at];
         return at >= side.m_part.m_nBegin && at < side.m_part.m_nEnd;
     };
@@ -198,8 +187,7 @@ CPageText& CPageText::Dump(const CSide& side) {
         DumpLines(side, 0, lines);
         return *this;
     }
-    std::size_t first = 0;
-    if (!side.m_tag.empty()) first = std::min(side.m_part.m_nBegin / kLineSize, lines - kCutDump);
+    std::size_t first = std::min(side.m_part.m_nBegin / kLineSize, lines - kCutDump);
     first -= std::min<std::size_t>(first, 1);
     DumpLines(side, first, first + kCutDump);
     Rest(bytes.size(), [&] { DumpLines(side, 0, lines); });

@@ -58,8 +58,8 @@ public:
     CPageText& Text(std::string_view text, EText form = EText::kLine);
     // A path, with its last part set off; or that of a key and the name of a value.
     CPageText& Object(std::string_view path, std::optional<std::string_view> name);
-    // A short text of ours, marked as a whole where it differs.
-    CPageText& Field(std::string_view text, std::string_view tag, bool differs);
+    // A text that is marked as a whole where it differs.
+    CPageText& Field(std::string_view text, std::string_view tag, bool differs, EText form = EText::kLine);
     // Data with their differing part marked; long ones are cut, and a way leads to the whole.
     CPageText& Data(const CSide& side, EText form);
     CPageText& Dump(const CSide& side);  // 16 bytes a line: offset, bytes, characters

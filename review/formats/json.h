@@ -51,10 +51,10 @@ public:
             Put({}, value);
         EndList();
     }
-    // An object of one field.
-    void PutObject(std::string_view key, std::string_view field, const auto& value) {
+    // An object of these fields, a key and a value in turns.
+    void PutObject(std::string_view key, const auto&... fields) {
         BeginObject(key);
-        Put(field, value);
+        PutFields(fields...);
         EndObject();
     }
 
@@ -68,6 +68,10 @@ public:
     void EndLine();
 
 private:
+    void PutFields(std::string_view key, const auto& value, const auto&... more) {
+        Put(key, value);
+        if constexpr (sizeof...(more) != 0) PutFields(more...);
+    }
     void Name(std::string_view key);
     void Quote(std::string_view clean);
     void Begin(std::string_view key, char bracket) {

@@ -85,19 +85,12 @@ void WriteResult(CJson& json, const CReview& review, const CFinding& finding) {
     // A list that is there and empty says that nothing suppresses the result.
     json.BeginList("suppressions");
     if (!finding.IsOpen()) {
-        json.BeginObject();
-        json.Put("kind", "external");
-        json.Put("status", "accepted");
-        json.Put("justification", finding.m_status == EStatus::kNoise
-                                      ? "changes by itself, as the control snapshot shows"
-                                      : std::string_view(finding.m_strReason));
-        json.EndObject();
+        json.PutObject({}, "kind", "external", "status", "accepted", "justification",
+                       finding.m_status == EStatus::kNoise ? "changes by itself, as the control snapshot shows"
+                                                           : finding.m_strReason);
     }
     json.EndList();
-    json.BeginObject("properties");
-    json.Put("object", finding.m_strObject);
-    json.Put("changes", finding.m_changes.size());
-    json.EndObject();
+    json.PutObject("properties", "object", finding.m_strObject, "changes", finding.m_changes.size());
     json.EndObject();
 }
 
@@ -121,11 +114,8 @@ void WriteSarif(const CReview& review, std::ostream& stream) {
     json.EndObject();
     json.EndObject();
     json.BeginList("invocations");
-    json.BeginObject();
-    json.Put("executionSuccessful", true);
-    json.Put("exitCode", review.m_nExit);
-    json.Put("endTimeUtc", IsoTime(review.m_nCreated));
-    json.EndObject();
+    json.PutObject({}, "executionSuccessful", true, "exitCode", review.m_nExit, "endTimeUtc",
+                   IsoTime(review.m_nCreated));
     json.EndList();
     json.BeginList("results");
     for (const CFinding& finding : review.m_findings)
