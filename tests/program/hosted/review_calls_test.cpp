@@ -1,8 +1,5 @@
 // The calls that go by a word, run as a user runs them: files, exit codes, sentences.
-#include <cstdlib>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
+#include "tests/program/program.h"
 #include "tests/support/prefix.h"
 
 namespace delvane {
@@ -10,28 +7,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class ReviewCalls : public testing::Test {
+class ReviewCalls : public CProgramTest {
 protected:
     ReviewCalls() {
+        m_machine = m_prefix.GetPath();
         EXPECT_EQ(Run("/s /bc:Before"), 0);
         m_prefix.Write("drive_c/new.txt", "x");
         EXPECT_EQ(Run("/s /cc:After"), 0);
     }
-    int Run(const std::string& arguments) {
-        const std::string command = "cd " + m_home.GetPath() +
-                                    " || exit; env -u WINEPREFIX DELVANE_HOME=" + m_home.GetPath() +
-                                    " DELVANE_MACHINE=" + m_prefix.GetPath() + " '" + DELVANE_PROGRAM + "' " +
-                                    arguments + " >stdout 2>stderr </dev/null";
-        const int status = std::system(command.c_str());
-        m_output = m_home.Read("stdout");
-        m_errors = m_home.Read("stderr");
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
 
-    CTemporaryFolder m_home;
     CPrefix m_prefix;
-    std::string m_output;
-    std::string m_errors;
 };
 
 TEST_F(ReviewCalls, AReviewWritesItsFilesAndGatesByItsExitCode) {
