@@ -106,20 +106,6 @@ TEST_F(Extensions, WithoutTheClassesOnlyThoseOfFilesAreKnownAndWithTheOptionOffN
     EXPECT_EQ(ListOf(*TakeSnapshot()), "");
 }
 
-TEST_F(Extensions, ManyFromFilesAreFoundAgain) {
-    CString disk = "C: fixed\n";
-    for (int i = 0; i < 3000; ++i)
-        disk += "  file." + std::to_string(i * 7919 % 3000) + "\n  again." + std::to_string(i) + "\n";
-    SetRegistry("");
-    Start(disk);
-    const auto snapshot = TakeSnapshot();
-    ASSERT_EQ(snapshot->m_pExtensions->m_extensions.size(), 3000U);
-    for (std::size_t i = 1; i < 3000; ++i)
-        EXPECT_LT(mbscmp(snapshot->m_pExtensions->m_extensions[i - 1]->m_name,
-                         snapshot->m_pExtensions->m_extensions[i]->m_name),
-                  0);
-}
-
 TEST_F(Extensions, ChangeWhenATextDiffersInMoreThanCase) {
     Start("C: fixed");
     const auto compared = [this](std::string_view before, std::string_view after) {

@@ -107,16 +107,6 @@ TEST_F(Walk, VisitsTheSelectedDrivesAndKeepsTheirKindAndVolume) {
     EXPECT_EQ(share->GetTypeText(), "Network Share");
 }
 
-TEST_F(Walk, AnUnreadableDirectoryStaysWithEmptyLists) {
-    EXPECT_EQ(Walked(R"(
-        C: fixed
-          Locked\  unreadable
-            secret
-          z
-    )"),
-              "C:\\\nC:\\z\nC:\\Locked\\\n");
-}
-
 TEST_F(Walk, CountsAndPostsOnceUntilTheMessageIsHandled) {
     Start(R"(
         C: fixed
