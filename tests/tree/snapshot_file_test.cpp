@@ -1,5 +1,6 @@
 // The snapshot file: its bytes, its versions, and what is refused.
 #include "capture/drives.h"
+#include "capture/extensions.h"
 #include "capture/registry.h"
 #include "platform/little_endian.h"
 #include "tests/support/machine_test.h"
@@ -167,10 +168,10 @@ TEST_F(SnapshotFile, ComesBackAsItWasStored) {
     EXPECT_EQ(Store(*loaded), bytes);
 }
 
-// A registry and extensions that another build stored are kept and stored again.
-TEST_F(SnapshotFile, KeepsWhatThisBuildDoesNotCapture) {
+// Whatever a file holds is kept and stored again: one hive of three, a type beyond the known ones.
+TEST_F(SnapshotFile, KeepsWhatThisMachineDoesNotHave) {
     Start("");
-    const CString value = Bytes({EncodeText("v"), EncodeText(""), U32(1), U32(3), "ab", CString(1, '\0')});
+    const CString value = Bytes({EncodeText("v"), EncodeText(""), U32(0xFFFF0012), U32(3), "abc"});
     const CString key = Bytes({EncodeText("k"), EncodeText(""), U32(1), value, U32(0)});
     CString bytes = Head();
     bytes.resize(bytes.size() - 4);
@@ -181,6 +182,8 @@ TEST_F(SnapshotFile, KeepsWhatThisBuildDoesNotCapture) {
                EncodeText(".x"), EncodeText("X file"), EncodeText("icon"), EncodeText("run"), U32(1)});
     const auto loaded = LoadFrom(bytes);
     ASSERT_NE(loaded, nullptr);
+    const auto& extension = static_cast<const CDelvExtObj&>(*loaded->FindObject(".x"));
+    EXPECT_EQ(CString(extension.m_strIcon) + CString(extension.m_strOpenCommand), "iconrun");
     loaded->m_fullName = loaded->GetArena().Copy("C:\\Delvane\\Results");
     bytes.replace(bytes.find("\1d"), 2, EncodeText("C:\\Delvane\\Results"));
     EXPECT_EQ(Store(*loaded), bytes);
