@@ -118,8 +118,13 @@ TEST_F(Context, TheResultsDirectoryIsMadeOrGivenUpForTheProgramsOwn) {
     EXPECT_EQ(theContext.GetResultsDir(), "C:\\Out\\");
 }
 
-TEST_F(Context, TheFirstRunWritesTheDefaults) {
+TEST_F(Context, TheFirstRunWritesTheDefaultsAndSoDoesOneWithAShortFile) {
+    m_pHost->m_files[kConfig] = CString(39, '\xFF');
     theContext.Initialize();
+    EXPECT_EQ(m_pHost->m_files[kConfig].size(), 40U);
+    m_pHost->m_files.clear();
+    theContext.Initialize();
+    EXPECT_EQ(theContext.m_dwDrivesOn, 0U);
     EXPECT_EQ(m_pHost->m_files[kConfig], CString(20, '\0') + CString("\1\0\0\0\1\0\0\0\1\0\0\0\1\0\0\0\1\0\0\0", 20));
     EXPECT_EQ(m_pHost->m_files.size(), 1U) << "and no error log";
 }
@@ -137,13 +142,6 @@ TEST_F(Context, StoredOptionsAreReadAndSwitchesStandAboveThem) {
     EXPECT_EQ(m_pHost->m_files[kConfig].size(), 44U) << "a run writes no switch back";
     EXPECT_TRUE(theContext.WriteConfig());
     EXPECT_EQ(m_pHost->m_files[kConfig][12], '\1');
-}
-
-TEST_F(Context, AShortConfigurationCountsAsMissing) {
-    m_pHost->m_files[kConfig] = CString(39, '\xFF');
-    theContext.Initialize();
-    EXPECT_EQ(theContext.m_dwDrivesOn, 0U);
-    EXPECT_EQ(m_pHost->m_files[kConfig].size(), 40U);
 }
 
 TEST_F(Context, TheLogOfAnEarlierRunGoesAndAReadOnlyFolderLosesEntriesInSilence) {
