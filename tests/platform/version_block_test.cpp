@@ -105,6 +105,14 @@ TEST(VersionBlock, TextsBecomeUtf8) {
     EXPECT_EQ(Query(image, kFileB0), "\u00a9\u00ae \u00ff \u20ac \u2122 \u0081");
 }
 
+TEST(VersionBlock, ItsOwnValueMayBeCalledText) {
+    std::string image = MakeImage(EImageKind::Pe32, SampleStrings());
+    const std::size_t block = FindWideEntry(image, "VS_VERSION_INFO");
+    Patch(image, block + 2, U16(image, block + 2) / 2, 2);  // counted in characters then
+    Patch(image, block + 4, 1, 2);
+    EXPECT_EQ(Query(image, kFileE4), "7.5.0.12");
+}
+
 TEST(VersionBlock, TextsEndAtTheirNulAndWithinTheirEntry) {
     const std::string image = MakeImage(EImageKind::Pe32, SampleStrings());
     const std::size_t entry = FindWideEntry(image, "FileVersion");

@@ -170,7 +170,9 @@ TEST(RegfHive, LinksAndPredefinedKeysAreTold) {
     CRegfWriter::CKey& link = writer.GetRoot().Make("Link");
     link.m_nFlags = 0x10;
     link.Set("SymbolicLinkValue", REG_LINK, ToUtf16("\\Registry\\Machine\\Software"));
-    writer.GetRoot().Make("Lost").m_nFlags = 0x10;
+    CRegfWriter::CKey& lost = writer.GetRoot().Make("Lost");
+    lost.m_nFlags = 0x10;
+    lost.Set("SymbolicLinkValue", REG_SZ, ToUtf16("\\Registry\\Machine\\Software"));
     writer.GetRoot().Make("Performance").m_nFlags = 0x40;
     const auto hive = Open(writer.Build());
     ASSERT_NE(hive, nullptr);
