@@ -89,10 +89,15 @@ TEST_F(Dialogs, TheReportPromptHasThreeAnswers) {
     StoreSnapshot("old");
     const CString page = kResults + "old - b.htm";
     m_pHost->m_files[page] = "kept";
-    AnswerLoad("b");
     AnswerLoad("old");
+    AnswerLoad("b");
     m_pToolkit->m_answers = {IDCANCEL, IDYES, IDNO};
-    RunMain({Press(IDC_LOAD_BASELINE), Press(IDC_LOAD_CURRENT), [&](Window& window) {
+    RunMain({Press(IDC_LOAD_CURRENT),
+             [](Window& window) {
+                 EXPECT_FALSE(window.IsEnabled(IDC_COMPARE)) << "by one side alone";
+                 window.Click(IDC_LOAD_BASELINE);
+             },
+             [&](Window& window) {
                  window.Click(IDC_COMPARE);
                  EXPECT_TRUE(m_pHost->m_opened.empty());
                  window.Click(IDC_COMPARE);
@@ -158,6 +163,7 @@ TEST_F(Dialogs, ACancelledCaptureEmptiesItsSide) {
     // The walk stands at its first entry until Cancel has been pressed, twice.
     std::latch cancelled(1);
     m_pToolkit->Script(IDD_PROGRESS, {[&](Window& window) {
+                           window.Enter();
                            window.Click(IDCANCEL);
                            window.PressClose();
                            EXPECT_FALSE(window.HasEnded()) << "the worker ends the dialog";

@@ -39,6 +39,8 @@ public:
     void Choose(std::uint32_t id, std::string_view entry);  // in a combo box or a list
     void ToggleItem(std::uint32_t id, std::size_t index);
     void PressClose() { Tell(&CDialogEvents::OnControl, IDCANCEL, EControlEvent::kClicked); }
+    // Where there is no button for it, too.
+    void Enter() { Tell(&CDialogEvents::OnControl, IDOK, EControlEvent::kClicked); }
 
     bool IsEnabled(std::uint32_t id) const { return !m_disabled.contains(id); }
     using CDialogWindow::HasEnded;
