@@ -116,6 +116,7 @@ TEST(RegfHive, EveryVersionAndKindOfListSaysTheSame) {
 
 TEST(RegfHive, NamesThatDifferStayApart) {
     CRegfWriter writer;
+    writer.GetRoot().Make("A");
     const Lines names = {"a", "a\0b"s, "caf\u00E9", "\u65E5\u672C", "\U0001F600", "\xED\xA0\xBD", "\xED\xB8\x80"};
     for (const std::string& name : names) {
         writer.GetRoot().m_subkeys.push_back(std::make_unique<CRegfWriter::CKey>());
