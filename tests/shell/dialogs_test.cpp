@@ -445,6 +445,16 @@ TEST_F(Options, KindsAndDrivesFollowEachOther) {
     EXPECT_FALSE(theContext.IsDriveSelected("E:")) << "hard drives are the gate for the other kinds";
 }
 
+TEST_F(Options, ADriveOfNoKindIsChosenByItsLetter) {
+    Start("C: fixed\nF: ramdisk\n", "/nologo");
+    Run({[](Window& window) {
+        window.ToggleItem(IDC_DRIVES, 1);
+        EXPECT_EQ(window.GetCheck(IDC_HARD_DRIVES), 1);
+        window.Click(IDOK);
+    }});
+    EXPECT_TRUE(theContext.IsDriveSelected("C:") && theContext.IsDriveSelected("F:"));
+}
+
 TEST_F(Options, ExtensionsAreTiedToTheirHive) {
     Start("C: fixed\n", "/nologo /r:hkcr-");
     Run({[](Window& window) {
