@@ -146,9 +146,9 @@ TEST(RegfHive, LooksUpAmongManyKeys) {
         writer.GetRoot().Make("Key" + std::to_string(i) + "\\Sub");
     const auto hive = Open(writer.Build());
     ASSERT_NE(hive, nullptr);
-    // Long enough for the index to come.
-    for (int i = 0; i < 2000; ++i) {
-        const auto key = hive->FindSubkey(hive->GetRoot(), "kEY" + std::to_string(i));
+    // Long enough for the index to come, and each once more with it.
+    for (int i = 0; i < 4000; ++i) {
+        const auto key = hive->FindSubkey(hive->GetRoot(), "kEY" + std::to_string(i % 2000));
         ASSERT_TRUE(key) << i;
         EXPECT_TRUE(hive->FindSubkey(*key, "sub"));
         EXPECT_FALSE(hive->FindSubkey(*key, "Key1"));
