@@ -315,6 +315,8 @@ TEST_F(Dialogs, TheSplashStaysFiveSecondsWithoutNames) {
     Start(kDisks, "");
     RunMain({[&](Window&) { EXPECT_FALSE(m_pToolkit->m_bSplash); }});
     EXPECT_EQ(m_pToolkit->m_slept.count(), 5000);
+    theContext.m_strBaselineName = "never";
+    RunMain({[&](Window&) { EXPECT_FALSE(m_pToolkit->m_bSplash) << "behind a chain of one step"; }});
 }
 
 TEST_F(Dialogs, HelpIsThePageBesideTheProgramsFilesOrTheOneThatCameWithIt) {
