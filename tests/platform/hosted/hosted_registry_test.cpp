@@ -100,13 +100,13 @@ TEST_F(HostedRegistry, ShowsItsRootsAndNothingElse) {
 }
 
 TEST_F(HostedRegistry, TwoLayersShowAsOne) {
-    const auto first = Add("[.a] 1\n@=\"user\"\n[Type\\\\shell] 1\n\"x\"=\"1\"\n");
+    const auto first = Add("[.a] 1\n@=\"user\"\n[Type\\\\shell] 1\n\"X\"=\"1\"\n");
     const auto second =
         Add("[.A] 1\n@=\"machine\"\n\"more\"=\"2\"\n[.b] 1\n[type\\\\Icon] 1\n[type\\\\SHELL] "
-            "1\n\"X\"=\"2\"\n[type\\\\SHELL\\\\open] 1\n");
+            "1\n\"x\"=\"2\"\n[type\\\\SHELL\\\\open] 1\n");
     m_registry.SetRoot(HKEY_CLASSES_ROOT, {first, second});
     EXPECT_EQ(WalkRoot(HKEY_CLASSES_ROOT),
-              (Lines{"\\.a", "\\.a: =user", "\\.a: more=2", "\\Type", "\\Type\\shell", "\\Type\\shell: x=1",
+              (Lines{"\\.a", "\\.a: =user", "\\.a: more=2", "\\Type", "\\Type\\shell", "\\Type\\shell: X=1",
                      "\\Type\\shell\\open", "\\Type\\Icon", "\\.b"}));
     EXPECT_TRUE(m_registry.Find(HKEY_CLASSES_ROOT, "TYPE\\icon"));
 }
