@@ -204,16 +204,6 @@ int RunExport(const CString& name, const CString& results) {
     return 0;
 }
 
-// Gives the exit code of a call that its text ends: help, or a fault.
-int EndByText(const CLI::App& app, const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) {
-        std::cout << app.help() << std::flush;
-        return std::cout.good() ? 0 : kReviewNoFile;
-    }
-    throw CCallError(kReviewBadCall, CString(error.what()) + "; delvane " + app.get_name().substr(sizeof "delvane") +
-                                         " --help lists the options");
-}
-
 int RunWord(const CString& word, std::vector<CString> arguments) {
     CLI::App app;
     app.name("delvane " + word);
@@ -242,7 +232,11 @@ int RunWord(const CString& word, std::vector<CString> arguments) {
         std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
         app.parse(arguments);
     } catch (const CLI::ParseError& error) {
-        return EndByText(app, error);
+        if (error.get_exit_code() != 0) {
+            throw CCallError(kReviewBadCall, CString(error.what()) + "; delvane " + word + " --help lists the options");
+        }
+        std::cout << app.help() << std::flush;
+        return std::cout.good() ? 0 : kReviewNoFile;
     }
     if (word == "review") return RunReview(options);
     if (word == "export") return RunExport(options.m_strCurrent, options.m_strResults);

@@ -45,9 +45,9 @@ bool ReadGaps(std::string_view text, std::vector<CReviewGap>& gaps, CString& pro
     return true;
 }
 
-// A registry file that is not whole leaves its keys in doubt: the part of the registry that it holds, and of HKCR what
-// comes out of that.
-void CGapIndex::AddRegistryFile(std::string_view path) {
+// A gap is told in clean text, so paths of changes are made clean before they are looked up. A registry file that is
+// not whole leaves its keys in doubt: the part of the registry that it holds, and of HKCR what comes out of that.
+void CGapIndex::Add(const CReviewGap& gap) {
     static constexpr std::pair<std::string_view, std::string_view> kParts[] = {
         {"system.reg", "HKLM"},  {"system.reg", "HKCR"},
         {"user.reg", "HKCU"},    {"software", "HKLM\\Software"},
@@ -55,16 +55,13 @@ void CGapIndex::AddRegistryFile(std::string_view path) {
         {"sam", "HKLM\\SAM"},    {"security", "HKLM\\Security"},
         {"ntuser.dat", "HKCU"},  {"usrclass.dat", "HKCU\\Software\\Classes"},
         {"usrclass.dat", "HKCR"}};
-    const std::string_view name = path.substr(path.find_last_of("\\/") + 1);  // from 0 where there is none
-    for (const auto& [file, key] : kParts) {
-        if (mbsicmp(file, name) == 0) m_places.insert(FoldCase(key));
-    }
-}
-
-// A gap is told in clean text, so paths of changes are made clean before they are looked up.
-void CGapIndex::Add(const CReviewGap& gap) {
-    if (gap.m_kind == EGapKind::kRegistryFile) AddRegistryFile(gap.m_strPath);
     CString place = FoldCase(gap.m_strPath);
+    if (gap.m_kind == EGapKind::kRegistryFile) {
+        const CString name = place.substr(place.find_last_of("\\/") + 1);  // from 0 where there is none
+        for (const auto& [file, key] : kParts) {
+            if (FoldCase(file) == name) m_places.insert(FoldCase(key));
+        }
+    }
     while (place.ends_with('\\'))
         place.pop_back();
     if (gap.m_kind == EGapKind::kValue) place += '\0' + FoldCase(gap.m_strName);

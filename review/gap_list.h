@@ -23,8 +23,6 @@ public:
     bool Covers(const CChange& change) const;
 
 private:
-    void AddRegistryFile(std::string_view path);
-
     std::unordered_set<CString> m_places;  // folded; a value as its key, a NUL and its name
 };
 

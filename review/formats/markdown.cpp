@@ -42,69 +42,58 @@ CString Cell(std::string_view text) {
 
 CString Code(std::string_view text) { return "<code>" + Cell(text) + "</code>"; }
 
-// Grows until the room is used up; what does not fit any more is counted.
-class CPage {
-public:
-    void Write(const CString& text) { m_strText += text; }
-    // A table. Each row is written if it fits in what is left of `share` of the whole room.
-    template <class Rows, class Row>
-    void WriteTable(const CString& title, const CString& head, const Rows& rows, double share, Row row) {
-        if (rows.empty()) return;
-        const auto limit =
-            std::min(kLargestText - kRoomForEnd,
-                     m_strText.size() + static_cast<std::size_t>(share * static_cast<double>(kLargestText)));
-        m_strText += "\n## " + title + "\n\n" + head + "\n|";
-        for (std::ptrdiff_t column = std::count(head.begin(), head.end(), '|'); column > 1; --column)
-            m_strText += " --- |";
-        m_strText += "\n";
-        std::size_t written = 0;
-        for (const auto& item : rows) {
-            const CString line = row(item) + "\n";
-            if (m_strText.size() + line.size() > limit) break;
-            m_strText += line;
-            ++written;
-        }
-        if (written < rows.size())
-            m_strText += "\n" + std::to_string(rows.size() - written) + " more are not shown here.\n";
+// A table at the end of the page. Each row is written if it fits in what is left of `share` of the whole room; what
+// does not is counted.
+void WriteTable(CString& page, const CString& title, const CString& head, const auto& rows, double share, auto row) {
+    if (rows.empty()) return;
+    const std::size_t limit = std::min(
+        kLargestText - kRoomForEnd, page.size() + static_cast<std::size_t>(share * static_cast<double>(kLargestText)));
+    page += "\n## " + title + "\n\n" + head + "\n|";
+    for (std::ptrdiff_t column = std::count(head.begin(), head.end(), '|'); column > 1; --column)
+        page += " --- |";
+    page += "\n";
+    std::size_t left = rows.size();
+    for (const auto& item : rows) {
+        const CString line = row(item) + "\n";
+        if (page.size() + line.size() > limit) break;
+        page += line;
+        --left;
     }
-    const CString& Get() const { return m_strText; }
-
-private:
-    CString m_strText;
-};
+    if (left != 0) page += "\n" + std::to_string(left) + " more are not shown here.\n";
+}
 
 // The open changes; of `leftover` alone where one is named.
-void WriteOpenChanges(CPage& page, const CReview& review, const CString& title, ELeftover leftover, double share) {
+void WriteOpenChanges(CString& page, const CReview& review, const CString& title, ELeftover leftover, double share) {
     std::vector<const CChange*> changes;
     for (const CChange& change : review.m_changes) {
         if (change.IsOpen() && (leftover == ELeftover::kNone || change.m_leftover == leftover))
             changes.push_back(&change);
     }
-    page.WriteTable(title + ": " + std::to_string(changes.size()), "| change | kind | object |", changes, share,
-                    [](const CChange* change) {
-                        const auto name = change->GetValueName();
-                        return "| " + CString(WordOf(change->m_change)) + " | " + CString(WordOf(change->m_kind)) +
-                               " | " + Code(change->m_path) + (name ? " " + Code(*name) : "") +
-                               (change->m_bUncertain ? " (uncertain)" : "") + " |";
-                    });
+    WriteTable(page, title + ": " + std::to_string(changes.size()), "| change | kind | object |", changes, share,
+               [](const CChange* change) {
+                   const auto name = change->GetValueName();
+                   return "| " + CString(WordOf(change->m_change)) + " | " + CString(WordOf(change->m_kind)) + " | " +
+                          Code(change->m_path) + (name ? " " + Code(*name) : "") +
+                          (change->m_bUncertain ? " (uncertain)" : "") + " |";
+               });
 }
 
-void WriteHead(CPage& page, const CReview& review) {
+void WriteHead(CString& page, const CReview& review) {
     const auto& open = review.m_counts.m_openFindings;
-    page.Write("# " + Cell(review.GetCurrent().m_strName) + " against " + Cell(review.GetBaseline().m_strName) +
-               "\n\n**exit code " + std::to_string(review.m_nExit) + "** (fail on " + CString(WordOf(review.m_failOn)) +
-               "). Open: " + Plural(open[0], "error") + ", " + Plural(open[1], "warning") + ", " +
-               Plural(open[2], "info") + ", " + Plural(review.m_counts.m_changes[IndexOf(EStatus::kOpen)], "change") +
-               ".\n\n| snapshot | name | taken | machine | user | system |\n| --- | --- | --- | --- | "
-               "--- | --- |\n");
+    page += "# " + Cell(review.GetCurrent().m_strName) + " against " + Cell(review.GetBaseline().m_strName) +
+            "\n\n**exit code " + std::to_string(review.m_nExit) + "** (fail on " + CString(WordOf(review.m_failOn)) +
+            "). Open: " + Plural(open[0], "error") + ", " + Plural(open[1], "warning") + ", " +
+            Plural(open[2], "info") + ", " + Plural(review.m_counts.m_changes[IndexOf(EStatus::kOpen)], "change") +
+            ".\n\n| snapshot | name | taken | machine | user | system |\n| --- | --- | --- | --- | "
+            "--- | --- |\n";
     for (const CSnapshotRecord& record : review.m_snapshots) {
-        page.Write("| " + CString(record.m_role) + " | " + Cell(record.m_strName) + " | " + IsoTime(record.m_nCreated) +
-                   " | " + Cell(record.m_strMachine) + " | " + Cell(record.m_strUser) + " | " +
-                   Cell(record.m_strSystem) + " |\n");
+        page += "| " + CString(record.m_role) + " | " + Cell(record.m_strName) + " | " + IsoTime(record.m_nCreated) +
+                " | " + Cell(record.m_strMachine) + " | " + Cell(record.m_strUser) + " | " + Cell(record.m_strSystem) +
+                " |\n";
     }
 }
 
-void WriteSummary(CPage& page, const CReview& review) {
+void WriteSummary(CString& page, const CReview& review) {
     using CColumns = std::array<std::size_t, 4>;  // open by change, and what is not open
     std::map<std::pair<CString, EKind>, CColumns> groups;
     for (const CChange& change : review.m_changes) {
@@ -112,40 +101,39 @@ void WriteSummary(CPage& page, const CReview& review) {
         if (area.empty()) area = change.m_areas == 0 ? "other" : change.GetArea();
         ++groups[{area, change.m_kind}][change.IsOpen() ? IndexOf(change.m_change) : 3];
     }
-    page.WriteTable("Changes", "| area or hive | kind | added | deleted | changed | accepted or noise |", groups, 0.1,
-                    [](const auto& group) {
-                        CString row = "| " + group.first.first + " | " + CString(WordOf(group.first.second)) + " |";
-                        for (const std::size_t count : group.second)
-                            row += " " + std::to_string(count) + " |";
-                        return row;
-                    });
+    WriteTable(page, "Changes", "| area or hive | kind | added | deleted | changed | accepted or noise |", groups, 0.1,
+               [](const auto& group) {
+                   CString row = "| " + group.first.first + " | " + CString(WordOf(group.first.second)) + " |";
+                   for (const std::size_t count : group.second)
+                       row += " " + std::to_string(count) + " |";
+                   return row;
+               });
 }
 
 }  // namespace
 
 void WriteMarkdown(const CReview& review, std::ostream& stream) {
-    CPage page;
+    CString page;
     WriteHead(page, review);
     for (const ELeftover leftover : {ELeftover::kLeftBehind, ELeftover::kNotRestored})
         WriteOpenChanges(page, review, CString(WordOf(leftover)), leftover, 0.2);
-    page.WriteTable("Findings", "| requirement | severity | rule | finding | changes | status |", review.m_findings,
-                    0.2, [](const CFinding& finding) {
-                        CString row = "| " + std::to_string(finding.m_pRule->m_nRequirement) + " | " +
-                                      CString(WordOf(finding.m_pRule->m_severity)) + " | " +
-                                      CString(finding.m_pRule->m_id) + " | " + Cell(finding.m_strObject) + "&#58; " +
-                                      Cell(finding.m_strText) + " | " + std::to_string(finding.m_changes.size()) +
-                                      " | " + CString(WordOf(finding.m_status));
-                        if (finding.m_status == EStatus::kAccepted) row += "&#58; " + Cell(finding.m_strReason);
-                        return row + " |";
-                    });
+    WriteTable(page, "Findings", "| requirement | severity | rule | finding | changes | status |", review.m_findings,
+               0.2, [](const CFinding& finding) {
+                   CString row = "| " + std::to_string(finding.m_pRule->m_nRequirement) + " | " +
+                                 CString(WordOf(finding.m_pRule->m_severity)) + " | " + CString(finding.m_pRule->m_id) +
+                                 " | " + Cell(finding.m_strObject) + "&#58; " + Cell(finding.m_strText) + " | " +
+                                 std::to_string(finding.m_changes.size()) + " | " + CString(WordOf(finding.m_status));
+                   if (finding.m_status == EStatus::kAccepted) row += "&#58; " + Cell(finding.m_strReason);
+                   return row + " |";
+               });
     WriteSummary(page, review);
-    page.WriteTable("Not read", "| snapshot | kind | place | reason |", review.m_gaps, 0.1, [](const CReviewGap& gap) {
+    WriteTable(page, "Not read", "| snapshot | kind | place | reason |", review.m_gaps, 0.1, [](const CReviewGap& gap) {
         return "| " + Cell(gap.m_strSnapshot) + " | " + Cell(GapKindName(gap.m_kind)) + " | " + Code(gap.m_strPath) +
                (gap.m_strName.empty() ? "" : " " + Code(gap.m_strName)) + " | " + Cell(gap.m_strReason) + " (" +
                std::to_string(gap.m_dwCode) + ") |";
     });
     WriteOpenChanges(page, review, "Open changes", ELeftover::kNone, 0.4);
-    stream << page.Get();
+    stream << page;
 }
 
 }  // namespace delvane

@@ -35,13 +35,18 @@ CCharacter TakeUnits(std::string_view& text) {
 
 CString ToUtf16(std::string_view text) {
     CString units;
+    const auto put = [&](std::uint32_t unit) {
+        units += static_cast<char>(unit & 0xFF);
+        units += static_cast<char>(unit >> 8);
+    };
     while (!text.empty()) {
         const CCharacter character = TakeUnits(text);
         const std::uint32_t c = character.IsValid() ? character.m_nNumber : 0xFFFD;
         if (c < 0x10000) {
-            units += BytesOf(c, 2);
+            put(c);
         } else {
-            units += BytesOf(0xD800 + ((c - 0x10000) >> 10), 2) + BytesOf(0xDC00 + ((c - 0x10000) & 0x3FF), 2);
+            put(0xD800 + ((c - 0x10000) >> 10));
+            put(0xDC00 + ((c - 0x10000) & 0x3FF));
         }
     }
     return units;
