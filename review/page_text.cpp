@@ -166,7 +166,8 @@ void CPageText::DumpLines(const CSide& side, std::size_t first, std::size_t end)
     for (std::size_t line = first; line < end; ++line) {
         const std::size_t begin = line * kLineSize;
         const std::size_t stop = std::min(begin + kLineSize, bytes.size());
-        Raw(Printed(bytes.size() > 0x10000 ? "%08zx  " : "%04zx  ", begin));
+        const auto offset = static_cast<unsigned long long>(begin);
+        Raw(Printed(bytes.size() > 0x10000 ? "%08llx  " : "%04llx  ", offset));
         writeRuns(begin, stop, " ", [&](std::string_view byte) { m_html += HexText(byte); });
         const std::size_t missing = kLineSize - (stop - begin);
         m_html.append(3 * missing + (missing >= kLineSize / 2 ? 1 : 0) + 2, ' ');
