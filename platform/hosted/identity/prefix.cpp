@@ -193,7 +193,8 @@ private:
                 drive.m_nType = FindDriveKind(letter).value_or(DRIVE_NO_ROOT_DIR);
             } else {
                 drive.m_strRealRoot = RealHostPath(drive.m_strRoot);
-                drive.m_bIsHostRoot = status.st_dev == hostRoot.st_dev && status.st_ino == hostRoot.st_ino;
+                drive.m_bIsHostRoot = drive.m_strRealRoot == "/" ||
+                                      (status.st_dev == hostRoot.st_dev && status.st_ino == hostRoot.st_ino);
                 drive.m_nType = drive.m_bIsHostRoot ? DRIVE_REMOTE : FindDriveKind(letter).value_or(DRIVE_FIXED);
             }
             drives.push_back(std::move(drive));
