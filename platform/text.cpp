@@ -53,6 +53,11 @@ bool IsPrefixNoCase(std::string_view prefix, std::string_view text) {
     return mbsicmp(prefix, text.substr(0, prefix.size())) == 0;
 }
 
+std::size_t CountCharacters(std::string_view text) {
+    const auto isTail = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+    return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, isTail));
+}
+
 CString FormatString2(std::string_view text, std::string_view first, std::string_view second) {
     CString result;
     result.reserve(text.size() + first.size() + second.size());

@@ -47,6 +47,9 @@ CString FoldCase(std::string_view text);
 // are compared as the prefix has (_mbsnbicmp), so it knows nothing of path separators.
 bool IsPrefixNoCase(std::string_view prefix, std::string_view text);
 
+// The characters of a text in UTF-8.
+std::size_t CountCharacters(std::string_view text);
+
 // CharLowerBuff: the text in lower case.
 CString MakeLower(std::string_view text);
 

@@ -50,20 +50,15 @@ CString WithoutSeparator(CString path) {
 
 using CRow = std::array<CString, 6>;
 
-std::size_t WidthOf(const CString& text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
 void WriteTable(const std::vector<CRow>& rows, std::ostream& stream) {
     std::array<std::size_t, std::tuple_size_v<CRow>> widths{};
     for (const CRow& row : rows) {
         for (std::size_t i = 0; i < row.size(); ++i)
-            widths[i] = std::max(widths[i], WidthOf(row[i]));
+            widths[i] = std::max(widths[i], CountCharacters(row[i]));
     }
     for (const CRow& row : rows) {
         for (std::size_t i = 0; i + 1 < row.size(); ++i)
-            stream << row[i] << CString(widths[i] - WidthOf(row[i]) + 2, ' ');
+            stream << row[i] << CString(widths[i] - CountCharacters(row[i]) + 2, ' ');
         stream << row.back() << '\n';
     }
 }

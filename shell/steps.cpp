@@ -9,22 +9,17 @@ namespace {
 
 constexpr std::string_view kEnding = ".dvs";
 
-std::size_t CountLetters(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
-}
-
 // Whether one letter more, less or other makes the one of the other. Of short names nearly all do so.
 bool DifferByOneLetter(std::string_view a, std::string_view b) {
     constexpr std::size_t kShortest = 3;
-    if (CountLetters(a) < kShortest) return false;
+    if (CountCharacters(a) < kShortest) return false;
     const auto head = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
     a.remove_prefix(static_cast<std::size_t>(head.first - a.begin()));
     b.remove_prefix(static_cast<std::size_t>(head.second - b.begin()));
     const auto tail = std::mismatch(a.rbegin(), a.rend(), b.rbegin(), b.rend());
     a.remove_suffix(static_cast<std::size_t>(tail.first - a.rbegin()));
     b.remove_suffix(static_cast<std::size_t>(tail.second - b.rbegin()));
-    return CountLetters(a) <= 1 && CountLetters(b) <= 1;
+    return CountCharacters(a) <= 1 && CountCharacters(b) <= 1;
 }
 
 // The snapshot that was probably meant, as a question behind a sentence; empty where there is none like it.
