@@ -2,15 +2,12 @@
 
 #include <exception>
 #include <new>
+#include <utility>
 
 namespace delvane {
 
 CString ErrorWords(std::uint32_t code) {
-    struct CWords {
-        std::uint32_t m_dwCode;
-        const char* m_words;
-    };
-    static constexpr CWords kWords[] = {
+    static constexpr std::pair<std::uint32_t, const char*> kWords[] = {
         {ERROR_FILE_NOT_FOUND, "not found"},
         {ERROR_PATH_NOT_FOUND, "path not found"},
         {ERROR_TOO_MANY_OPEN_FILES, "too many open files"},
@@ -36,8 +33,8 @@ CString ErrorWords(std::uint32_t code) {
         {ERROR_IO_DEVICE, "device failure"},
         {ERROR_CANT_RESOLVE_FILENAME, "links lead there again and again"},
     };
-    for (const CWords& words : kWords) {
-        if (words.m_dwCode == code) return words.m_words;
+    for (const auto& [known, words] : kWords) {
+        if (known == code) return words;
     }
     return "error " + std::to_string(code);
 }

@@ -14,7 +14,6 @@
 
 #include "platform/errors.h"
 #include "platform/images/image.h"
-#include "platform/images/version_block.h"
 #include "platform/text.h"
 
 namespace delvane {

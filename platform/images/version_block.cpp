@@ -10,12 +10,11 @@
 //
 // Nothing here is trusted: a range is compared with what the file holds before it is read, the levels are counted by
 // the code and never by the data, and every step through a list goes forward. Where the way ends, CNotThere leads out.
-#include "platform/images/version_block.h"
-
 #include <algorithm>
 #include <initializer_list>
 #include <utility>
 
+#include "platform/images/image.h"
 #include "platform/little_endian.h"
 #include "platform/utf.h"
 

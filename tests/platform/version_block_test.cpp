@@ -1,5 +1,3 @@
-#include "platform/images/version_block.h"
-
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -7,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/images/image.h"
 #include "platform/little_endian.h"
 #include "samples/image_writer.h"
 #include "tests/support/memory_source.h"

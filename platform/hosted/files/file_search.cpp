@@ -121,119 +121,144 @@ void NoteLostAttribute(int error, CEntry& entry) {
 // Reads entries by the rules of the machine's disks.
 class CEntryReader {
 public:
-    explicit CEntryReader(const CDiskRules& rules);
-    EOutcome Read(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry);
+    explicit CEntryReader(const CDiskRules& rules) : m_rules(rules) {
+        std::uint32_t attributes = 0;
+        m_bNtfsAttributes =
+            getxattr(rules.m_strVolume.c_str(), kNtfsAttributes, &attributes, sizeof attributes) == sizeof attributes;
+    }
+
+    // One statx an entry, through links, as Wine sees it, and one more for what may be a link. A link or a mount of a
+    // volume is a junction or the like. Wine knows no creation time but the last write's.
+    EOutcome Read(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice, CEntry& entry) {
+        struct statx status;  // NOLINT(cppcoreguidelines-pro-type-member-init): statx fills it
+        const EOutcome outcome = ReadStatus(directory, name, mayBeLink, status, entry);
+        if (outcome != EOutcome::kRead) return outcome;
+        const bool isDirectory = S_ISDIR(status.stx_mode);
+        CFileWords& words = entry.m_words;
+        words.m_dwAttributes = isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+        if ((status.stx_mode & 0222) == 0) words.m_dwAttributes |= FILE_ATTRIBUTE_READONLY;
+        words.m_ftLastWrite = FILETIME::FromTicks(TicksOf(status.stx_mtime));
+        words.m_ftLastAccess = FILETIME::FromTicks(TicksOf(status.stx_atime));
+        words.m_ftCreation = words.m_ftLastWrite;
+        words.SetSize(S_ISREG(status.stx_mode) ? status.stx_size : 0);
+        if (m_rules.m_strVolume.empty()) {
+            if (name[0] == '.' && m_rules.m_bDotFilesHidden) words.m_dwAttributes |= FILE_ATTRIBUTE_HIDDEN;
+            words.m_dwAttributes |= ReadDosAttributes(directory, name, entry);
+        } else {
+            ReadVolumeWords(directory, name, status, entry);
+        }
+        if (isDirectory && (entry.m_bIsLink || entry.m_identity.first != directoryDevice)) {
+            words.m_dwAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
+        }
+        return EOutcome::kRead;
+    }
 
 private:
-    EOutcome ReadStatus(int directory, const char* name, bool mayBeLink, struct statx& status, CEntry& entry) const;
-    void ReadVolumeWords(int directory, const char* name, const struct statx& status, CEntry& entry) const;
-    std::uint32_t ReadDosAttributes(int directory, const char* name, CEntry& entry);
+    // What the kernel knows of the entry, links followed. A link of a volume that leads out of it, into files of the
+    // host, leads nowhere.
+    EOutcome ReadStatus(int directory, const char* name, bool mayBeLink, struct statx& status, CEntry& entry) const {
+        const auto fail = [&entry](int error) {
+            entry.m_dwError = Win32Error(error);
+            return IsNothing(error) ? EOutcome::kUnlisted : EOutcome::kUnreadable;
+        };
+        if (mayBeLink) {
+            struct stat own {};
+            if (fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) != 0) return fail(errno);
+            entry.m_bIsLink = S_ISLNK(own.st_mode);
+        }
+        if (entry.m_bIsLink && !m_rules.m_strVolume.empty()) {
+            const std::string real = RealHostPath("/proc/self/fd/" + std::to_string(directory) + "/" + name);
+            if (real.empty()) return fail(errno);
+            if (!LiesWithin(real, m_rules.m_strVolume)) return EOutcome::kUnlisted;
+        }
+        const unsigned mask = STATX_BASIC_STATS | (m_rules.m_strVolume.empty() ? 0U : STATX_BTIME);
+        if (statx(directory, name, AT_NO_AUTOMOUNT, mask, &status) != 0) return fail(errno);
+        entry.m_identity = {makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
+        return EOutcome::kRead;
+    }
+
+    // As Windows would show the entry.
+    void ReadVolumeWords(int directory, const char* name, const struct statx& status, CEntry& entry) const {
+        CFileWords& words = entry.m_words;
+        const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
+        if (hasBirth) words.m_ftCreation = FILETIME::FromTicks(TicksOf(status.stx_btime));
+        if (!m_bNtfsAttributes) return;
+        const auto read = [&](const char* attribute, auto& into) {
+            const ssize_t length =
+                GetEntryXattr(directory, name, attribute, reinterpret_cast<char*>(&into), sizeof into);
+            if (length < 0) NoteLostAttribute(errno, entry);
+            return length == static_cast<ssize_t>(sizeof into);
+        };
+        constexpr std::uint32_t kTold = 0xFFFF & ~FILE_ATTRIBUTE_DIRECTORY;
+        std::uint32_t attributes = 0;
+        std::uint64_t created = 0;
+        if (read(kNtfsAttributes, attributes)) {
+            words.m_dwAttributes = (words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) | (attributes & kTold);
+        }
+        if (!hasBirth && read(kNtfsCreation, created)) words.m_ftCreation = FILETIME::FromTicks(created);
+    }
+
+    // Hidden and system, as Samba and Wine keep them: "0x" and hexadecimal digits. A file system without such
+    // attributes is asked once.
+    std::uint32_t ReadDosAttributes(int directory, const char* name, CEntry& entry) {
+        if (m_plainDevice == entry.m_identity.first) return 0;
+        std::array<char, 65> text;  // NOLINT(cppcoreguidelines-pro-type-member-init): as long as the call says
+        const ssize_t length = GetEntryXattr(directory, name, "user.DOSATTRIB", text.data(), text.size() - 1);
+        if (length < 0 && errno == EOPNOTSUPP) m_plainDevice = entry.m_identity.first;
+        if (length < 0) NoteLostAttribute(errno, entry);
+        if (length <= 2 || text[0] != '0' || text[1] != 'x') return 0;
+        text[static_cast<std::size_t>(length)] = '\0';
+        char* end = nullptr;
+        const unsigned long attributes = std::strtoul(text.data(), &end, 16);
+        if (*end != '\0') return 0;  // with anything but a NUL behind the digits Wine takes none of it
+        constexpr std::uint32_t kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+        return static_cast<std::uint32_t>(attributes) & kKept;
+    }
 
     const CDiskRules& m_rules;
     bool m_bNtfsAttributes;  // the volume's file system tells attributes and creation times beside the entries
     std::optional<std::uint64_t> m_plainDevice;  // the last device seen that keeps no attributes of DOS
 };
 
-CEntryReader::CEntryReader(const CDiskRules& rules) : m_rules(rules) {
-    std::uint32_t attributes = 0;
-    m_bNtfsAttributes =
-        getxattr(rules.m_strVolume.c_str(), kNtfsAttributes, &attributes, sizeof attributes) == sizeof attributes;
-}
-
-// One statx an entry, through links, as Wine sees it, and one more for what may be a link. A link or a mount of a
-// volume is a junction or the like. Wine knows no creation time but the last write's.
-EOutcome CEntryReader::Read(int directory, const char* name, bool mayBeLink, std::uint64_t directoryDevice,
-                            CEntry& entry) {
-    struct statx status;  // NOLINT(cppcoreguidelines-pro-type-member-init): statx fills it
-    const EOutcome outcome = ReadStatus(directory, name, mayBeLink, status, entry);
-    if (outcome != EOutcome::kRead) return outcome;
-    const bool isDirectory = S_ISDIR(status.stx_mode);
-    CFileWords& words = entry.m_words;
-    words.m_dwAttributes = isDirectory ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
-    if ((status.stx_mode & 0222) == 0) words.m_dwAttributes |= FILE_ATTRIBUTE_READONLY;
-    words.m_ftLastWrite = FILETIME::FromTicks(TicksOf(status.stx_mtime));
-    words.m_ftLastAccess = FILETIME::FromTicks(TicksOf(status.stx_atime));
-    words.m_ftCreation = words.m_ftLastWrite;
-    words.SetSize(S_ISREG(status.stx_mode) ? status.stx_size : 0);
-    if (m_rules.m_strVolume.empty()) {
-        if (name[0] == '.' && m_rules.m_bDotFilesHidden) words.m_dwAttributes |= FILE_ATTRIBUTE_HIDDEN;
-        words.m_dwAttributes |= ReadDosAttributes(directory, name, entry);
-    } else {
-        ReadVolumeWords(directory, name, status, entry);
-    }
-    if (isDirectory && (entry.m_bIsLink || entry.m_identity.first != directoryDevice)) {
-        words.m_dwAttributes |= FILE_ATTRIBUTE_REPARSE_POINT;
-    }
-    return EOutcome::kRead;
-}
-
-// What the kernel knows of the entry, links followed. A link of a volume that leads out of it, into files of the host,
-// leads nowhere.
-EOutcome CEntryReader::ReadStatus(int directory, const char* name, bool mayBeLink, struct statx& status,
-                                  CEntry& entry) const {
-    const auto fail = [&entry](int error) {
-        entry.m_dwError = Win32Error(error);
-        return IsNothing(error) ? EOutcome::kUnlisted : EOutcome::kUnreadable;
-    };
-    if (mayBeLink) {
-        struct stat own {};
-        if (fstatat(directory, name, &own, AT_SYMLINK_NOFOLLOW) != 0) return fail(errno);
-        entry.m_bIsLink = S_ISLNK(own.st_mode);
-    }
-    if (entry.m_bIsLink && !m_rules.m_strVolume.empty()) {
-        const std::string real = RealHostPath("/proc/self/fd/" + std::to_string(directory) + "/" + name);
-        if (real.empty()) return fail(errno);
-        if (!LiesWithin(real, m_rules.m_strVolume)) return EOutcome::kUnlisted;
-    }
-    const unsigned mask = STATX_BASIC_STATS | (m_rules.m_strVolume.empty() ? 0U : STATX_BTIME);
-    if (statx(directory, name, AT_NO_AUTOMOUNT, mask, &status) != 0) return fail(errno);
-    entry.m_identity = {makedev(status.stx_dev_major, status.stx_dev_minor), status.stx_ino};
-    return EOutcome::kRead;
-}
-
-// As Windows would show the entry.
-void CEntryReader::ReadVolumeWords(int directory, const char* name, const struct statx& status, CEntry& entry) const {
-    CFileWords& words = entry.m_words;
-    const bool hasBirth = (status.stx_mask & STATX_BTIME) != 0;
-    if (hasBirth) words.m_ftCreation = FILETIME::FromTicks(TicksOf(status.stx_btime));
-    if (!m_bNtfsAttributes) return;
-    const auto read = [&](const char* attribute, auto& into) {
-        const ssize_t length = GetEntryXattr(directory, name, attribute, reinterpret_cast<char*>(&into), sizeof into);
-        if (length < 0) NoteLostAttribute(errno, entry);
-        return length == static_cast<ssize_t>(sizeof into);
-    };
-    constexpr std::uint32_t kTold = 0xFFFF & ~FILE_ATTRIBUTE_DIRECTORY;
-    std::uint32_t attributes = 0;
-    std::uint64_t created = 0;
-    if (read(kNtfsAttributes, attributes)) {
-        words.m_dwAttributes = (words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) | (attributes & kTold);
-    }
-    if (!hasBirth && read(kNtfsCreation, created)) words.m_ftCreation = FILETIME::FromTicks(created);
-}
-
-// Hidden and system, as Samba and Wine keep them: "0x" and hexadecimal digits. A file system without such attributes
-// is asked once.
-std::uint32_t CEntryReader::ReadDosAttributes(int directory, const char* name, CEntry& entry) {
-    if (m_plainDevice == entry.m_identity.first) return 0;
-    std::array<char, 65> text;  // NOLINT(cppcoreguidelines-pro-type-member-init): as long as the call says
-    const ssize_t length = GetEntryXattr(directory, name, "user.DOSATTRIB", text.data(), text.size() - 1);
-    if (length < 0 && errno == EOPNOTSUPP) m_plainDevice = entry.m_identity.first;
-    if (length < 0) NoteLostAttribute(errno, entry);
-    if (length <= 2 || text[0] != '0' || text[1] != 'x') return 0;
-    text[static_cast<std::size_t>(length)] = '\0';
-    char* end = nullptr;
-    const unsigned long attributes = std::strtoul(text.data(), &end, 16);
-    if (*end != '\0') return 0;  // with anything but a NUL behind the digits Wine takes none of it
-    constexpr std::uint32_t kKept = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
-    return static_cast<std::uint32_t>(attributes) & kKept;
-}
-
 class CHostedSearches : public CSearchSet {
 public:
-    explicit CHostedSearches(const CPathMap& paths);
-    void PassOver(const std::vector<CString>& folders) override;
+    explicit CHostedSearches(const CPathMap& paths) : m_paths(paths), m_reader(paths.GetRules()) {
+        RaiseDescriptorLimit();
+        for (const std::string& hostPath : paths.GetRules().m_unlisted)
+            AddIdentity(hostPath, m_unlisted);
+        std::vector<CDirectoryIdentity> places;
+        for (const char* const place : {"/", "/dev", "/proc", "/sys"})
+            AddIdentity(place, places);
+        for (std::size_t i = 1; i < places.size(); ++i) {
+            m_unlisted.push_back(places[i]);
+            if (places[i].first != places[0].first) m_unlistedDevices.push_back(places[i].first);
+        }
+    }
+
+    void PassOver(const std::vector<CString>& folders) override {
+        m_own.clear();
+        for (const CString& folder : folders)
+            AddIdentity(m_paths.Find(folder).value_or(""), m_own);
+    }
+
     std::unique_ptr<CFileSearch> Open(std::string_view path, std::uint32_t& error) override;
-    std::uint32_t FindPath(std::string_view path, CFileWords& words) override;
+
+    std::uint32_t FindPath(std::string_view path, CFileWords& words) override {
+        ThrowIfInterrupted();
+        const std::optional<std::string> hostPath = m_paths.Find(path);
+        if (!hostPath) return Win32Error(errno);
+        const std::size_t nameStart = hostPath->rfind('/') + 1;
+        const CDescriptor directory(OpenUntouched(AT_FDCWD, hostPath->substr(0, nameStart).c_str(), O_DIRECTORY));
+        struct stat status {};
+        if (!directory || fstat(directory.Get(), &status) != 0) return Win32Error(errno);
+        CEntry entry;
+        const EOutcome outcome =
+            m_reader.Read(directory.Get(), hostPath->c_str() + nameStart, true, status.st_dev, entry);
+        if (outcome == EOutcome::kUnreadable) return entry.m_dwError;
+        if (outcome == EOutcome::kUnlisted) return ERROR_FILE_NOT_FOUND;
+        words = entry.m_words;
+        return ERROR_SUCCESS;
+    }
 
 private:
     struct CDirectory;
@@ -257,8 +282,65 @@ struct CHostedSearches::CDirectory : CLevel {
         : CLevel(set, path, isBehindLink), m_searches(set), m_descriptor(std::move(descriptor)), m_identity(identity) {
         ReadNames();
     }
-    bool Next(CFindData& data) override;
-    void ReadNames();
+
+    bool Next(CFindData& data) override {
+        m_current = {};
+        while (m_nNext < m_entries.size()) {
+            ThrowIfInterrupted();
+            const CNameEntry& next = m_entries[m_nNext++];
+            const char* const name = m_names.data() + next.m_nOffset;
+            const bool mayBeLink = next.m_nType == DT_LNK || next.m_nType == DT_UNKNOWN;
+            CEntry entry;
+            const EOutcome outcome =
+                m_searches.m_reader.Read(m_descriptor.Get(), name, mayBeLink, m_identity.first, entry);
+            const bool isDirectory = (entry.m_words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+            if (outcome == EOutcome::kUnlisted) continue;
+            if (isDirectory &&
+                (m_searches.IsUnlisted(entry.m_identity) || Contains(m_searches.m_own, entry.m_identity))) {
+                continue;
+            }
+            static_cast<CFileWords&>(data) = entry.m_words;
+            data.m_name = m_current = {name, next.m_nLength};
+            data.m_dwError = entry.m_dwError;
+            data.m_bNameOnly = outcome == EOutcome::kUnreadable;
+            m_currentIdentity = entry.m_identity;
+            m_bCurrentIsLink = entry.m_bIsLink;
+            return true;
+        }
+        return false;
+    }
+
+    void ReadNames() {
+        std::vector<char>& buffer = m_searches.m_buffer;
+        // An entry's offset is where the next one would be looked for. Where that is the largest there is (ext4 and
+        // btrfs put it behind the last entry), the call that would find nothing is spared.
+        constexpr std::size_t kUsualEntry = 32;
+        std::int64_t nextOffset = 0;
+        while (nextOffset != std::numeric_limits<std::int64_t>::max()) {
+            const long got = syscall(SYS_getdents64, m_descriptor.Get(), buffer.data(), buffer.size());
+            // Where nothing is found the directory has gone in the meantime.
+            if (got < 0 && errno != ENOENT) m_dwError = Win32Error(errno);
+            if (got <= 0) break;
+            if (m_entries.empty()) {
+                m_entries.reserve(static_cast<std::size_t>(got) / kUsualEntry);
+                m_names.reserve(static_cast<std::size_t>(got));
+            }
+            for (long at = 0; at < got;) {
+                const auto* const entry = reinterpret_cast<const CKernelEntry*>(buffer.data() + at);
+                at += entry->m_nLength;
+                nextOffset = entry->m_nOffset;
+                const std::string_view name = entry->GetName();
+                if (name == "." || name == "..") continue;
+                m_entries.push_back({TextHead(name), static_cast<std::uint32_t>(m_names.size()),
+                                     static_cast<std::uint16_t>(name.size()), entry->m_nType});
+                m_names.insert(m_names.end(), name.data(), name.data() + name.size() + 1);
+            }
+        }
+        std::sort(m_entries.begin(), m_entries.end(), [this](const CNameEntry& a, const CNameEntry& b) {
+            if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
+            return std::strcmp(m_names.data() + a.m_nOffset, m_names.data() + b.m_nOffset) < 0;
+        });
+    }
 
     CHostedSearches& m_searches;
     CDescriptor m_descriptor;
@@ -268,81 +350,6 @@ struct CHostedSearches::CDirectory : CLevel {
     std::size_t m_nNext = 0;
     CDirectoryIdentity m_currentIdentity;
 };
-
-void CHostedSearches::CDirectory::ReadNames() {
-    std::vector<char>& buffer = m_searches.m_buffer;
-    // An entry's offset is where the next one would be looked for. Where that is the largest there is (ext4 and btrfs
-    // put it behind the last entry), the call that would find nothing is spared.
-    constexpr std::size_t kUsualEntry = 32;
-    std::int64_t nextOffset = 0;
-    while (nextOffset != std::numeric_limits<std::int64_t>::max()) {
-        const long got = syscall(SYS_getdents64, m_descriptor.Get(), buffer.data(), buffer.size());
-        if (got < 0 && errno != ENOENT) m_dwError = Win32Error(errno);  // else the directory has gone in the meantime
-        if (got <= 0) break;
-        if (m_entries.empty()) {
-            m_entries.reserve(static_cast<std::size_t>(got) / kUsualEntry);
-            m_names.reserve(static_cast<std::size_t>(got));
-        }
-        for (long at = 0; at < got;) {
-            const auto* const entry = reinterpret_cast<const CKernelEntry*>(buffer.data() + at);
-            at += entry->m_nLength;
-            nextOffset = entry->m_nOffset;
-            const std::string_view name = entry->GetName();
-            if (name == "." || name == "..") continue;
-            m_entries.push_back({TextHead(name), static_cast<std::uint32_t>(m_names.size()),
-                                 static_cast<std::uint16_t>(name.size()), entry->m_nType});
-            m_names.insert(m_names.end(), name.data(), name.data() + name.size() + 1);
-        }
-    }
-    std::sort(m_entries.begin(), m_entries.end(), [this](const CNameEntry& a, const CNameEntry& b) {
-        if (a.m_nHead != b.m_nHead) return a.m_nHead < b.m_nHead;
-        return std::strcmp(m_names.data() + a.m_nOffset, m_names.data() + b.m_nOffset) < 0;
-    });
-}
-
-bool CHostedSearches::CDirectory::Next(CFindData& data) {
-    m_current = {};
-    while (m_nNext < m_entries.size()) {
-        ThrowIfInterrupted();
-        const CNameEntry& next = m_entries[m_nNext++];
-        const char* const name = m_names.data() + next.m_nOffset;
-        const bool mayBeLink = next.m_nType == DT_LNK || next.m_nType == DT_UNKNOWN;
-        CEntry entry;
-        const EOutcome outcome = m_searches.m_reader.Read(m_descriptor.Get(), name, mayBeLink, m_identity.first, entry);
-        const bool isDirectory = (entry.m_words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-        if (outcome == EOutcome::kUnlisted) continue;
-        if (isDirectory && (m_searches.IsUnlisted(entry.m_identity) || Contains(m_searches.m_own, entry.m_identity))) {
-            continue;
-        }
-        static_cast<CFileWords&>(data) = entry.m_words;
-        data.m_name = m_current = {name, next.m_nLength};
-        data.m_dwError = entry.m_dwError;
-        data.m_bNameOnly = outcome == EOutcome::kUnreadable;
-        m_currentIdentity = entry.m_identity;
-        m_bCurrentIsLink = entry.m_bIsLink;
-        return true;
-    }
-    return false;
-}
-
-CHostedSearches::CHostedSearches(const CPathMap& paths) : m_paths(paths), m_reader(paths.GetRules()) {
-    RaiseDescriptorLimit();
-    for (const std::string& hostPath : paths.GetRules().m_unlisted)
-        AddIdentity(hostPath, m_unlisted);
-    std::vector<CDirectoryIdentity> places;
-    for (const char* const place : {"/", "/dev", "/proc", "/sys"})
-        AddIdentity(place, places);
-    for (std::size_t i = 1; i < places.size(); ++i) {
-        m_unlisted.push_back(places[i]);
-        if (places[i].first != places[0].first) m_unlistedDevices.push_back(places[i].first);
-    }
-}
-
-void CHostedSearches::PassOver(const std::vector<CString>& folders) {
-    m_own.clear();
-    for (const CString& folder : folders)
-        AddIdentity(m_paths.Find(folder).value_or(""), m_own);
-}
 
 // The directory that the innermost search has just delivered is opened from there; any other through its path.
 std::unique_ptr<CFileSearch> CHostedSearches::Open(std::string_view path, std::uint32_t& error) {
@@ -378,22 +385,6 @@ std::unique_ptr<CFileSearch> CHostedSearches::Open(std::string_view path, std::u
         return nullptr;
     }
     return std::make_unique<CDirectory>(*this, path, isBehindLink, std::move(directory), identity);
-}
-
-std::uint32_t CHostedSearches::FindPath(std::string_view path, CFileWords& words) {
-    ThrowIfInterrupted();
-    const std::optional<std::string> hostPath = m_paths.Find(path);
-    if (!hostPath) return Win32Error(errno);
-    const std::size_t nameStart = hostPath->rfind('/') + 1;
-    const CDescriptor directory(OpenUntouched(AT_FDCWD, hostPath->substr(0, nameStart).c_str(), O_DIRECTORY));
-    struct stat status {};
-    if (!directory || fstat(directory.Get(), &status) != 0) return Win32Error(errno);
-    CEntry entry;
-    const EOutcome outcome = m_reader.Read(directory.Get(), hostPath->c_str() + nameStart, true, status.st_dev, entry);
-    if (outcome == EOutcome::kUnreadable) return entry.m_dwError;
-    if (outcome == EOutcome::kUnlisted) return ERROR_FILE_NOT_FOUND;
-    words = entry.m_words;
-    return ERROR_SUCCESS;
 }
 
 }  // namespace

@@ -12,21 +12,12 @@
 namespace delvane {
 namespace {
 
-// The search is closed on every way out.
-class CFindHandle {
-public:
-    explicit CFindHandle(HANDLE handle) : m_handle(handle) {}
-    CFindHandle(const CFindHandle&) = delete;
-    CFindHandle& operator=(const CFindHandle&) = delete;
-    ~CFindHandle() {
-        if (m_handle != INVALID_HANDLE_VALUE) FindClose(m_handle);
-    }
-    HANDLE Get() const { return m_handle; }
-    explicit operator bool() const { return m_handle != INVALID_HANDLE_VALUE; }
-
-private:
-    HANDLE m_handle;
+struct CCloseSearch {
+    void operator()(void* search) const { FindClose(search); }
 };
+using CFindHandle = std::unique_ptr<void, CCloseSearch>;
+
+CFindHandle Found(HANDLE search) { return CFindHandle(search == INVALID_HANDLE_VALUE ? nullptr : search); }
 
 // Which form of the calls reads a directory.
 struct CNarrowForm {
@@ -86,7 +77,7 @@ bool IsPlainPath(std::string_view path) {
 template <class Form>
 std::uint32_t FindOne(std::string_view path, CFileWords& words) {
     typename Form::CData data;
-    const CFindHandle search(Form::First(path, data));
+    const CFindHandle search = Found(Form::First(path, data));
     if (!search) return GetLastError();
     words = WordsOf(data);
     return ERROR_SUCCESS;
@@ -96,19 +87,14 @@ std::uint32_t FindOne(std::string_view path, CFileWords& words) {
     throw CFileError(path, "list directory", code, ErrorText(code));
 }
 
-CHandle OpenDirectoryHandle(std::string_view path) {
+std::optional<CDirectoryIdentity> IdentityOf(std::string_view directory) {
     constexpr DWORD kShare = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    return CHandle(CreateFileW(LongWidePath(path).c_str(), 0, kShare, nullptr, OPEN_EXISTING,
-                               FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-}
-
-bool IdentityOf(std::string_view directory, CDirectoryIdentity& identity) {
-    const CHandle handle = OpenDirectoryHandle(directory);
+    const CHandle handle(CreateFileW(LongWidePath(directory).c_str(), 0, kShare, nullptr, OPEN_EXISTING,
+                                     FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     BY_HANDLE_FILE_INFORMATION information{};
-    if (!handle || GetFileInformationByHandle(handle.get(), &information) == 0) return false;
-    identity = {information.dwVolumeSerialNumber,
-                std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
-    return true;
+    if (!handle || GetFileInformationByHandle(handle.get(), &information) == 0) return std::nullopt;
+    return CDirectoryIdentity{information.dwVolumeSerialNumber,
+                              std::uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
 }
 
 std::string_view LastNameOf(std::string_view path) {
@@ -119,15 +105,45 @@ std::string_view LastNameOf(std::string_view path) {
 
 class CWin32Searches : public CSearchSet {
 public:
-    void PassOver(const std::vector<CString>& folders) override;
+    void PassOver(const std::vector<CString>& folders) override {
+        m_own.clear();
+        for (const CString& folder : folders) {
+            if (const auto identity = IdentityOf(folder)) m_own.emplace_back(*identity, LastNameOf(folder));
+        }
+    }
+
     std::unique_ptr<CFileSearch> Open(std::string_view path, std::uint32_t& error) override;
-    std::uint32_t FindPath(std::string_view path, CFileWords& words) override;
+
+    std::uint32_t FindPath(std::string_view path, CFileWords& words) override {
+        ThrowIfInterrupted();
+        if (path.find_first_of("*?<>\"") != std::string_view::npos) return ERROR_INVALID_NAME;  // it would be a pattern
+        return IsPlainPath(path) ? FindOne<CNarrowForm>(path, words) : FindOne<CWideForm>(path, words);
+    }
 
 private:
     struct CDirectory;
 
-    bool IsBehindLink(std::string_view path) const;
-    bool IsOwn(std::string_view parent, std::string_view name, const CFileWords& words) const;
+    // Whether the directory is a link or lies below one. The one that the innermost search has just delivered says so
+    // itself; any other is asked.
+    bool IsBehindLink(std::string_view path) const {
+        if (!m_open.empty() && m_open.back()->HasDelivered(path)) return m_open.back()->IsCurrentBehindLink();
+        constexpr std::size_t kLongestRoot = 3;
+        if (path.size() <= kLongestRoot) return false;
+        const DWORD attributes = GetFileAttributesA(CString(path).c_str());
+        return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+    }
+
+    // A drive may stand for a folder of another one, and a link may have any name: those and what bears an own folder's
+    // name are worth a look.
+    bool IsOwn(std::string_view parent, std::string_view name, const CFileWords& words) const {
+        if ((words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return false;
+        const bool isLink = (words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        const bool isNamed =
+            std::any_of(m_own.begin(), m_own.end(), [&](const auto& own) { return mbsicmp(name, own.second) == 0; });
+        if (m_own.empty() || (!isLink && !isNamed)) return false;
+        const auto identity = IdentityOf(CString(parent) + (parent.ends_with('\\') ? "" : "\\") + CString(name));
+        return std::any_of(m_own.begin(), m_own.end(), [&](const auto& own) { return own.first == identity; });
+    }
 
     // The program's own folders: what tells a directory, and its name.
     std::vector<std::pair<CDirectoryIdentity, CString>> m_own;
@@ -162,7 +178,7 @@ CWin32Searches::CDirectory::EOutcome CWin32Searches::CDirectory::Read() {
     m_dwError = ERROR_SUCCESS;
     typename Form::CData data;
     Form::Clear(data);
-    const CFindHandle search(Form::First(m_strPath + (m_strPath.ends_with('\\') ? "*" : "\\*"), data));
+    const CFindHandle search = Found(Form::First(m_strPath + (m_strPath.ends_with('\\') ? "*" : "\\*"), data));
     if (!search) {
         const DWORD code = GetLastError();
         if (IsExhaustion(code)) ThrowExhausted(m_strPath, code);
@@ -184,7 +200,7 @@ CWin32Searches::CDirectory::EOutcome CWin32Searches::CDirectory::Read() {
         }
         if (m_entries.size() % 1024 == 0) ThrowIfInterrupted();
         Form::Clear(data);
-    } while (Form::Next(search.Get(), data));
+    } while (Form::Next(search.get(), data));
     const DWORD code = GetLastError();
     if (IsExhaustion(code)) ThrowExhausted(m_strPath, code);
     // Another failure than the end: a name that the code page's record cannot take. In UTF-16 there is none such.
@@ -220,37 +236,6 @@ bool CWin32Searches::CDirectory::Next(CFindData& data) {
     return false;
 }
 
-// Whether the directory is a link or lies below one. The one that the innermost search has just delivered says so
-// itself; any other is asked.
-bool CWin32Searches::IsBehindLink(std::string_view path) const {
-    if (!m_open.empty() && m_open.back()->HasDelivered(path)) return m_open.back()->IsCurrentBehindLink();
-    constexpr std::size_t kLongestRoot = 3;
-    if (path.size() <= kLongestRoot) return false;
-    const DWORD attributes = GetFileAttributesA(CString(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-}
-
-void CWin32Searches::PassOver(const std::vector<CString>& folders) {
-    m_own.clear();
-    for (const CString& folder : folders) {
-        CDirectoryIdentity identity;
-        if (IdentityOf(folder, identity)) m_own.emplace_back(identity, LastNameOf(folder));
-    }
-}
-
-// A drive may stand for a folder of another one, and a link may have any name: those and what bears an own folder's
-// name are worth a look.
-bool CWin32Searches::IsOwn(std::string_view parent, std::string_view name, const CFileWords& words) const {
-    if ((words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return false;
-    const bool isLink = (words.m_dwAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-    const bool isNamed =
-        std::any_of(m_own.begin(), m_own.end(), [&](const auto& own) { return mbsicmp(name, own.second) == 0; });
-    CDirectoryIdentity identity;
-    if (m_own.empty() || (!isLink && !isNamed)) return false;
-    if (!IdentityOf(CString(parent) + (parent.ends_with('\\') ? "" : "\\") + CString(name), identity)) return false;
-    return std::any_of(m_own.begin(), m_own.end(), [&](const auto& own) { return own.first == identity; });
-}
-
 // A directory behind a link is entered unless it is one that it lies in. One that cannot be told fails to be listed
 // too.
 std::unique_ptr<CFileSearch> CWin32Searches::Open(std::string_view path, std::uint32_t& error) {
@@ -260,13 +245,11 @@ std::unique_ptr<CFileSearch> CWin32Searches::Open(std::string_view path, std::ui
                                                                  : ERROR_SUCCESS;
     if (error != ERROR_SUCCESS) return nullptr;
     const bool isBehindLink = IsBehindLink(path);
-    CDirectoryIdentity identity;
-    if (isBehindLink && IdentityOf(path, identity)) {
+    if (const auto identity = isBehindLink ? IdentityOf(path) : std::nullopt) {
         for (const CLevel* const level : m_open) {
-            CDirectoryIdentity above;
-            if (IdentityOf(level->m_strPath, above) && above == identity) return nullptr;
+            if (IdentityOf(level->m_strPath) == identity) return nullptr;
         }
-        if (!MayVisit(identity)) {
+        if (!MayVisit(*identity)) {
             error = ERROR_CANT_RESOLVE_FILENAME;
             return nullptr;
         }
@@ -275,12 +258,6 @@ std::unique_ptr<CFileSearch> CWin32Searches::Open(std::string_view path, std::ui
     if (directory->ReadEntries()) return directory;
     error = directory->m_dwError;
     return nullptr;
-}
-
-std::uint32_t CWin32Searches::FindPath(std::string_view path, CFileWords& words) {
-    ThrowIfInterrupted();
-    if (path.find_first_of("*?<>\"") != std::string_view::npos) return ERROR_INVALID_NAME;  // it would be a pattern
-    return IsPlainPath(path) ? FindOne<CNarrowForm>(path, words) : FindOne<CWideForm>(path, words);
 }
 
 }  // namespace
