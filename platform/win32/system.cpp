@@ -48,10 +48,10 @@ bool IsExhaustion(std::uint32_t code) {
         case ERROR_NO_SYSTEM_RESOURCES:
         case ERROR_NOT_ENOUGH_QUOTA:
         case ERROR_COMMITMENT_LIMIT:
+        case ERROR_TOO_MANY_OPEN_FILES:
             return true;
         default:
-            constexpr std::uint32_t kTooManyOpenFiles = 4;
-            return code == kTooManyOpenFiles;
+            return false;
     }
 }
 

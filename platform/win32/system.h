@@ -43,7 +43,7 @@ Operation* FindOperation(const char* library, const char* name) {
 // The path that a call writes into a room of bytes; empty where it has none.
 template <class Call>
 CString PathOf(const Call& call) {
-    CString path(0x8000, '\0');  // the longest that the system has
+    CString path(0x8000, '\0');  // far beyond the usual length
     const auto size = static_cast<DWORD>(path.size());
     const DWORD length = call(path.data(), size);
     path.resize(length < size ? length : 0);
