@@ -314,15 +314,6 @@ private:
     std::string_view m_lastPath;
 };
 
-CSnapshotRecord::CSnapshotRecord(std::string_view role, const CSnapshot& snapshot, const CString& file)
-    : m_role(role),
-      m_strName(snapshot.m_name),
-      m_nCreated(snapshot.GetCreatedTicks()),
-      m_strMachine(snapshot.m_strComputerName),
-      m_strUser(snapshot.m_strUserName),
-      m_strSystem(snapshot.m_strOsName),
-      m_strFile(file) {}
-
 std::string_view CChange::GetHive() const {
     if (!IsRegistry()) return {};
     return m_path.substr(0, m_path.find('\\'));
@@ -334,8 +325,7 @@ CReview::CReview(CReviewInput input)
       m_accept(std::move(input.m_accept)),
       m_pReport(std::make_unique<CMasterReport>(*input.m_current.m_pSnapshot, *input.m_baseline.m_pSnapshot)) {
     for (const auto& [role, side] : input.GetSides()) {
-        if (side->m_pSnapshot != nullptr)
-            m_snapshots.push_back(CSnapshotRecord(role, *side->m_pSnapshot, side->m_strFile));
+        if (side->m_pSnapshot != nullptr) m_snapshots.push_back({role, side->m_pSnapshot, side->m_strFile});
     }
     m_pReport->CompareSnapshots();
     CCollector collector(*this);

@@ -23,17 +23,11 @@ class CDelvExeObj;
 class CMasterReport;
 struct CRule;
 
-// Who and what a snapshot is.
+// A snapshot of a review.
 struct CSnapshotRecord {
     std::string_view m_role;  // "baseline", "current", "control", "installed"
-    CString m_strName;
-    std::uint64_t m_nCreated = 0;  // ticks
-    CString m_strMachine;
-    CString m_strUser;
-    CString m_strSystem;
+    const CSnapshot* m_pSnapshot;
     CString m_strFile;  // where it was loaded from, as a person on this system writes it
-
-    CSnapshotRecord(std::string_view role, const CSnapshot& snapshot, const CString& file);
 };
 
 // A place that a capture could not read.
@@ -139,8 +133,8 @@ public:
     CReview(const CReview&) = delete;
     CReview& operator=(const CReview&) = delete;
 
-    const CSnapshotRecord& GetBaseline() const { return m_snapshots[0]; }
-    const CSnapshotRecord& GetCurrent() const { return m_snapshots[1]; }
+    CString GetBaselineName() const { return CString(m_snapshots[0].m_pSnapshot->m_name); }
+    CString GetCurrentName() const { return CString(m_snapshots[1].m_pSnapshot->m_name); }
     bool HasInstalled() const { return m_snapshots.back().m_role == "installed"; }
     const CChange& GetChange(std::uint32_t id) const { return m_changes[id - 1]; }
     // One behind the last change that came or went with the directory or key at m_changes[first], if all of them are

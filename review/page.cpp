@@ -143,27 +143,27 @@ private:
                << "\">\n<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
                   "<meta name=\"color-scheme\" content=\"light dark\">\n<title>exit code "
                << m_review.m_nExit << ": ";
-        m_page.Text(m_review.GetCurrent().m_strName, EText::kTitle) << " against ";
-        m_page.Text(m_review.GetBaseline().m_strName, EText::kTitle) << "</title>\n<style>";
+        m_page.Text(m_review.GetCurrentName(), EText::kTitle) << " against ";
+        m_page.Text(m_review.GetBaselineName(), EText::kTitle) << "</title>\n<style>";
         m_page.Raw(kReviewStyle.m_text)
             << "</style>\n</head>\n<body>\n<a class=\"skip\" href=\"#findings\">To the findings</a>\n";
     }
 
     void WriteVerdict() {
         m_page << "<header id=\"verdict\">\n<p class=\"eyebrow\">Install Delvane " DELVANE_VERSION ", review of "
-               << PageTime(m_review.m_nCreated) << "</p>\n<h1>" << m_review.GetCurrent().m_strName
-               << " <span class=\"vs\">against</span> " << m_review.GetBaseline().m_strName << "</h1>\n"
+               << PageTime(m_review.m_nCreated) << "</p>\n<h1>" << m_review.GetCurrentName()
+               << " <span class=\"vs\">against</span> " << m_review.GetBaselineName() << "</h1>\n"
                << (m_review.m_nExit == 0 ? "<div class=\"exit pass\"><p>" : "<div class=\"exit fail\"><p>")
                << "<strong>exit code " << m_review.m_nExit << "</strong>";
         WriteWhy();
         m_page << "</p></div>\n";
         WriteTally();
         BeginTable({"Snapshot", "Name", "Taken", "Machine", "User", "System", "File"});
-        for (const CSnapshotRecord& record : m_review.m_snapshots) {
-            m_page << "<tr><th scope=\"row\">" << Capital(record.m_role) << "</th><td><b>" << record.m_strName
-                   << "</b></td><td>" << PageTime(record.m_nCreated) << "</td><td>" << record.m_strMachine
-                   << "</td><td>" << record.m_strUser << "</td><td>" << record.m_strSystem << "</td><td><code>"
-                   << record.m_strFile << "</code></td></tr>\n";
+        for (const auto& [role, snapshot, file] : m_review.m_snapshots) {
+            m_page << "<tr><th scope=\"row\">" << Capital(role) << "</th><td><b>" << snapshot->m_name << "</b></td><td>"
+                   << PageTime(snapshot->GetCreatedTicks()) << "</td><td>" << snapshot->m_strComputerName << "</td><td>"
+                   << snapshot->m_strUserName << "</td><td>" << snapshot->m_strOsName << "</td><td><code>" << file
+                   << "</code></td></tr>\n";
         }
         m_page << "</tbody>\n</table>\n</header>\n";
     }

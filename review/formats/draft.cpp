@@ -44,8 +44,8 @@ CString Quoted(std::string_view text) {
 }  // namespace
 
 void WriteDraft(const CReview& review, std::ostream& stream) {
-    stream << "# What is open in the review of " << VisibleText(review.GetCurrent().m_strName) << " against "
-           << VisibleText(review.GetBaseline().m_strName)
+    stream << "# What is open in the review of " << VisibleText(review.GetCurrentName()) << " against "
+           << VisibleText(review.GetBaselineName())
            << ".\n# Keep what is as it should be, say why in its reason, and delete the rest.\n";
     std::set<std::string_view> rules;
     for (const CFinding& finding : review.m_findings) {

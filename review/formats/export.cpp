@@ -18,7 +18,7 @@ public:
         m_json.BeginRecord("snapshot");
         m_json.Put("version", 1);
         m_json.Put("program", DELVANE_VERSION);
-        WriteSnapshotFields(m_json, CSnapshotRecord({}, snapshot, file));
+        WriteSnapshotFields(m_json, snapshot, file);
         m_json.EndRecord();
         for (const CDelvObj* drive : snapshot.m_pDrives->m_subdirs)
             WriteDrive(static_cast<const CDelvDriveObj&>(*drive));

@@ -95,13 +95,13 @@ void WriteNodeFields(CJson& json, const CDelvObj& node, EKind kind) {
     }
 }
 
-void WriteSnapshotFields(CJson& json, const CSnapshotRecord& record) {
-    json.Put("name", record.m_strName);
-    json.Put("created", IsoTime(record.m_nCreated));
-    json.Put("machine", record.m_strMachine);
-    json.Put("user", record.m_strUser);
-    json.Put("system", record.m_strSystem);
-    json.Put("file", record.m_strFile);
+void WriteSnapshotFields(CJson& json, const CSnapshot& snapshot, const CString& file) {
+    json.Put("name", snapshot.m_name);
+    json.Put("created", IsoTime(snapshot.GetCreatedTicks()));
+    json.Put("machine", snapshot.m_strComputerName);
+    json.Put("user", snapshot.m_strUserName);
+    json.Put("system", snapshot.m_strOsName);
+    json.Put("file", file);
 }
 
 }  // namespace delvane

@@ -14,7 +14,7 @@ namespace delvane {
 
 class CDelvObj;
 enum class EKind : std::uint8_t;
-struct CSnapshotRecord;
+class CSnapshot;
 
 // Values in the order of the calls. A key stands ahead of each value in an object; in a list it is empty. A whole value
 // goes to the stream as a line.
@@ -93,6 +93,6 @@ private:
 // What is known of a node beside its path and name. Nothing for a key.
 void WriteNodeFields(CJson& json, const CDelvObj& node, EKind kind);
 // name, created, machine, user, system, file.
-void WriteSnapshotFields(CJson& json, const CSnapshotRecord& record);
+void WriteSnapshotFields(CJson& json, const CSnapshot& snapshot, const CString& file);
 
 }  // namespace delvane

@@ -99,9 +99,8 @@ void WriteJUnit(const CReview& review, std::ostream& stream) {
         allSkipped += skipped;
     }
     stream << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites name=\""
-           << Escaped(review.GetCurrent().m_strName + " - " + review.GetBaseline().m_strName) << "\" tests=\""
-           << GetRules().size() << "\" failures=\"" << allFailures << "\" errors=\"0\" skipped=\"" << allSkipped
-           << "\">\n"
+           << Escaped(review.GetCurrentName() + " - " + review.GetBaselineName()) << "\" tests=\"" << GetRules().size()
+           << "\" failures=\"" << allFailures << "\" errors=\"0\" skipped=\"" << allSkipped << "\">\n"
            << suites.str() << "</testsuites>\n";
 }
 

@@ -10,9 +10,9 @@ void WriteReview(CJson& json, const CReview& review) {
     json.BeginRecord("review");
     json.Put("version", 1);
     json.Put("program", DELVANE_VERSION);
-    for (const CSnapshotRecord& record : review.m_snapshots) {
-        json.BeginObject(record.m_role);
-        WriteSnapshotFields(json, record);
+    for (const auto& [role, snapshot, file] : review.m_snapshots) {
+        json.BeginObject(role);
+        WriteSnapshotFields(json, *snapshot, file);
         json.EndLossyObject();
     }
     json.Put("created", IsoTime(review.m_nCreated));

@@ -80,16 +80,16 @@ void WriteOpenChanges(CString& page, const CReview& review, const CString& title
 
 void WriteHead(CString& page, const CReview& review) {
     const auto& open = review.m_counts.m_openFindings;
-    page += "# " + Cell(review.GetCurrent().m_strName) + " against " + Cell(review.GetBaseline().m_strName) +
-            "\n\n**exit code " + std::to_string(review.m_nExit) + "** (fail on " + CString(WordOf(review.m_failOn)) +
+    page += "# " + Cell(review.GetCurrentName()) + " against " + Cell(review.GetBaselineName()) + "\n\n**exit code " +
+            std::to_string(review.m_nExit) + "** (fail on " + CString(WordOf(review.m_failOn)) +
             "). Open: " + Plural(open[0], "error") + ", " + Plural(open[1], "warning") + ", " +
             Plural(open[2], "info") + ", " + Plural(review.m_counts.m_changes[IndexOf(EStatus::kOpen)], "change") +
             ".\n\n| snapshot | name | taken | machine | user | system |\n| --- | --- | --- | --- | "
             "--- | --- |\n";
-    for (const CSnapshotRecord& record : review.m_snapshots) {
-        page += "| " + CString(record.m_role) + " | " + Cell(record.m_strName) + " | " + IsoTime(record.m_nCreated) +
-                " | " + Cell(record.m_strMachine) + " | " + Cell(record.m_strUser) + " | " + Cell(record.m_strSystem) +
-                " |\n";
+    for (const auto& [role, snapshot, file] : review.m_snapshots) {
+        page += "| " + CString(role) + " | " + Cell(snapshot->m_name) + " | " + IsoTime(snapshot->GetCreatedTicks()) +
+                " | " + Cell(snapshot->m_strComputerName) + " | " + Cell(snapshot->m_strUserName) + " | " +
+                Cell(snapshot->m_strOsName) + " |\n";
     }
 }
 

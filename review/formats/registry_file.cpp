@@ -157,8 +157,8 @@ public:
         m_stream.write("\xFF\xFE", 2);
         Line("Windows Registry Editor Version 5.00");
         Line("");
-        const CString before = Shown(m_review.GetBaseline().m_strName);
-        const CString after = Shown(m_review.GetCurrent().m_strName);
+        const CString before = Shown(m_review.GetBaselineName());
+        const CString after = Shown(m_review.GetCurrentName());
         Line(m_isRedo ? "; redo: makes the registry of " + before + " that of " + after
                       : "; undo: makes the registry of " + after + " that of " + before);
         if (!m_deletedKeys.empty()) {

@@ -58,7 +58,7 @@ CString RulesText(const CReview& review, std::size_t requirement) {
 }  // namespace
 
 void WriteVerdict(const CReview& review, std::ostream& stream) {
-    stream << VisibleText(review.GetCurrent().m_strName) << " against " << VisibleText(review.GetBaseline().m_strName)
+    stream << VisibleText(review.GetCurrentName()) << " against " << VisibleText(review.GetBaselineName())
            << ": exit code " << review.m_nExit << "\n";
     if (review.HasInstalled()) WriteLeftovers(review, stream);
     stream << "findings: " << CountsText<ESeverity>(review.m_counts.m_findings)

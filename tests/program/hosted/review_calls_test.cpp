@@ -92,10 +92,6 @@ TEST_F(ReviewCalls, SnapshotsAreListedAndExported) {
     EXPECT_NE(m_errors.find("Other.dvs: this is no snapshot file"), std::string::npos);
     EXPECT_EQ(Run("export After"), 0);
     EXPECT_TRUE(m_output.starts_with("{\"record\":\"snapshot\",\"version\":1,"));
-    EXPECT_NE(m_output.find("\n{\"record\":\"drive\",\"path\":\"C:\\\\\",\"type\":\"fixed\",\"volume\":\""),
-              std::string::npos);
-    EXPECT_NE(m_output.find("\n{\"record\":\"file\",\"path\":\"C:\\\\new.txt\",\"size\":1,\"written\":\""),
-              std::string::npos);
     EXPECT_NE(m_output.find("\n{\"record\":\"end\",\"drive\":1,"), std::string::npos);
 }
 
