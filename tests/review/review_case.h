@@ -21,12 +21,7 @@ protected:
     }
     // A review of what m_input holds, judged by a list.
     const CReview& Judge(std::string_view accept = {}) {
-        CReviewInput input;
-        input.m_baseline = m_input.m_baseline;
-        input.m_current = m_input.m_current;
-        input.m_control = m_input.m_control;
-        input.m_installed = m_input.m_installed;
-        input.m_failOn = m_input.m_failOn;
+        CReviewInput input = m_input;
         input.m_nCreated = kUnixEpochTicks;
         input.m_accept.Read("list.toml", accept, kUnixEpochTicks);
         m_pReview = std::make_unique<CReview>(std::move(input));
