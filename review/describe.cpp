@@ -136,19 +136,19 @@ std::vector<CString> AttributeWords(std::uint32_t attributes) {
 }
 
 CString TypeWord(std::uint32_t type) {
-    static constexpr std::array<std::string_view, 12> kWords = {"NONE",
-                                                                "SZ",
-                                                                "EXPAND_SZ",
-                                                                "BINARY",
-                                                                "DWORD",
-                                                                "DWORD_BIG_ENDIAN",
-                                                                "LINK",
-                                                                "MULTI_SZ",
-                                                                "RESOURCE_LIST",
-                                                                "FULL_RESOURCE_DESCRIPTOR",
-                                                                "RESOURCE_REQUIREMENTS_LIST",
-                                                                "QWORD"};
-    return type < kWords.size() ? "REG_" + CString(kWords[type]) : Printed("0x%x", type);
+    static constexpr std::array<std::string_view, 12> kWords = {"REG_NONE",
+                                                                "REG_SZ",
+                                                                "REG_EXPAND_SZ",
+                                                                "REG_BINARY",
+                                                                "REG_DWORD",
+                                                                "REG_DWORD_BIG_ENDIAN",
+                                                                "REG_LINK",
+                                                                "REG_MULTI_SZ",
+                                                                "REG_RESOURCE_LIST",
+                                                                "REG_FULL_RESOURCE_DESCRIPTOR",
+                                                                "REG_RESOURCE_REQUIREMENTS_LIST",
+                                                                "REG_QWORD"};
+    return type < kWords.size() ? CString(kWords[type]) : Printed("0x%x", type);
 }
 
 CValueData DescribeData(const CDelvRegValObj& value) {

@@ -36,9 +36,12 @@ std::size_t CharacterLength(std::string_view text) {
 
 }  // namespace
 
-std::uint32_t CPatternIndex::NewNode() {
-    m_nodes.emplace_back();
-    return static_cast<std::uint32_t>(m_nodes.size() - 1);
+std::uint32_t CPatternIndex::Grow(std::uint32_t& node) {
+    if (node == 0) {
+        node = static_cast<std::uint32_t>(m_nodes.size());
+        m_nodes.emplace_back();
+    }
+    return node;
 }
 
 CPatternIndex::CTokens CPatternIndex::Tokenize(std::string_view pattern) {
@@ -127,36 +130,26 @@ void CPatternIndex::AddForm(const CLevels& levels, const std::optional<CString>&
     if (name) {
         CTokens tokens = Tokenize(*name);
         std::replace(tokens.begin(), tokens.end(), kDeep, kAny);  // it is one level
-        const std::uint32_t names = m_nodes[node].m_nNames != 0 ? m_nodes[node].m_nNames : NewNode();
-        m_nodes[node].m_nNames = names;
-        node = MakeChild(names, tokens);
+        node = MakeChild(Grow(m_nodes[node].m_nNames), tokens);
     }
     m_nodes[node].m_entries.push_back(entry);
 }
 
 std::uint32_t CPatternIndex::MakeChild(std::uint32_t node, const CTokens& level) {
+    CNode& parent = m_nodes[node];
     if (level == CTokens{kDeep}) {
-        if (m_nodes[node].m_bStays) return node;  // ** behind ** adds nothing
-        const std::uint32_t deep = m_nodes[node].m_nDeep != 0 ? m_nodes[node].m_nDeep : NewNode();
-        m_nodes[node].m_nDeep = deep;
-        m_nodes[deep].m_bStays = true;
-        return deep;
+        if (parent.m_bStays) return node;  // ** behind ** adds nothing
+        m_nodes[Grow(parent.m_nDeep)].m_bStays = true;
+        return parent.m_nDeep;
     }
     if (std::none_of(level.begin(), level.end(), IsWildcard)) {
-        const CString literal(level.begin(), level.end());
-        if (const auto known = m_nodes[node].m_literals.find(literal); known != m_nodes[node].m_literals.end()) {
-            return known->second;
-        }
-        const std::uint32_t child = NewNode();
-        m_nodes[node].m_literals.emplace(literal, child);
-        return child;
+        return Grow(parent.m_literals[CString(level.begin(), level.end())]);
     }
-    for (const CWildcard& known : m_nodes[node].m_wildcards) {
+    for (const CWildcard& known : parent.m_wildcards) {
         if (known.m_tokens == level) return known.m_nNode;
     }
-    const std::uint32_t child = NewNode();
-    m_nodes[node].m_wildcards.push_back({level, SetOfBytes(level), child});
-    return child;
+    parent.m_wildcards.push_back({level, SetOfBytes(level), 0});
+    return Grow(parent.m_wildcards.back().m_nNode);
 }
 
 void CPatternIndex::Enter(std::uint32_t node, std::vector<std::uint32_t>& active) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
@@ -50,12 +51,12 @@ private:
     static bool IsMatch(const CTokens& tokens, std::string_view text);
     void AddForm(const CLevels& levels, const std::optional<CString>& name, std::uint32_t entry);
     std::uint32_t MakeChild(std::uint32_t node, const CTokens& level);
-    std::uint32_t NewNode();
+    std::uint32_t Grow(std::uint32_t& node);  // makes it where there is none
     void Enter(std::uint32_t node, std::vector<std::uint32_t>& active);
     void Step(std::uint32_t node, const CString& folded, std::vector<std::uint32_t>& active);
     void Follow(std::string_view path);
 
-    std::vector<CNode> m_nodes = std::vector<CNode>(1);
+    std::deque<CNode> m_nodes = std::deque<CNode>(1);  // they keep their places while it grows
     std::uint32_t m_nRound = 0;
     std::vector<CLevel> m_levels = std::vector<CLevel>(1);  // of the last path; the first is that of the root
     std::vector<std::uint32_t> m_found;

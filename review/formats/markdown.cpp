@@ -42,6 +42,13 @@ CString Cell(std::string_view text) {
 
 CString Code(std::string_view text) { return "<code>" + Cell(text) + "</code>"; }
 
+CString Row(std::initializer_list<std::string_view> cells) {
+    CString row = "|";
+    for (const std::string_view cell : cells)
+        ((row += " ") += cell) += " |";
+    return row;
+}
+
 // A table at the end of the page. Each row is written if it fits in what is left of `share` of the whole room; what
 // does not is counted.
 void WriteTable(CString& page, const CString& title, const CString& head, const auto& rows, double share, auto row) {
@@ -72,9 +79,9 @@ void WriteOpenChanges(CString& page, const CReview& review, const CString& title
     WriteTable(page, title + ": " + std::to_string(changes.size()), "| change | kind | object |", changes, share,
                [](const CChange* change) {
                    const auto name = change->GetValueName();
-                   return "| " + CString(WordOf(change->m_change)) + " | " + CString(WordOf(change->m_kind)) + " | " +
-                          Code(change->m_path) + (name ? " " + Code(*name) : "") +
-                          (change->m_bUncertain ? " (uncertain)" : "") + " |";
+                   return Row({WordOf(change->m_change), WordOf(change->m_kind),
+                               Code(change->m_path) + (name ? " " + Code(*name) : "") +
+                                   (change->m_bUncertain ? " (uncertain)" : "")});
                });
 }
 
@@ -87,9 +94,9 @@ void WriteHead(CString& page, const CReview& review) {
             ".\n\n| snapshot | name | taken | machine | user | system |\n| --- | --- | --- | --- | "
             "--- | --- |\n";
     for (const auto& [role, snapshot, file] : review.m_snapshots) {
-        page += "| " + CString(role) + " | " + Cell(snapshot->m_name) + " | " + IsoTime(snapshot->GetCreatedTicks()) +
-                " | " + Cell(snapshot->m_strComputerName) + " | " + Cell(snapshot->m_strUserName) + " | " +
-                Cell(snapshot->m_strOsName) + " |\n";
+        page += Row({role, Cell(snapshot->m_name), IsoTime(snapshot->GetCreatedTicks()),
+                     Cell(snapshot->m_strComputerName), Cell(snapshot->m_strUserName), Cell(snapshot->m_strOsName)}) +
+                "\n";
     }
 }
 
@@ -103,10 +110,9 @@ void WriteSummary(CString& page, const CReview& review) {
     }
     WriteTable(page, "Changes", "| area or hive | kind | added | deleted | changed | accepted or noise |", groups, 0.1,
                [](const auto& group) {
-                   CString row = "| " + group.first.first + " | " + CString(WordOf(group.first.second)) + " |";
-                   for (const std::size_t count : group.second)
-                       row += " " + std::to_string(count) + " |";
-                   return row;
+                   const auto& [place, counts] = group;
+                   return Row({place.first, WordOf(place.second), std::to_string(counts[0]), std::to_string(counts[1]),
+                               std::to_string(counts[2]), std::to_string(counts[3])});
                });
 }
 
@@ -119,18 +125,18 @@ void WriteMarkdown(const CReview& review, std::ostream& stream) {
         WriteOpenChanges(page, review, CString(WordOf(leftover)), leftover, 0.2);
     WriteTable(page, "Findings", "| requirement | severity | rule | finding | changes | status |", review.m_findings,
                0.2, [](const CFinding& finding) {
-                   CString row = "| " + std::to_string(finding.m_pRule->m_nRequirement) + " | " +
-                                 CString(WordOf(finding.m_pRule->m_severity)) + " | " + CString(finding.m_pRule->m_id) +
-                                 " | " + Cell(finding.m_strObject) + "&#58; " + Cell(finding.m_strText) + " | " +
-                                 std::to_string(finding.m_changes.size()) + " | " + CString(WordOf(finding.m_status));
-                   if (finding.m_status == EStatus::kAccepted) row += "&#58; " + Cell(finding.m_strReason);
-                   return row + " |";
+                   const CRule& rule = *finding.m_pRule;
+                   CString status(WordOf(finding.m_status));
+                   if (finding.m_status == EStatus::kAccepted) status += "&#58; " + Cell(finding.m_strReason);
+                   return Row({std::to_string(rule.m_nRequirement), WordOf(rule.m_severity), rule.m_id,
+                               Cell(finding.m_strObject) + "&#58; " + Cell(finding.m_strText),
+                               std::to_string(finding.m_changes.size()), status});
                });
     WriteSummary(page, review);
     WriteTable(page, "Not read", "| snapshot | kind | place | reason |", review.m_gaps, 0.1, [](const CReviewGap& gap) {
-        return "| " + Cell(gap.m_strSnapshot) + " | " + Cell(GapKindName(gap.m_kind)) + " | " + Code(gap.m_strPath) +
-               (gap.m_strName.empty() ? "" : " " + Code(gap.m_strName)) + " | " + Cell(gap.m_strReason) + " (" +
-               std::to_string(gap.m_dwCode) + ") |";
+        return Row({Cell(gap.m_strSnapshot), GapKindName(gap.m_kind),
+                    Code(gap.m_strPath) + (gap.m_strName.empty() ? "" : " " + Code(gap.m_strName)),
+                    Cell(gap.m_strReason) + " (" + std::to_string(gap.m_dwCode) + ")"});
     });
     WriteOpenChanges(page, review, "Open changes", ELeftover::kNone, 0.4);
     stream << page;
