@@ -14,27 +14,17 @@ void WriteValueFields(CJson& json, const CDelvRegValObj& value) {
     json.Put("type", TypeWord(value.m_dwType));
     using enum CValueData::EForm;
     const CValueData data = DescribeData(value);
-    switch (data.m_form) {
-        case kText:
-            json.Put("data", data.m_text);
-            break;
-        case kNumber:
-            json.Put("data", data.m_nNumber);
-            break;
-        case kBigNumber:
-            json.Put("data", std::to_string(data.m_nNumber));
-            break;
-        case kTexts:
-            json.BeginList("data");
-            for (std::string_view rest = data.m_text; !rest.empty();) {
-                const std::string_view text = rest.substr(0, rest.find('\0'));
-                json.Put({}, text);
-                rest.remove_prefix(std::min(text.size() + 1, rest.size()));
-            }
-            json.EndList();
-            break;
-        case kHex:
-            break;
+    if (data.m_form == kText) json.Put("data", data.m_text);
+    if (data.m_form == kNumber) json.Put("data", data.m_nNumber);
+    if (data.m_form == kBigNumber) json.Put("data", std::to_string(data.m_nNumber));
+    if (data.m_form == kTexts) {
+        json.BeginList("data");
+        for (std::string_view rest = data.m_text; !rest.empty();) {
+            const std::string_view text = rest.substr(0, rest.find('\0'));
+            json.Put({}, text);
+            rest.remove_prefix(std::min(text.size() + 1, rest.size()));
+        }
+        json.EndList();
     }
     if (data.m_bHex) json.Put("hex", HexText(value.m_data));
 }

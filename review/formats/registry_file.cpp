@@ -122,22 +122,15 @@ CString HexData(std::uint32_t type, std::string_view bytes, std::size_t column) 
 
 CString DataText(const CDelvRegValObj& value, std::size_t column) {
     const std::string_view data = value.m_data;
-    switch (value.m_dwType) {
-        case REG_SZ: {
-            const std::string_view text = data.substr(0, data.empty() ? 0 : data.size() - 1);
-            // Whatever a name cannot hold, a quoted text cannot either. NULs are among it.
-            if (data.ends_with('\0') && IsWritable(text) && IsCleanText(text)) return Quoted(text);
-            return HexData(REG_SZ, ToUtf16(data), column);
-        }
-        case REG_EXPAND_SZ:
-        case REG_MULTI_SZ:
-            return HexData(value.m_dwType, ToUtf16(data), column);
-        case REG_DWORD:
-            if (data.size() == 4) return Printed("dword:%08x", U32(data, 0));
-            [[fallthrough]];
-        default:
-            return HexData(value.m_dwType, data, column);
+    const std::uint32_t type = value.m_dwType;
+    if (type == REG_DWORD && data.size() == 4) return Printed("dword:%08x", U32(data, 0));
+    if (type == REG_SZ && data.ends_with('\0')) {
+        const std::string_view text = data.substr(0, data.size() - 1);
+        // Whatever a name cannot hold, a quoted text cannot either. NULs are among it.
+        if (IsWritable(text) && IsCleanText(text)) return Quoted(text);
     }
+    const bool isText = type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
+    return HexData(type, isText ? ToUtf16(data) : CString(data), column);
 }
 
 // Whether the key holds a value that is named like an unnamed one, beside it.
