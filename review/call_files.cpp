@@ -71,9 +71,7 @@ void PrepareContext() {
     theContext.Initialize();
     // What the snapshots hold is reviewed, whatever this machine has and its stored options leave out.
     theContext.m_dwLogicalDrives = theContext.m_dwDrivesOn = ~std::uint32_t{0};
-    for (bool* const option :
-         {&theContext.m_bHklm, &theContext.m_bHkcu, &theContext.m_bHkcr, &theContext.m_bExtensions})
-        *option = true;
+    theContext.m_bHklm = theContext.m_bHkcu = theContext.m_bHkcr = theContext.m_bExtensions = true;
 }
 
 void UseResultsFolder(const CString& typed, const std::vector<CString>& names, bool writes) {
