@@ -28,7 +28,7 @@ std::size_t AsciiLength(std::string_view text) {
 
 }  // namespace
 
-CCharacter TakeCharacter(std::string_view& text) {
+CCharacter NextCharacter(std::string_view& text) {
     const auto lead = static_cast<unsigned char>(text[0]);
     const std::size_t length = lead < 0x80                    ? 1
                                : lead >= 0xC2 && lead <= 0xDF ? 2
@@ -62,7 +62,7 @@ CString CleanText(std::string_view text) {
     if (IsCleanText(text)) return CString(text);
     CString clean;
     while (!text.empty()) {
-        const CCharacter character = TakeCharacter(text);
+        const CCharacter character = NextCharacter(text);
         clean += character.IsValid() ? character.m_bytes : kReplacement;
     }
     return clean;
@@ -72,14 +72,14 @@ bool IsCleanText(std::string_view text) {
     while (true) {
         text.remove_prefix(AsciiLength(text));
         if (text.empty()) return true;
-        if (!TakeCharacter(text).IsValid()) return false;
+        if (!NextCharacter(text).IsValid()) return false;
     }
 }
 
 CString VisibleText(std::string_view text) {
     CString visible;
     while (!text.empty()) {
-        const CCharacter character = TakeCharacter(text);
+        const CCharacter character = NextCharacter(text);
         if (character.IsInvisible()) {
             visible += Printed("<U+%04X>", character.m_nNumber);
         } else {

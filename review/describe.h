@@ -24,7 +24,7 @@ struct CCharacter {
     std::uint32_t m_nNumber = kNone;
 };
 // Takes the first one off a text, which is not empty.
-CCharacter TakeCharacter(std::string_view& text);
+CCharacter NextCharacter(std::string_view& text);
 
 constexpr std::string_view kReplacement = "\uFFFD";  // stands for bytes that are no UTF-8
 CString CleanText(std::string_view text);

@@ -39,7 +39,7 @@ void AppendText(CString& html, std::string_view text, EText form) {
         html += text.substr(0, plain);
         text.remove_prefix(plain);
         if (text.empty()) return;
-        const CCharacter character = TakeCharacter(text);
+        const CCharacter character = NextCharacter(text);
         const std::uint32_t c = character.m_nNumber;
         if (!character.IsValid()) {
             html += kReplacement;

@@ -30,7 +30,7 @@ std::uint64_t SetOfBytes(const Text& text) {
 }
 
 std::size_t CharacterLength(std::string_view text) {
-    const CCharacter character = TakeCharacter(text);
+    const CCharacter character = NextCharacter(text);
     return character.IsValid() ? character.m_bytes.size() : 1;
 }
 

@@ -12,7 +12,7 @@ namespace {
 CString PatternOf(std::string_view text) {
     CString pattern;
     while (!text.empty()) {
-        const CCharacter character = TakeCharacter(text);
+        const CCharacter character = NextCharacter(text);
         if (!character.IsValid()) {
             pattern.append(character.m_bytes.size(), '?');
         } else if (character.m_bytes == "*" || character.m_bytes == "?" || character.m_bytes == "[") {
@@ -29,7 +29,7 @@ CString Quoted(std::string_view text) {
     bool isPlain = true;
     CString escaped;
     for (std::string_view rest = text; !rest.empty();) {
-        const CCharacter character = TakeCharacter(rest);
+        const CCharacter character = NextCharacter(rest);
         isPlain = isPlain && character.m_bytes != "'" && !character.IsInvisible();
         if (character.IsInvisible()) {
             escaped += Printed("\\u%04X", character.m_nNumber);

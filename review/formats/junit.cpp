@@ -17,7 +17,7 @@ using CFindings = std::vector<const CFinding*>;
 CString Escaped(std::string_view text) {
     CString escaped;
     while (!text.empty()) {
-        const CCharacter character = TakeCharacter(text);
+        const CCharacter character = NextCharacter(text);
         const std::uint32_t c = character.m_nNumber;
         if (c == '\n') {
             escaped += "&#10;";

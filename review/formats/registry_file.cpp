@@ -24,7 +24,7 @@ constexpr std::string_view kUnnamed = "(default)";
 CCharacter TakeUnits(std::string_view& text) {
     const std::string_view before = text;
     const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(before[at]); };
-    const CCharacter character = TakeCharacter(text);
+    const CCharacter character = NextCharacter(text);
     if (character.IsValid() || before.size() < 3 || byte(0) != 0xED || byte(1) < 0xA0 || byte(1) > 0xBF ||
         (byte(2) & 0xC0) != 0x80) {
         return character;
