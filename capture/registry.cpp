@@ -283,8 +283,9 @@ CDelvObj* CDelvRegHiveObj::FindSubkey(std::string_view path) {
         std::ranges::stable_sort(m_byFoldedName, sortsBefore, &CDelvObj::m_name);
     }
     const std::string_view name = path.substr(0, path.find('\\'));
-    for (CDelvObj* key : std::ranges::equal_range(m_byFoldedName, name, sortsBefore, &CDelvObj::m_name)) {
-        if (CDelvObj* const found = key->FindObject(path)) return found;
+    auto key = std::ranges::lower_bound(m_byFoldedName, name, sortsBefore, &CDelvObj::m_name);
+    for (; key != m_byFoldedName.end() && !sortsBefore(name, (*key)->m_name); ++key) {
+        if (CDelvObj* const found = (*key)->FindObject(path)) return found;
     }
     return nullptr;
 }

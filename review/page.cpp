@@ -277,15 +277,16 @@ private:
 
     void WriteFindings() {
         BeginSection("findings", "Findings <small>") << m_review.m_findings.size() << "</small></h2>\n";
+        auto finding = m_review.m_findings.begin();
         for (std::size_t requirement = 0; requirement < kRequirementCount; ++requirement) {
-            const auto findings =
-                std::ranges::equal_range(m_review.m_findings, requirement, {},
-                                         [](const CFinding& finding) { return finding.m_pRule->m_nRequirement; });
+            const auto end = std::ranges::upper_bound(finding, m_review.m_findings.end(), requirement, {},
+                                                      [](const CFinding& one) { return one.m_pRule->m_nRequirement; });
+            const bool hasNone = finding == end;
             m_page << "<h3>" << requirement << " " << RequirementTitle(requirement)
-                   << (findings.empty() ? " <small>no findings</small></h3>\n" : "</h3>\n<ul class=\"findings\">\n");
-            for (const CFinding& finding : findings)
-                WriteFinding(finding);
-            if (!findings.empty()) m_page << "</ul>\n";
+                   << (hasNone ? " <small>no findings</small></h3>\n" : "</h3>\n<ul class=\"findings\">\n");
+            for (; finding != end; ++finding)
+                WriteFinding(*finding);
+            if (!hasNone) m_page << "</ul>\n";
         }
         m_page << "</section>\n";
     }
