@@ -74,9 +74,10 @@ public:
 // What a machine has found wrong with itself.
 struct CNotice {
     CString m_strSentence;  // for a person; begins with the path where there is one
-    std::string m_strPath =
-        {};  // of the registry file that is missing, damaged or cannot be read, as the host spells it;
-    std::uint32_t m_dwCode = 0;  // then an ERROR_... number. Empty and 0 for anything else
+    // Of a registry file that is missing, damaged or cannot be read: its path as the host spells it, and an ERROR_...
+    // number. Empty and 0 for anything else.
+    std::string m_strPath = {};
+    std::uint32_t m_dwCode = 0;
 
     // What is wrong with the file: the sentence without the file.
     CString GetReason() const {

@@ -201,7 +201,7 @@ public:
     virtual std::uint32_t RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) = 0;
     virtual std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) = 0;
 
-    // Executables. MapAndLoad is that of platform/image.h on the file at `path`; false too where it is no regular
+    // Executables. MapAndLoad is that of platform/images/image.h on the file at `path`; false too where it is no regular
     // file or cannot be read.
     virtual bool MapAndLoad(std::string_view path, CLoadedImage& image) = 0;
     virtual std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) = 0;  // null without one

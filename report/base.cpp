@@ -92,9 +92,9 @@ void CReportObj::WriteChange(std::ostream& stream, CDelvObj& item) {
     }
 }
 
-void CReportObj::WriteEntry(std::ostream& stream, CDelvObj& item, const CNameText& name, const CCellWriter& cells) {
+void CReportObj::WriteEntry(std::ostream& stream, CDelvObj& item, const CCellWriter& cells) {
     if (!IsExactly<CDelvDiffObj>(item)) {
-        stream << "<TR><TD>" << name(item);
+        stream << "<TR><TD>" << GetEntryName(item);
         cells(item);
         stream << "</TD></TR>\n";
         return;
@@ -105,7 +105,7 @@ void CReportObj::WriteEntry(std::ostream& stream, CDelvObj& item, const CNameTex
         cells(side);
         stream << "</TD></TR>\n";
     };
-    stream << "<DD><TABLE><TR>" << name(*change.m_pObject) << "</TR>\n";
+    stream << "<DD><TABLE><TR>" << GetEntryName(*change.m_pObject) << "</TR>\n";
     writeSide(IDS_AFTER, *change.m_pObject);
     writeSide(IDS_BEFORE, *change.m_pBaseline);
     stream << "</TABLE>\n</DD>\n";

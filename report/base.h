@@ -71,9 +71,9 @@ protected:
 
     // One entry as the sections write it: the name, and the cells of the row behind it, which are left open; of a
     // change those of both sides.
-    using CNameText = std::function<CString(const CDelvObj&)>;
     using CCellWriter = std::function<void(CDelvObj&)>;
-    static void WriteEntry(std::ostream& stream, CDelvObj& item, const CNameText& name, const CCellWriter& cells);
+    void WriteEntry(std::ostream& stream, CDelvObj& item, const CCellWriter& cells);
+    virtual CString GetEntryName(const CDelvObj& object) { return CString(object.m_name); }
 
     // Ids of the headings of the raw data, and what its anchors begin with.
     struct CRawHeadings {

@@ -55,8 +55,7 @@ void CExtReport::WriteRawData(std::ostream& stream) {
 }
 
 void CExtReport::WriteChange(std::ostream& stream, CDelvObj& item) {
-    const auto name = [](const CDelvObj& object) { return CString(object.m_name); };
-    WriteEntry(stream, item, name, [&stream](const CDelvObj& object) {
+    WriteEntry(stream, item, [&stream](const CDelvObj& object) {
         const auto& extension = static_cast<const CDelvExtObj&>(object);
         WriteCell(stream, extension.m_pKey != nullptr ? LoadResString(IDS_REGISTERED) : "", IDS_NOT_REGISTERED);
         WriteCell(stream, extension.m_strFileType, IDS_NO_FILE_TYPE);

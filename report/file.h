@@ -74,8 +74,7 @@ private:
     void NoteKind(CDelvExeObj& copy);
     // Appends to a list and files its finding with the first entry.
     void Note(CObjectList& list, CDelvObj& object, int section, std::uint32_t textId);
-
-    static CString DisplayName(const CDelvObj& object);
+    CString GetEntryName(const CDelvObj& object) override;
 };
 
 }  // namespace delvane

@@ -124,7 +124,7 @@ void CFileReport::WriteRawData(std::ostream& stream) {
 }
 
 // The name of a system file is the target of the link in its finding.
-CString CFileReport::DisplayName(const CDelvObj& object) {
+CString CFileReport::GetEntryName(const CDelvObj& object) {
     if (!IsSystemFile(object, object.GetFullName())) return CString(object.m_name);
     return MakeAnchor(object.m_name, object.m_name);
 }
@@ -135,7 +135,7 @@ void CFileReport::WriteChange(std::ostream& stream, CDelvObj& item) {
     if (exe != nullptr && !exe->m_bAnalyzed) exe->Analyze();
     const bool isKernelMode = exe != nullptr && exe->m_image.fSystemImage;
     if (isKernelMode) stream << "<B>";
-    WriteEntry(stream, item, DisplayName, [&](const CDelvObj& object) {
+    WriteEntry(stream, item, [&](const CDelvObj& object) {
         if (!isChange && IsKindOf<CDelvDirObj>(object)) {
             stream << "\\";
             return;

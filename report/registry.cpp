@@ -179,8 +179,7 @@ void CRegistryReport::WriteRawData(std::ostream& stream) {
 CString CRegistryReport::GetPartOf(const CDelvObj& object) const { return HiveOf(object); }
 
 void CRegistryReport::WriteChange(std::ostream& stream, CDelvObj& item) {
-    const auto name = [](const CDelvObj& object) { return CString(object.m_name); };
-    WriteEntry(stream, item, name, [&stream](const CDelvObj& object) {
+    WriteEntry(stream, item, [&stream](const CDelvObj& object) {
         if (IsKindOf<CDelvRegKeyObj>(object)) {
             stream << "\\";
         } else {
