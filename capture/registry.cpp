@@ -88,12 +88,12 @@ bool CDelvRegValObj::Compare(CDelvObj& other, CReportObj& report) {
 
 bool CDelvRegValObj::Capture(CCaptureProgress* progress) {
     if (!m_bCaptured) {
-        CMachine& machine = theContext.GetMachine();
+        CRegistry& registry = theContext.GetMachine().GetRegistry();
         const HKEY key = *OpenKey();
         if (key == 0) return false;
         CRoom room;
         const auto query = [&](std::uint32_t* type) {
-            const std::uint32_t code = machine.RegQueryValueEx(key, m_name, type, room);
+            const std::uint32_t code = registry.RegQueryValueEx(key, m_name, type, room);
             if (code == ERROR_SUCCESS) return true;
             RootOf(*this).GetGaps().Add(EGapKind::kValue, GetFullName(), code, CString(m_name));
             return false;
@@ -120,7 +120,7 @@ CString CDelvRegValObj::GetFullName() const {
 HKEY* CDelvRegValObj::OpenKey() { return m_hKey != 0 ? &m_hKey : &static_cast<CDelvRegValObj*>(m_pParent)->m_hKey; }
 
 void CDelvRegValObj::CloseKey() {
-    if (m_hKey != 0) theContext.GetMachine().RegCloseKey(m_hKey);
+    if (m_hKey != 0) theContext.GetMachine().GetRegistry().RegCloseKey(m_hKey);
     m_hKey = 0;
 }
 
@@ -179,7 +179,7 @@ HKEY* CDelvRegKeyObj::OpenKey() {
     if (m_hKey == 0) {
         HKEY key = 0;
         const HKEY parent = static_cast<CDelvRegValObj*>(m_pParent)->m_hKey;
-        const std::uint32_t code = theContext.GetMachine().RegOpenKeyEx(parent, m_name, key);
+        const std::uint32_t code = theContext.GetMachine().GetRegistry().RegOpenKeyEx(parent, m_name, key);
         if (code == ERROR_SUCCESS) m_hKey = key;
         if (IsGap(code)) NoteGap(code);
     }
@@ -216,12 +216,12 @@ void CDelvRegKeyObj::NoteGap(std::uint32_t code) { RootOf(*this).GetGaps().Add(E
 // Children are put behind each other in the order of the registry and sorted in the end: the registry's order is
 // without case, and putting each into its place would take quadratic time in a large key.
 void CDelvRegKeyObj::CaptureContents(HKEY key, CCaptureProgress* progress) {
-    CMachine& machine = theContext.GetMachine();
+    CRegistry& registry = theContext.GetMachine().GetRegistry();
     const auto check = [this](std::uint32_t code) {
         if (code != ERROR_SUCCESS) throw CRegistryError(*this, code);
     };
     CKeyInfo info;
-    check(machine.RegQueryInfoKey(key, info));
+    check(registry.RegQueryInfoKey(key, info));
     if (info.m_dwError != ERROR_SUCCESS) NoteGap(info.m_dwError);
     const std::uint32_t nameSize = std::max(info.m_nLongestSubkey, info.m_nLongestValueName) + 1;
     const auto buffer = std::make_unique_for_overwrite<char[]>(std::size_t{nameSize} + info.m_nLargestData);
@@ -231,7 +231,7 @@ void CDelvRegKeyObj::CaptureContents(HKEY key, CCaptureProgress* progress) {
         CRoom name{buffer.get(), info.m_nLongestValueName + 1};
         CRoom data{buffer.get() + nameSize, info.m_nLargestData};
         std::uint32_t type = 0;
-        check(machine.RegEnumValue(key, index, name, type, data));
+        check(registry.RegEnumValue(key, index, name, type, data));
         const CTextRef ownName = name.m_nSize == 0 ? kDefaultName : arena.Copy({name.m_pBytes, name.m_nSize});
         CaptureValue(ownName, type, {data.m_pBytes, data.m_nSize}, progress);
     }
@@ -239,7 +239,7 @@ void CDelvRegKeyObj::CaptureContents(HKEY key, CCaptureProgress* progress) {
     for (std::uint32_t index = 0; index < info.m_nSubkeys; ++index) {
         ThrowIfCancelled(progress);
         CRoom name{buffer.get(), info.m_nLongestSubkey + 1};
-        check(machine.RegEnumKeyEx(key, index, name));
+        check(registry.RegEnumKeyEx(key, index, name));
         CaptureSubkey({name.m_pBytes, name.m_nSize}, progress);
     }
     SortByName(m_subkeys);

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "platform/machine.h"
+#include "platform/registry.h"
 #include "tree/node.h"
 
 namespace delvane {

@@ -17,8 +17,8 @@ bool CSearchSet::MayVisit(const CDirectoryIdentity& identity) {
     constexpr std::uint32_t kMostVisits = 16;
     if (++m_visits[identity] <= kMostVisits) return true;
     if (m_notices.empty()) {
-        m_notices.push_back("links lead to the same directories again and again; what lies there is listed " +
-                            std::to_string(kMostVisits) + " times at most");
+        m_notices.push_back({"links lead to the same directories again and again; what lies there is listed " +
+                             std::to_string(kMostVisits) + " times at most"});
     }
     return false;
 }

@@ -28,8 +28,8 @@ public:
     virtual void PassOver(const std::vector<CString>& folders) = 0;
     virtual std::unique_ptr<CFileSearch> Open(std::string_view path, std::uint32_t& error) = 0;
     virtual std::uint32_t FindPath(std::string_view path, CFileWords& words) = 0;
-    // What the user should know of the searches so far, in a sentence each.
-    const std::vector<CString>& GetNotices() const { return m_notices; }
+    // What the user should know of the searches so far.
+    const std::vector<CNotice>& GetNotices() const { return m_notices; }
 
 protected:
     // An open search.
@@ -57,7 +57,7 @@ protected:
 
 private:
     std::map<CDirectoryIdentity, std::uint32_t> m_visits;
-    std::vector<CString> m_notices;
+    std::vector<CNotice> m_notices;
 };
 
 // The one of the system: of the machine that the program runs on, or of a hosted one.

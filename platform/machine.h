@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -17,6 +18,8 @@
 #include "platform/text.h"
 
 namespace delvane {
+
+class CRegistry;
 
 constexpr std::uint32_t FILE_ATTRIBUTE_READONLY = 0x1;
 constexpr std::uint32_t FILE_ATTRIBUTE_HIDDEN = 0x2;
@@ -33,24 +36,6 @@ constexpr std::uint32_t DRIVE_FIXED = 3;
 constexpr std::uint32_t DRIVE_REMOTE = 4;
 constexpr std::uint32_t DRIVE_CDROM = 5;
 constexpr std::uint32_t DRIVE_RAMDISK = 6;
-
-// An open key of the registry; 0 is none. The predefined ones are open at all times.
-using HKEY = std::uint32_t;
-constexpr HKEY HKEY_CLASSES_ROOT = 0x80000000;
-constexpr HKEY HKEY_CURRENT_USER = 0x80000001;
-constexpr HKEY HKEY_LOCAL_MACHINE = 0x80000002;
-constexpr HKEY HKEY_USERS = 0x80000003;
-constexpr HKEY HKEY_CURRENT_CONFIG = 0x80000005;
-
-constexpr std::uint32_t REG_NONE = 0;
-constexpr std::uint32_t REG_SZ = 1;
-constexpr std::uint32_t REG_EXPAND_SZ = 2;
-constexpr std::uint32_t REG_BINARY = 3;
-constexpr std::uint32_t REG_DWORD = 4;
-constexpr std::uint32_t REG_DWORD_BIG_ENDIAN = 5;
-constexpr std::uint32_t REG_LINK = 6;
-constexpr std::uint32_t REG_MULTI_SZ = 7;
-constexpr std::uint32_t REG_RESOURCE_LIST = 8;
 
 constexpr std::uint32_t VER_PLATFORM_WIN32_WINDOWS = 1;
 constexpr std::uint32_t VER_PLATFORM_WIN32_NT = 2;
@@ -105,22 +90,6 @@ public:
     virtual std::uint32_t GetError() const = 0;
 };
 
-// What a key holds, in numbers: the lengths of names are without their NUL, all are in bytes.
-struct CKeyInfo {
-    std::uint32_t m_nSubkeys = 0;
-    std::uint32_t m_nLongestSubkey = 0;
-    std::uint32_t m_nValues = 0;
-    std::uint32_t m_nLongestValueName = 0;
-    std::uint32_t m_nLargestData = 0;
-    std::uint32_t m_dwError = ERROR_SUCCESS;  // why something of the key could not be read; it is not counted
-};
-
-// Room for a text or for data that a call is to fill in.
-struct CRoom {
-    char* m_pBytes = nullptr;
-    std::uint32_t m_nSize = 0;  // on the way in the room, on the way out what was written; a name's NUL does not count
-};
-
 struct CVersionRecord {
     std::uint32_t m_dwPlatformId = VER_PLATFORM_WIN32_NT;
     std::uint32_t m_dwMajorVersion = 0;
@@ -155,7 +124,11 @@ public:
     virtual CString GetProblem() const = 0;
     // What the user should be told and has not been told yet: a variable that names no machine, a damaged registry
     // file. Asked for at the start and after each capture.
-    virtual std::vector<CNotice> TakeNotices() = 0;
+    std::vector<CNotice> TakeNotices() {
+        std::vector<CNotice> notices = GetNotices();
+        std::erase_if(notices, [this](const CNotice& notice) { return !m_told.insert(notice.m_strSentence).second; });
+        return notices;
+    }
 
     // Identity.
     virtual CVersionRecord GetVersion() = 0;
@@ -188,23 +161,19 @@ public:
     virtual std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) = 0;
     virtual std::uint32_t FindPath(std::string_view path, CFileWords& words) = 0;
 
-    // The registry under examination. Each but RegCloseKey gives a Win32 error number. Text is in the code page, data
-    // of the types REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ too. A key is opened by the name of one level, no path. A
-    // name's room needs a byte more for a NUL. A key that stands for something else than itself (performance data)
-    // cannot be opened. ERROR_MORE_DATA where a room is too small; RegQueryValueEx takes a null room for a question
-    // after the size alone, and gives the size either way.
-    virtual std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) = 0;
-    virtual void RegCloseKey(HKEY key) = 0;
-    virtual std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) = 0;
-    virtual std::uint32_t RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type,
-                                       CRoom& data) = 0;
-    virtual std::uint32_t RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) = 0;
-    virtual std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) = 0;
+    // The registry under examination, as it was when the walk began.
+    virtual CRegistry& GetRegistry() = 0;
 
-    // Executables. MapAndLoad is that of platform/images/image.h on the file at `path`; false too where it is no regular
-    // file or cannot be read.
+    // Executables. MapAndLoad is that of platform/images/image.h on the file at `path`; false too where it is no
+    // regular file or cannot be read.
     virtual bool MapAndLoad(std::string_view path, CLoadedImage& image) = 0;
     virtual std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) = 0;  // null without one
+
+protected:
+    virtual std::vector<CNotice> GetNotices() = 0;  // all there were
+
+private:
+    std::set<CString> m_told;
 };
 
 }  // namespace delvane

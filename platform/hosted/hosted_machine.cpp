@@ -64,12 +64,10 @@ public:
 
 }  // namespace
 
-std::vector<CNotice> CHostedMachine::TakeNotices() {
+std::vector<CNotice> CHostedMachine::GetNotices() {
     std::vector<CNotice> notices = m_pRegistry->GetProblems();
     notices.insert(notices.end(), m_notices.begin(), m_notices.end());
-    for (const CString& sentence : m_pSearches->GetNotices())
-        notices.push_back({sentence});
-    std::erase_if(notices, [this](const CNotice& notice) { return !m_told.insert(notice.m_strSentence).second; });
+    notices.insert(notices.end(), m_pSearches->GetNotices().begin(), m_pSearches->GetNotices().end());
     return notices;
 }
 
@@ -101,7 +99,6 @@ CHostedRegistry::CPlace CHostedMachine::AddHive(std::unique_ptr<CHive> hive, CNo
     return m_pRegistry->AddHive(std::move(hive));
 }
 
-// Between two captures of one run an installation may have changed the files.
 CHostedRegistry& CHostedMachine::GetRegistry() {
     if (m_bComplete) return *m_pRegistry;
     if (m_pRegistry->HasChanged()) ReadRegistry();

@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -24,7 +23,6 @@ public:
 
     bool IsPresent() const override { return GetProblem().empty(); }
     CString GetProblem() const override { return m_strRegistryProblem.empty() ? m_strProblem : m_strRegistryProblem; }
-    std::vector<CNotice> TakeNotices() override;
 
     CVersionRecord GetVersion() override;
     bool GetUserName(CString& name) override;
@@ -49,20 +47,8 @@ public:
         return m_pSearches->FindPath(path, words);
     }
 
-    std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override {
-        return GetRegistry().OpenKey(parent, name, key);
-    }
-    void RegCloseKey(HKEY key) override { GetRegistry().CloseKey(key); }
-    std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) override { return GetRegistry().QueryInfo(key, info); }
-    std::uint32_t RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) override {
-        return GetRegistry().EnumValue(key, index, name, type, data);
-    }
-    std::uint32_t RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) override {
-        return GetRegistry().EnumKey(key, index, name);
-    }
-    std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) override {
-        return GetRegistry().QueryValue(key, name, type, data);
-    }
+    // Between two captures of one run an installation may have changed the files: they are read when it is asked for.
+    CHostedRegistry& GetRegistry() override;
 
     bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
     std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) override;
@@ -104,15 +90,14 @@ protected:
     std::vector<CNotice> m_notices;  // beside those of the registry
 
 private:
-    CHostedRegistry& GetRegistry();
+    std::vector<CNotice> GetNotices() override;
     std::optional<CString> FindVariable(const CString& name);
 
     std::unique_ptr<CSearchSet> m_pSearches;
     bool m_bComplete = false;  // the registry is as a capture wants it
     CString m_strRegistryProblem;
-    std::set<CString> m_told;  // the notices that were taken
-    int m_nExpanding = 0;      // variables that stand in each other
-    int m_nExpanded = 0;       // variables looked up for one text
+    int m_nExpanding = 0;  // variables that stand in each other
+    int m_nExpanded = 0;   // variables looked up for one text
 };
 
 // The machine in a folder, and the choice's, which may be none: then what two snapshots hold can still be compared.

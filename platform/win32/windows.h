@@ -6,6 +6,7 @@
 #pragma once
 
 #include "platform/machine.h"
+#include "platform/registry.h"
 #include "platform/toolkit.h"
 
 #ifndef WIN32_LEAN_AND_MEAN

@@ -79,18 +79,18 @@ TEST_F(CodePage1252, KeysWithoutAFormDoNotEndAWalk) {
     HKEY software = 0;
     HKEY page = 0;
     CKeyInfo info;
-    ASSERT_EQ(machine->RegOpenKeyEx(HKEY_CURRENT_USER, "Software", software), ERROR_SUCCESS);
-    ASSERT_EQ(machine->RegOpenKeyEx(software, "Page", page), ERROR_SUCCESS);
-    ASSERT_EQ(machine->RegQueryInfoKey(page, info), ERROR_SUCCESS);
+    ASSERT_EQ(machine->GetRegistry().RegOpenKeyEx(HKEY_CURRENT_USER, "Software", software), ERROR_SUCCESS);
+    ASSERT_EQ(machine->GetRegistry().RegOpenKeyEx(software, "Page", page), ERROR_SUCCESS);
+    ASSERT_EQ(machine->GetRegistry().RegQueryInfoKey(page, info), ERROR_SUCCESS);
     ASSERT_EQ(info.m_nSubkeys, 2U);
     std::vector<CString> opened;
     for (std::uint32_t i = 0; i < info.m_nSubkeys; ++i) {
         CString name(info.m_nLongestSubkey + 1, '\0');
         CRoom room{name.data(), info.m_nLongestSubkey + 1};
-        ASSERT_EQ(machine->RegEnumKeyEx(page, i, room), ERROR_SUCCESS);
+        ASSERT_EQ(machine->GetRegistry().RegEnumKeyEx(page, i, room), ERROR_SUCCESS);
         name.resize(room.m_nSize);
         HKEY key = 0;
-        if (machine->RegOpenKeyEx(page, name, key) == ERROR_SUCCESS) opened.push_back(name);
+        if (machine->GetRegistry().RegOpenKeyEx(page, name, key) == ERROR_SUCCESS) opened.push_back(name);
     }
     EXPECT_EQ(opened, std::vector<CString>{"after"});
     RegDeleteTreeW(user, L"Software\\Page");

@@ -13,23 +13,23 @@ using namespace delvane;
 // Opens what can be opened, as a walk does, until it has seen enough.
 void Walk(CHostedRegistry& registry, HKEY key, std::size_t& opened) {
     CKeyInfo info;
-    Expect(registry.QueryInfo(key, info) == ERROR_SUCCESS);
+    Expect(registry.RegQueryInfoKey(key, info) == ERROR_SUCCESS);
     std::vector<char> name(std::max(info.m_nLongestSubkey, info.m_nLongestValueName) + std::size_t{1});
     std::vector<char> data(info.m_nLargestData + std::size_t{1});
     for (std::uint32_t i = 0; i < info.m_nValues; ++i) {
         CRoom nameRoom{name.data(), info.m_nLongestValueName + 1};
         CRoom dataRoom{data.data(), info.m_nLargestData};
         std::uint32_t type = 0;
-        Expect(registry.EnumValue(key, i, nameRoom, type, dataRoom) == ERROR_SUCCESS);
+        Expect(registry.RegEnumValue(key, i, nameRoom, type, dataRoom) == ERROR_SUCCESS);
     }
     for (std::uint32_t i = 0; i < info.m_nSubkeys && opened < 5000; ++i) {
         CRoom room{name.data(), info.m_nLongestSubkey + 1};
-        Expect(registry.EnumKey(key, i, room) == ERROR_SUCCESS);
+        Expect(registry.RegEnumKeyEx(key, i, room) == ERROR_SUCCESS);
         HKEY below = 0;
-        if (registry.OpenKey(key, {name.data(), room.m_nSize}, below) != ERROR_SUCCESS) continue;
+        if (registry.RegOpenKeyEx(key, {name.data(), room.m_nSize}, below) != ERROR_SUCCESS) continue;
         ++opened;
         Walk(registry, below, opened);
-        registry.CloseKey(below);
+        registry.RegCloseKey(below);
     }
 }
 

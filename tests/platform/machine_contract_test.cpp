@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <map>
 
+#include "platform/registry.h"
 #include "tests/support/contract_machine.h"
 #include "tests/support/search.h"
 
@@ -29,7 +30,7 @@ protected:
         HKEY key = HKEY_CURRENT_USER;
         for (const CString& name : path) {
             HKEY below = 0;
-            EXPECT_EQ(Machine().RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
+            EXPECT_EQ(Machine().GetRegistry().RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
             key = below;
         }
         return key;
@@ -115,7 +116,7 @@ TEST_P(MachineContract, VersionsAreFoundByTheirPath) {
 TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
     const HKEY key = Open({"Software", m_pContract->GetKeyName()});
     CKeyInfo info;
-    ASSERT_EQ(Machine().RegQueryInfoKey(key, info), ERROR_SUCCESS);
+    ASSERT_EQ(Machine().GetRegistry().RegQueryInfoKey(key, info), ERROR_SUCCESS);
     ASSERT_EQ(info.m_nValues, 7U);
     ASSERT_EQ(info.m_nSubkeys, 2U);
     std::vector<char> name(info.m_nLongestValueName + 1);
@@ -125,7 +126,7 @@ TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
         CRoom nameRoom{name.data(), static_cast<std::uint32_t>(name.size())};
         CRoom dataRoom{data.data(), static_cast<std::uint32_t>(data.size())};
         std::uint32_t type = 0;
-        ASSERT_EQ(Machine().RegEnumValue(key, i, nameRoom, type, dataRoom), ERROR_SUCCESS);
+        ASSERT_EQ(Machine().GetRegistry().RegEnumValue(key, i, nameRoom, type, dataRoom), ERROR_SUCCESS);
         values[CString(name.data(), nameRoom.m_nSize)] = {type, CString(data.data(), dataRoom.m_nSize)};
     }
     using namespace std::string_literals;
@@ -143,45 +144,45 @@ TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
     std::vector<char> subkey(info.m_nLongestSubkey + 1);
     for (std::uint32_t i = 0; i < info.m_nSubkeys; ++i) {
         CRoom room{subkey.data(), static_cast<std::uint32_t>(subkey.size())};
-        ASSERT_EQ(Machine().RegEnumKeyEx(key, i, room), ERROR_SUCCESS);
+        ASSERT_EQ(Machine().GetRegistry().RegEnumKeyEx(key, i, room), ERROR_SUCCESS);
         subkeys.emplace_back(subkey.data(), room.m_nSize);
     }
     EXPECT_EQ(subkeys, (std::vector<CString>{"Alpha", "beta"}));
     CRoom room{subkey.data(), static_cast<std::uint32_t>(subkey.size())};
     CRoom none;
     std::uint32_t type = 0;
-    EXPECT_EQ(Machine().RegEnumKeyEx(key, info.m_nSubkeys, room), ERROR_NO_MORE_ITEMS);
-    EXPECT_EQ(Machine().RegEnumValue(key, info.m_nValues, room, type, none), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(Machine().GetRegistry().RegEnumKeyEx(key, info.m_nSubkeys, room), ERROR_NO_MORE_ITEMS);
+    EXPECT_EQ(Machine().GetRegistry().RegEnumValue(key, info.m_nValues, room, type, none), ERROR_NO_MORE_ITEMS);
     char small[4];
     CRoom tooSmall{small, sizeof small};
-    EXPECT_EQ(Machine().RegEnumKeyEx(key, 0, tooSmall), ERROR_MORE_DATA);
-    Machine().RegCloseKey(key);
+    EXPECT_EQ(Machine().GetRegistry().RegEnumKeyEx(key, 0, tooSmall), ERROR_MORE_DATA);
+    Machine().GetRegistry().RegCloseKey(key);
 }
 
 TEST_P(MachineContract, KeysAndValuesAreFoundWithoutRegardToCase) {
     const HKEY key = Open({"SOFTWARE", MakeLower(m_pContract->GetKeyName())});
     CRoom size;
-    EXPECT_EQ(Machine().RegQueryValueEx(key, "TEXT", nullptr, size), ERROR_SUCCESS);
+    EXPECT_EQ(Machine().GetRegistry().RegQueryValueEx(key, "TEXT", nullptr, size), ERROR_SUCCESS);
     EXPECT_EQ(size.m_nSize, 4U);
     char bytes[8] = {};
     CRoom room{bytes, sizeof bytes};
     std::uint32_t type = 0;
-    EXPECT_EQ(Machine().RegQueryValueEx(key, "ünÏ", &type, room), ERROR_SUCCESS);
+    EXPECT_EQ(Machine().GetRegistry().RegQueryValueEx(key, "ünÏ", &type, room), ERROR_SUCCESS);
     EXPECT_EQ(type, REG_SZ);
     EXPECT_EQ(CString(bytes, room.m_nSize), CString("Ü€", 6));
     CRoom small{bytes, 2};
-    EXPECT_EQ(Machine().RegQueryValueEx(key, "Text", &type, small), ERROR_MORE_DATA);
-    EXPECT_EQ(Machine().RegQueryValueEx(key, "none", &type, room), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Machine().GetRegistry().RegQueryValueEx(key, "Text", &type, small), ERROR_MORE_DATA);
+    EXPECT_EQ(Machine().GetRegistry().RegQueryValueEx(key, "none", &type, room), ERROR_FILE_NOT_FOUND);
     const HKEY deep = Open({"Software", m_pContract->GetKeyName(), "ALPHA", "deep"});
     CKeyInfo info;
-    EXPECT_EQ(Machine().RegQueryInfoKey(deep, info), ERROR_SUCCESS);
+    EXPECT_EQ(Machine().GetRegistry().RegQueryInfoKey(deep, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nValues, 1U);
     HKEY none = 0;
-    EXPECT_EQ(Machine().RegOpenKeyEx(key, "Gamma", none), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Machine().GetRegistry().RegOpenKeyEx(key, "Gamma", none), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(none, 0U);
-    Machine().RegCloseKey(deep);
-    EXPECT_NE(Machine().RegQueryInfoKey(deep, info), ERROR_SUCCESS) << "it is closed";
-    Machine().RegCloseKey(0);
+    Machine().GetRegistry().RegCloseKey(deep);
+    EXPECT_NE(Machine().GetRegistry().RegQueryInfoKey(deep, info), ERROR_SUCCESS) << "it is closed";
+    Machine().GetRegistry().RegCloseKey(0);
 }
 
 // Whatever stood in a file's place stays whole until the new one is.

@@ -28,7 +28,6 @@ public:
 
     bool IsPresent() const override { return m_bPresent; }
     CString GetProblem() const override { return m_bPresent ? "" : "no machine here"; }
-    std::vector<CNotice> TakeNotices() override { return std::exchange(m_notices, {}); }
     CVersionRecord GetVersion() override { return m_version; }
     bool GetUserName(CString& name) override;
     bool GetComputerName(CString& name) override;
@@ -44,20 +43,7 @@ public:
     void PassOver(const std::vector<CString>& folders) override { m_passedOver = folders; }
     std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) override;
     std::uint32_t FindPath(std::string_view path, CFileWords& words) override;
-    std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override {
-        return m_registry.OpenKey(parent, name, key);
-    }
-    void RegCloseKey(HKEY key) override { m_registry.CloseKey(key); }
-    std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) override { return m_registry.QueryInfo(key, info); }
-    std::uint32_t RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) override {
-        return m_registry.EnumValue(key, index, name, type, data);
-    }
-    std::uint32_t RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) override {
-        return m_registry.EnumKey(key, index, name);
-    }
-    std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) override {
-        return m_registry.QueryValue(key, name, type, data);
-    }
+    CRegistry& GetRegistry() override { return m_registry; }
     bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
     std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) override;
 
@@ -75,6 +61,7 @@ public:
     std::function<void(std::string_view name)> m_onEntry;  // called for each entry that a search delivers
 
 private:
+    std::vector<CNotice> GetNotices() override { return m_notices; }
     struct CEntry;
     class CSearch;
     const CEntry* Find(std::string_view path, bool wantsDirectory = false) const;

@@ -120,7 +120,7 @@ void CScriptedRegistry::COpenKey::Show(const CKey& key) {
     }
 }
 
-std::uint32_t CScriptedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY& key) {
+std::uint32_t CScriptedRegistry::RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) {
     const COpenKey* const above = Find(parent);
     if (above == nullptr) return ERROR_INVALID_HANDLE;
     const auto& subkeys = above->m_pKey->m_subkeys;
@@ -138,34 +138,34 @@ std::uint32_t CScriptedRegistry::OpenKey(HKEY parent, std::string_view name, HKE
     return ERROR_SUCCESS;
 }
 
-std::uint32_t CScriptedRegistry::QueryInfo(HKEY key, CKeyInfo& info) {
-    const COpenKey* const open = Find(key);
+std::uint32_t CScriptedRegistry::ReadKey(HKEY key, bool, CKeyContents*& contents) {
+    COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
-    open->m_contents.QueryInfo(info);
-    if (open->m_pKey->m_refusal == "shrinks") ++info.m_nValues;
-    for (const CValue& value : open->m_pKey->m_values) {
+    contents = &open->m_contents;
+    return ERROR_SUCCESS;
+}
+
+std::uint32_t CScriptedRegistry::RegQueryInfoKey(HKEY key, CKeyInfo& info) {
+    const std::uint32_t code = CRegistry::RegQueryInfoKey(key, info);
+    if (code != ERROR_SUCCESS) return code;
+    const CKey& shown = *Find(key)->m_pKey;
+    if (shown.m_refusal == "shrinks") ++info.m_nValues;
+    for (const CValue& value : shown.m_values) {
         if (value.m_refusal == "grows" && value.m_data.size() == info.m_nLargestData) --info.m_nLargestData;
     }
     return ERROR_SUCCESS;
 }
 
-std::uint32_t CScriptedRegistry::EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type,
-                                           CRoom& data) {
-    const COpenKey* const open = Find(key);
-    if (open == nullptr) return ERROR_INVALID_HANDLE;
-    const std::uint32_t code = open->m_contents.EnumValue(index, name, type, data);
-    if (code == ERROR_NO_MORE_ITEMS) return code;
-    const CString& refusal = open->m_pKey->m_values[index].m_refusal;
+std::uint32_t CScriptedRegistry::RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type,
+                                              CRoom& data) {
+    const std::uint32_t code = CRegistry::RegEnumValue(key, index, name, type, data);
+    if (code != ERROR_SUCCESS && code != ERROR_MORE_DATA) return code;
+    const CString& refusal = Find(key)->m_pKey->m_values[index].m_refusal;
     if (refusal == "late" || refusal == "vanishes" || refusal == "denied") data.m_nSize = 0;
     return code;
 }
 
-std::uint32_t CScriptedRegistry::EnumKey(HKEY key, std::uint32_t index, CRoom& name) {
-    const COpenKey* const open = Find(key);
-    return open == nullptr ? ERROR_INVALID_HANDLE : open->m_contents.EnumKey(index, name);
-}
-
-std::uint32_t CScriptedRegistry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
+std::uint32_t CScriptedRegistry::RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
     const COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
     for (const CValue& value : open->m_pKey->m_values) {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/open_keys.h"
+#include "platform/registry.h"
 
 namespace delvane {
 
@@ -17,16 +17,17 @@ namespace delvane {
 // Behind the data of a value, separated by two blanks: grows (its data grew between the calls), late (the enumeration
 // gives no data, the query does), vanishes (neither gives any), denied (the
 // query may not).
-class CScriptedRegistry {
+class CScriptedRegistry : public CRegistry {
 public:
     explicit CScriptedRegistry(std::string_view text = {});
 
-    std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
-    void CloseKey(HKEY key) { m_keys.Close(key); }
-    std::uint32_t QueryInfo(HKEY key, CKeyInfo& info);
-    std::uint32_t EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data);
-    std::uint32_t EnumKey(HKEY key, std::uint32_t index, CRoom& name);
-    std::uint32_t QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data);
+    void BeginWalk() override {}
+    std::vector<CNotice> GetProblems() const override { return {}; }
+    std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override;
+    void RegCloseKey(HKEY key) override { m_keys.Close(key); }
+    std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info) override;
+    std::uint32_t RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) override;
+    std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) override;
 
     std::size_t GetOpenCount() const { return m_keys.GetCount(); }
 
@@ -52,6 +53,7 @@ private:
         CKeyContents m_contents;
     };
     COpenKey* Find(HKEY key);
+    std::uint32_t ReadKey(HKEY key, bool anew, CKeyContents*& contents) override;
 
     CKey m_top;  // of the hives
     COpenKeys<COpenKey> m_keys;

@@ -9,7 +9,7 @@
 
 #include "platform/host.h"
 #include "platform/memory.h"
-#include "platform/open_keys.h"
+#include "platform/registry.h"
 
 namespace delvane {
 

@@ -19,6 +19,7 @@
 
 #include "platform/hosted/files/host_file.h"
 #include "platform/hosted/registry/regf.h"
+#include "platform/machine.h"
 #include "platform/own_file.h"
 #include "platform/utf.h"
 

@@ -8,7 +8,7 @@
 
 #include "platform/host.h"
 #include "platform/hosted/registry/hive.h"
-#include "platform/machine.h"
+#include "platform/registry.h"
 
 namespace delvane {
 

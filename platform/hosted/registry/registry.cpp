@@ -19,6 +19,7 @@
 
 #include "platform/host.h"
 #include "platform/little_endian.h"
+#include "platform/machine.h"
 
 namespace delvane {
 namespace {
@@ -54,8 +55,6 @@ struct CHostedRegistry::COpenKey {
     std::uint32_t m_nDepth = 0;
     bool m_bBehindLink = false;
     bool m_bRead = false;
-    std::size_t m_nLastChild = 0;  // the ones that were enumerated last, which are asked for next
-    std::size_t m_nLastValue = 0;
     std::string m_strAskedFor;  // the name of the value that was looked for last, and where it was found
     std::optional<std::size_t> m_answer;
     CKeyContents m_contents;
@@ -63,8 +62,6 @@ struct CHostedRegistry::COpenKey {
 
     void Forget() {
         m_bRead = false;
-        m_nLastChild = 0;
-        m_nLastValue = 0;
         m_answer.reset();
     }
     CLayers GetChild(std::size_t index) const {
@@ -135,7 +132,7 @@ CHostedRegistry::COpenKey* CHostedRegistry::GetOpenKey(HKEY key) {
     return m_open.Find(key);
 }
 
-std::uint32_t CHostedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY& key) {
+std::uint32_t CHostedRegistry::RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) {
     ThrowIfInterrupted();
     COpenKey* const above = GetOpenKey(parent);
     if (above == nullptr || !Read(*above)) return ERROR_INVALID_HANDLE;
@@ -169,7 +166,7 @@ std::uint32_t CHostedRegistry::OpenKey(HKEY parent, std::string_view name, HKEY&
     return ERROR_SUCCESS;
 }
 
-void CHostedRegistry::CloseKey(HKEY key) { m_open.Close(key); }
+void CHostedRegistry::RegCloseKey(HKEY key) { m_open.Close(key); }
 
 // False for a key behind a link once a walk has seen too many of them.
 bool CHostedRegistry::CountBehindLinks(const COpenKey& key) {
@@ -200,7 +197,8 @@ bool CHostedRegistry::IsOpenAbove(const COpenKey* parent, CPlace place) const {
 
 std::optional<std::size_t> CHostedRegistry::FindChild(const COpenKey& key, std::string_view name) const {
     const std::size_t count = key.m_contents.m_subkeys.size();
-    if (key.m_nLastChild < count && key.GetChildName(key.m_nLastChild) == name) return key.m_nLastChild;
+    const std::size_t last = key.m_contents.m_nLastSubkey;
+    if (last < count && key.GetChildName(last) == name) return last;
     for (const bool exact : {true, false}) {
         for (std::size_t i = 0; i < count; ++i) {
             if (exact ? key.GetChildName(i) == name : KeyNamesEqual(key.GetChildName(i), name)) return i;
@@ -272,28 +270,14 @@ void CHostedRegistry::ApplyMounts(COpenKey& key) {
     }
 }
 
-std::uint32_t CHostedRegistry::QueryInfo(HKEY key, CKeyInfo& info) {
+std::uint32_t CHostedRegistry::ReadKey(HKEY key, bool, CKeyContents*& contents) {
     COpenKey* const open = GetOpenKey(key);
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
-    open->m_contents.QueryInfo(info);
+    contents = &open->m_contents;
     return ERROR_SUCCESS;
 }
 
-std::uint32_t CHostedRegistry::EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data) {
-    COpenKey* const open = GetOpenKey(key);
-    if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
-    open->m_nLastValue = index;
-    return open->m_contents.EnumValue(index, name, type, data);
-}
-
-std::uint32_t CHostedRegistry::EnumKey(HKEY key, std::uint32_t index, CRoom& name) {
-    COpenKey* const open = GetOpenKey(key);
-    if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
-    open->m_nLastChild = index;
-    return open->m_contents.EnumKey(index, name);
-}
-
-std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
+std::uint32_t CHostedRegistry::RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
     COpenKey* const open = GetOpenKey(key);
     if (open == nullptr || !Read(*open)) return ERROR_INVALID_HANDLE;
     const CKeyContents& contents = open->m_contents;
@@ -301,7 +285,7 @@ std::uint32_t CHostedRegistry::QueryValue(HKEY key, std::string_view name, std::
     const auto isExact = [&](const CKeyContents::CValue& value) { return contents.Get(value.m_name) == name; };
     const auto isEqual = [&](const auto& value) { return KeyNamesEqual(contents.Get(value.m_name), name); };
     // Asked for in turn, or one name again and again, no value is looked for among all the others.
-    auto found = values.begin() + static_cast<std::ptrdiff_t>(std::min(open->m_nLastValue, values.size()));
+    auto found = values.begin() + static_cast<std::ptrdiff_t>(std::min(contents.m_nLastValue, values.size()));
     if (found == values.end() || !isExact(*found)) {
         if (!open->m_answer || open->m_strAskedFor != name) {
             found = std::find_if(values.begin(), values.end(), isExact);

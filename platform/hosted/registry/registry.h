@@ -12,14 +12,14 @@
 #include <vector>
 
 #include "platform/hosted/registry/hive.h"
-#include "platform/machine.h"
+#include "platform/registry.h"
 
 namespace delvane {
 
 // Read only. A key may show two hives' keys in one, as HKCR does on Windows: the subkeys of both, and of two values of
 // one name that of the first layer. Symbolic link keys are followed; one that leads nowhere, or to a key that is open
 // above it, cannot be opened.
-class CHostedRegistry {
+class CHostedRegistry : public CRegistry {
 public:
     // A key of a hive.
     struct CPlace {
@@ -36,7 +36,7 @@ public:
     };
 
     CHostedRegistry();
-    ~CHostedRegistry();
+    ~CHostedRegistry() override;
 
     // What the registry is made of. A predefined key without a root is an empty one. A mount is a subkey that leads to
     // another key, in place of any subkey of that name. Links are resolved through the roots: \Registry\Machine leads
@@ -63,17 +63,12 @@ public:
     std::optional<std::uint32_t> FindNumber(HKEY root, std::string_view path, std::string_view name);
     std::vector<CString> ListSubkeys(HKEY root, std::string_view path);
     std::size_t GetOpenCount() const { return m_open.GetCount(); }
-    // What was found wrong so far.
-    std::vector<CNotice> GetProblems() const;
 
-    // As CMachine tells them.
-    void BeginWalk() { m_nBehindLinks = m_nBytesBehindLinks = 0; }
-    std::uint32_t OpenKey(HKEY parent, std::string_view name, HKEY& key);
-    void CloseKey(HKEY key);
-    std::uint32_t QueryInfo(HKEY key, CKeyInfo& info);
-    std::uint32_t EnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type, CRoom& data);
-    std::uint32_t EnumKey(HKEY key, std::uint32_t index, CRoom& name);
-    std::uint32_t QueryValue(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data);
+    void BeginWalk() override { m_nBehindLinks = m_nBytesBehindLinks = 0; }
+    std::vector<CNotice> GetProblems() const override;
+    std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override;
+    void RegCloseKey(HKEY key) override;
+    std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) override;
 
 private:
     struct CMount {
@@ -85,6 +80,7 @@ private:
     using CFileMarks = std::array<std::int64_t, 5>;
     struct COpenKey;
 
+    std::uint32_t ReadKey(HKEY key, bool anew, CKeyContents*& contents) override;
     COpenKey* GetOpenKey(HKEY key);
     bool Read(COpenKey& key);
     void ReadSecondLayer(COpenKey& key);

@@ -18,7 +18,7 @@
 #include <cstring>
 
 #include "platform/hosted/registry/registry_escape.h"
-#include "platform/machine.h"
+#include "platform/registry.h"
 #include "platform/text.h"
 
 namespace delvane {

@@ -10,7 +10,7 @@
 #include "platform/host.h"
 #include "platform/hosted/registry/hive.h"
 #include "platform/hosted/registry/registry_text.h"
-#include "platform/machine.h"
+#include "platform/registry.h"
 
 namespace delvane {
 

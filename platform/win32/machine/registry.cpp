@@ -1,8 +1,12 @@
-#include "platform/win32/machine/registry.h"
+// The registry of the machine that the program runs on. The contents of a key are read in one go when they are first
+// asked for, since the registry of a living machine changes at any time: what a caller enumerates is what was there at
+// one moment, and a key that another process shrinks or deletes meanwhile ends nothing.
+#include "platform/registry.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <map>
 
 #include "platform/host.h"
 #include "platform/win32/system.h"
@@ -43,9 +47,7 @@ bool EqualNoCase(std::wstring_view a, std::wstring_view b) {
            CSTR_EQUAL;
 }
 
-}  // namespace
-
-struct CWin32Registry::COpenKey {
+struct COpenKey {
     ::HKEY m_key = nullptr;
     const COpenKey* m_pParent = nullptr;
     std::wstring m_realPath;
@@ -61,12 +63,11 @@ struct CWin32Registry::COpenKey {
         m_key = nullptr;
     }
     std::uint32_t Read();
-    std::uint32_t ReadOnce() { return m_bRead ? ERROR_SUCCESS : Read(); }
     template <class Take, class Grow>
     void ReadEntries(DWORD count, const Take& take, const Grow& grow);
 };
 
-std::uint32_t CWin32Registry::COpenKey::Read() {
+std::uint32_t COpenKey::Read() {
     m_bRead = true;
     m_contents.Clear();
     DWORD subkeys = 0;
@@ -127,7 +128,7 @@ std::uint32_t CWin32Registry::COpenKey::Read() {
 // As many as were counted; the list may have shrunk since. An entry that outgrows its room is taken again, and one that
 // cannot be read costs itself.
 template <class Take, class Grow>
-void CWin32Registry::COpenKey::ReadEntries(DWORD count, const Take& take, const Grow& grow) {
+void COpenKey::ReadEntries(DWORD count, const Take& take, const Grow& grow) {
     for (DWORD index = 0; index < count; ++index) {
         LSTATUS code = take(index);
         while (code == ERROR_MORE_DATA && grow())
@@ -137,11 +138,26 @@ void CWin32Registry::COpenKey::ReadEntries(DWORD count, const Take& take, const 
     }
 }
 
-CWin32Registry::CWin32Registry() = default;
+class CWin32Registry : public CRegistry {
+public:
+    void BeginWalk() override { m_nBehindLinks = 0; }
+    std::vector<CNotice> GetProblems() const override { return m_problems; }
+    std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override;
+    void RegCloseKey(HKEY key) override;
+    std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) override;
 
-CWin32Registry::~CWin32Registry() = default;
+private:
+    std::uint32_t ReadKey(HKEY key, bool anew, CKeyContents*& contents) override;
+    COpenKey* Find(HKEY key);
+    bool MayShow(const COpenKey& parent, COpenKey& key);
 
-CWin32Registry::COpenKey* CWin32Registry::Find(HKEY key) {
+    COpenKeys<COpenKey> m_keys;
+    std::map<HKEY, std::unique_ptr<COpenKey>> m_predefined;  // open at all times
+    std::size_t m_nBehindLinks = 0;                          // keys behind links, in this walk
+    std::vector<CNotice> m_problems;
+};
+
+COpenKey* CWin32Registry::Find(HKEY key) {
     if (key < HKEY_CLASSES_ROOT) return m_keys.Find(key);
     std::unique_ptr<COpenKey>& predefined = m_predefined[key];
     if (predefined == nullptr) {
@@ -164,15 +180,11 @@ bool CWin32Registry::MayShow(const COpenKey& parent, COpenKey& key) {
         if (EqualNoCase(level->m_realPath, key.m_realPath)) return false;
     }
     if (++m_nBehindLinks <= kMostKeysBehindLinks) return true;
-    if (m_notice == ENotice::kNone) m_notice = ENotice::kDue;
+    if (m_problems.empty()) {
+        m_problems.push_back({"links of the registry show more than " + std::to_string(kMostKeysBehindLinks) +
+                              " keys; what is behind further ones is left out"});
+    }
     return false;
-}
-
-std::vector<CNotice> CWin32Registry::TakeNotices() {
-    if (m_notice != ENotice::kDue) return {};
-    m_notice = ENotice::kTaken;
-    return {{"links of the registry show more than " + std::to_string(kMostKeysBehindLinks) +
-             " keys; what is behind further ones is left out"}};
 }
 
 std::uint32_t CWin32Registry::RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) {
@@ -202,28 +214,12 @@ void CWin32Registry::RegCloseKey(HKEY key) {
     m_keys.Close(key);
 }
 
-std::uint32_t CWin32Registry::RegQueryInfoKey(HKEY key, CKeyInfo& info) {
+std::uint32_t CWin32Registry::ReadKey(HKEY key, bool anew, CKeyContents*& contents) {
     ThrowIfInterrupted();
     COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
-    if (const std::uint32_t code = open->Read(); code != ERROR_SUCCESS) return code;
-    open->m_contents.QueryInfo(info);
-    return ERROR_SUCCESS;
-}
-
-std::uint32_t CWin32Registry::RegEnumValue(HKEY key, std::uint32_t index, CRoom& name, std::uint32_t& type,
-                                           CRoom& data) {
-    COpenKey* const open = Find(key);
-    if (open == nullptr) return ERROR_INVALID_HANDLE;
-    if (const std::uint32_t code = open->ReadOnce(); code != ERROR_SUCCESS) return code;
-    return open->m_contents.EnumValue(index, name, type, data);
-}
-
-std::uint32_t CWin32Registry::RegEnumKeyEx(HKEY key, std::uint32_t index, CRoom& name) {
-    COpenKey* const open = Find(key);
-    if (open == nullptr) return ERROR_INVALID_HANDLE;
-    if (const std::uint32_t code = open->ReadOnce(); code != ERROR_SUCCESS) return code;
-    return open->m_contents.EnumKey(index, name);
+    contents = &open->m_contents;
+    return open->m_bRead && !anew ? ERROR_SUCCESS : open->Read();
 }
 
 std::uint32_t CWin32Registry::RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) {
@@ -238,5 +234,9 @@ std::uint32_t CWin32Registry::RegQueryValueEx(HKEY key, std::string_view name, s
     if (type != nullptr) *type = kind;
     return static_cast<std::uint32_t>(code);
 }
+
+}  // namespace
+
+std::unique_ptr<CRegistry> MakeRegistry() { return std::make_unique<CWin32Registry>(); }
 
 }  // namespace delvane

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "platform/file_search.h"
-#include "platform/win32/machine/registry.h"
+#include "platform/registry.h"
 #include "platform/win32/system.h"
 
 // Behind windows.h, which they need.
@@ -57,16 +57,10 @@ private:
     std::vector<char> m_block;
 };
 
-class CWin32Machine : public CWin32Registry {
+class CWin32Machine : public CMachine {
 public:
     bool IsPresent() const override { return true; }
     CString GetProblem() const override { return {}; }
-    std::vector<CNotice> TakeNotices() override {
-        std::vector<CNotice> notices = CWin32Registry::TakeNotices();
-        for (; m_nSearchNotices < m_pSearches->GetNotices().size(); ++m_nSearchNotices)
-            notices.push_back({m_pSearches->GetNotices()[m_nSearchNotices]});
-        return notices;
-    }
 
     CVersionRecord GetVersion() override {
         OSVERSIONINFOA version{};
@@ -136,7 +130,7 @@ public:
     }
 
     void BeginWalk() override {
-        CWin32Registry::BeginWalk();
+        m_pRegistry->BeginWalk();
         m_pSearches->BeginWalk();
     }
     void PassOver(const std::vector<CString>& folders) override { m_pSearches->PassOver(folders); }
@@ -146,6 +140,7 @@ public:
     std::uint32_t FindPath(std::string_view path, CFileWords& words) override {
         return m_pSearches->FindPath(path, words);
     }
+    CRegistry& GetRegistry() override { return *m_pRegistry; }
 
     // An emulated MapAndLoad sets neither flag, so the headers are looked at again: where it maps them in the memory
     // that it gives, else in the file.
@@ -176,8 +171,14 @@ public:
     }
 
 private:
+    std::vector<CNotice> GetNotices() override {
+        std::vector<CNotice> notices = m_pRegistry->GetProblems();
+        notices.insert(notices.end(), m_pSearches->GetNotices().begin(), m_pSearches->GetNotices().end());
+        return notices;
+    }
+
     std::unique_ptr<CSearchSet> m_pSearches = MakeSearchSet();
-    std::size_t m_nSearchNotices = 0;  // how many were taken
+    std::unique_ptr<CRegistry> m_pRegistry = MakeRegistry();
 };
 
 }  // namespace

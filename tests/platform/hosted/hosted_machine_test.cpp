@@ -176,7 +176,7 @@ TEST_F(HostedMachine, DamagedRegistryTextIsToldAndTheRestCounts) {
     EXPECT_EQ(notices[0].m_dwCode, ERROR_NOT_REGISTRY_FILE);
     EXPECT_TRUE(m_pMachine->IsPresent());
     HKEY key = 0;
-    ASSERT_EQ(m_pMachine->RegOpenKeyEx(HKEY_LOCAL_MACHINE, "Key", key), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(HKEY_LOCAL_MACHINE, "Key", key), ERROR_SUCCESS);
     notices = m_pMachine->TakeNotices();
     ASSERT_EQ(notices.size(), 1U) << "a line that cannot be read costs that line, and is told when it is met";
     EXPECT_NE(notices[0].m_strSentence.find("system.reg is damaged: line "), CString::npos);
@@ -196,7 +196,7 @@ TEST_F(HostedMachine, AWineThatRunsIsToldAtACapture) {
     const std::string lockFile = m_home.Write(name.data());
     setenv("XDG_RUNTIME_DIR", m_home.GetPath().c_str(), 1);
     CKeyInfo info;
-    Open(prefix).RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
+    Open(prefix).GetRegistry().RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
     EXPECT_TRUE(m_pMachine->TakeNotices().empty()) << "the lock is nobody's";
     const CDescriptor file(open(lockFile.c_str(), O_RDWR));
     int channel[2];
@@ -215,7 +215,7 @@ TEST_F(HostedMachine, AWineThatRunsIsToldAtACapture) {
     EXPECT_EQ(read(channel[0], &byte, 1), 1);
     close(channel[0]);
     EXPECT_TRUE(Open(prefix).TakeNotices().empty()) << "nor is it a matter of comparisons";
-    m_pMachine->RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
+    m_pMachine->GetRegistry().RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
     const std::vector<CNotice> notices = m_pMachine->TakeNotices();
     kill(server, SIGKILL);
     waitpid(server, nullptr, 0);

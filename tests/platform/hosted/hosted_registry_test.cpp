@@ -32,34 +32,35 @@ protected:
     // Each value is asked for by its name as well.
     void Walk(HKEY key, const std::string& path, Lines& lines) {
         CKeyInfo info;
-        ASSERT_EQ(m_registry.QueryInfo(key, info), ERROR_SUCCESS);
+        ASSERT_EQ(m_registry.RegQueryInfoKey(key, info), ERROR_SUCCESS);
         std::string name(info.m_nLongestValueName + 1, '?');
         std::string data(info.m_nLargestData + 1, '?');
         for (std::uint32_t i = 0; i <= info.m_nValues; ++i) {
             CRoom nameRoom{name.data(), info.m_nLongestValueName + 1};
             CRoom dataRoom{data.data(), info.m_nLargestData};
             std::uint32_t type = 0;
-            const std::uint32_t error = m_registry.EnumValue(key, i, nameRoom, type, dataRoom);
+            const std::uint32_t error = m_registry.RegEnumValue(key, i, nameRoom, type, dataRoom);
             ASSERT_EQ(error, i < info.m_nValues ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
             if (error != ERROR_SUCCESS) break;
             CRoom none;
-            EXPECT_EQ(m_registry.QueryValue(key, {name.data(), nameRoom.m_nSize}, nullptr, none), ERROR_SUCCESS);
+            EXPECT_EQ(m_registry.RegQueryValueEx(key, {name.data(), nameRoom.m_nSize}, nullptr, none), ERROR_SUCCESS);
             EXPECT_EQ(none.m_nSize, dataRoom.m_nSize);
             lines.push_back(path + ": " + name.c_str() + "=" + data.substr(0, dataRoom.m_nSize).c_str());
         }
         std::string subkey(info.m_nLongestSubkey + 1, '?');
         for (std::uint32_t i = 0; i <= info.m_nSubkeys; ++i) {
             CRoom room{subkey.data(), info.m_nLongestSubkey + 1};
-            const std::uint32_t error = m_registry.EnumKey(key, i, room);
+            const std::uint32_t error = m_registry.RegEnumKeyEx(key, i, room);
             ASSERT_EQ(error, i < info.m_nSubkeys ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
             if (error != ERROR_SUCCESS) break;
             HKEY below = 0;
             const std::string name2 = path + "\\" + subkey.c_str();
-            const std::uint32_t opened = m_registry.OpenKey(key, std::string_view(subkey.data(), room.m_nSize), below);
+            const std::uint32_t opened =
+                m_registry.RegOpenKeyEx(key, std::string_view(subkey.data(), room.m_nSize), below);
             lines.push_back(opened == ERROR_SUCCESS ? name2 : name2 + " !" + std::to_string(opened));
             if (opened != ERROR_SUCCESS) continue;
             Walk(below, name2, lines);
-            m_registry.CloseKey(below);
+            m_registry.RegCloseKey(below);
         }
     }
     Lines WalkRoot(HKEY root) {
@@ -78,25 +79,25 @@ TEST_F(HostedRegistry, ShowsItsRootsAndNothingElse) {
     EXPECT_EQ(WalkRoot(HKEY_LOCAL_MACHINE), (Lines{"\\A", "\\A: v=1", "\\A\\B"}));
     EXPECT_EQ(WalkRoot(HKEY_CURRENT_USER), Lines{}) << "a predefined key without a root is an empty one";
     HKEY key = 0;
-    EXPECT_EQ(m_registry.OpenKey(HKEY_LOCAL_MACHINE, "a", key), ERROR_SUCCESS) << "without regard to case";
+    EXPECT_EQ(m_registry.RegOpenKeyEx(HKEY_LOCAL_MACHINE, "a", key), ERROR_SUCCESS) << "without regard to case";
     CRoom none;
-    EXPECT_EQ(m_registry.QueryValue(key, "V", nullptr, none), ERROR_SUCCESS);
+    EXPECT_EQ(m_registry.RegQueryValueEx(key, "V", nullptr, none), ERROR_SUCCESS);
     EXPECT_EQ(none.m_nSize, 2U);
     std::array<char, 2> bytes{};
     CRoom small{bytes.data(), 1};
-    EXPECT_EQ(m_registry.QueryValue(key, "v", nullptr, small), ERROR_MORE_DATA);
+    EXPECT_EQ(m_registry.RegQueryValueEx(key, "v", nullptr, small), ERROR_MORE_DATA);
     EXPECT_EQ(small.m_nSize, 2U);
     CRoom name{bytes.data(), 1};
     std::uint32_t type = 0;
     CRoom data{bytes.data(), 2};
-    EXPECT_EQ(m_registry.EnumValue(key, 0, name, type, data), ERROR_MORE_DATA) << "no room for the NUL";
-    EXPECT_EQ(m_registry.QueryValue(key, "w", nullptr, none), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(m_registry.RegEnumValue(key, 0, name, type, data), ERROR_MORE_DATA) << "no room for the NUL";
+    EXPECT_EQ(m_registry.RegQueryValueEx(key, "w", nullptr, none), ERROR_FILE_NOT_FOUND);
     HKEY other = 0;
-    EXPECT_EQ(m_registry.OpenKey(key, "C", other), ERROR_FILE_NOT_FOUND);
-    m_registry.CloseKey(key);
+    EXPECT_EQ(m_registry.RegOpenKeyEx(key, "C", other), ERROR_FILE_NOT_FOUND);
+    m_registry.RegCloseKey(key);
     CKeyInfo info;
-    EXPECT_EQ(m_registry.QueryInfo(key, info), ERROR_INVALID_HANDLE);
-    EXPECT_EQ(m_registry.QueryInfo(0, info), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(m_registry.RegQueryInfoKey(key, info), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(m_registry.RegQueryInfoKey(0, info), ERROR_INVALID_HANDLE);
 }
 
 TEST_F(HostedRegistry, TwoLayersShowAsOne) {
@@ -201,11 +202,11 @@ TEST_F(HostedRegistry, AParentMayBeClosedFirst) {
     HKEY b = 0;
     HKEY c = 0;
     HKEY up = 0;
-    ASSERT_EQ(m_registry.OpenKey(HKEY_LOCAL_MACHINE, "A", a), ERROR_SUCCESS);
-    ASSERT_EQ(m_registry.OpenKey(a, "B", b), ERROR_SUCCESS);
-    m_registry.CloseKey(a);
-    ASSERT_EQ(m_registry.OpenKey(b, "C", c), ERROR_SUCCESS);  // in the memory of A
-    EXPECT_EQ(m_registry.OpenKey(c, "Up", up), ERROR_SUCCESS) << "A is not open any more";
+    ASSERT_EQ(m_registry.RegOpenKeyEx(HKEY_LOCAL_MACHINE, "A", a), ERROR_SUCCESS);
+    ASSERT_EQ(m_registry.RegOpenKeyEx(a, "B", b), ERROR_SUCCESS);
+    m_registry.RegCloseKey(a);
+    ASSERT_EQ(m_registry.RegOpenKeyEx(b, "C", c), ERROR_SUCCESS);  // in the memory of A
+    EXPECT_EQ(m_registry.RegOpenKeyEx(c, "Up", up), ERROR_SUCCESS) << "A is not open any more";
 }
 
 TEST_F(HostedRegistry, AKeyThatStandsForAnotherIsNotOpened) {

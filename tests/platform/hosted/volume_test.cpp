@@ -90,19 +90,19 @@ protected:
     CString Text(HKEY root, const std::string& path, const char* name) {
         HKEY key = root;
         CKeyInfo info;
-        m_pMachine->RegQueryInfoKey(root, info);
+        m_pMachine->GetRegistry().RegQueryInfoKey(root, info);
         std::vector<HKEY> open;
         std::uint32_t error = ERROR_SUCCESS;
         for (std::string rest = path; !rest.empty() && error == ERROR_SUCCESS;) {
             const std::string component = rest.substr(0, rest.find('\\'));
             rest.erase(0, component.size() + 1);
-            error = m_pMachine->RegOpenKeyEx(key, component, key);
+            error = m_pMachine->GetRegistry().RegOpenKeyEx(key, component, key);
             if (error == ERROR_SUCCESS) open.push_back(key);
         }
         std::string bytes(100, '\0');
         CRoom room{bytes.data(), 100};
-        if (error == ERROR_SUCCESS) error = m_pMachine->RegQueryValueEx(key, name, nullptr, room);
-        std::for_each(open.rbegin(), open.rend(), [&](HKEY opened) { m_pMachine->RegCloseKey(opened); });
+        if (error == ERROR_SUCCESS) error = m_pMachine->GetRegistry().RegQueryValueEx(key, name, nullptr, room);
+        std::for_each(open.rbegin(), open.rend(), [&](HKEY opened) { m_pMachine->GetRegistry().RegCloseKey(opened); });
         return error == ERROR_SUCCESS ? bytes.substr(0, bytes.find('\0')) : "error " + std::to_string(error);
     }
     Lines Sentences() {
@@ -167,7 +167,7 @@ TEST_F(Volume, MountsTheHivesWhereWindowsDoes) {
     EXPECT_EQ(Text(HKEY_CLASSES_ROOT, ".a", ""), "user") << "the user's classes lie over the machine's";
     EXPECT_EQ(Text(HKEY_CLASSES_ROOT, ".b", ""), "machine");
     CKeyInfo info;
-    EXPECT_EQ(m_pMachine->RegQueryInfoKey(HKEY_LOCAL_MACHINE, info), ERROR_SUCCESS);
+    EXPECT_EQ(m_pMachine->GetRegistry().RegQueryInfoKey(HKEY_LOCAL_MACHINE, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nSubkeys, 4U);
 }
 
@@ -206,7 +206,7 @@ TEST_F(Volume, AHiveThatIsMissingOrDamagedCostsItself) {
     EXPECT_EQ(Text(HKEY_CLASSES_ROOT, ".a", ""), "machine");
     EXPECT_EQ(Text(HKEY_CURRENT_USER, "Environment", "TEMP"), "%USERPROFILE%\\Temp");
     CKeyInfo info;
-    machine.RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
+    machine.GetRegistry().RegQueryInfoKey(HKEY_LOCAL_MACHINE, info);
     EXPECT_EQ(info.m_nSubkeys, 3U) << "SOFTWARE, SYSTEM and SECURITY";
     EXPECT_EQ(Sentences(), (Lines{(volume / volume.Config("SAM")) + " is missing; HKLM\\SAM is left out",
                                   (volume / classes) + " is no registry hive; the user's classes are left out"}));

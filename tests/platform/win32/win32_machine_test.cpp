@@ -32,7 +32,7 @@ protected:
         HKEY key = root;
         for (const CString& name : path) {
             HKEY below = 0;
-            EXPECT_EQ(m_pMachine->RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
+            EXPECT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
             key = below;
         }
         return key;
@@ -58,18 +58,18 @@ TEST_F(Win32Machine, RoomsSufficeForTextsThatGrowInTheCodePage) {
                    static_cast<DWORD>((longText.size() + 1) * sizeof(wchar_t)));
     const HKEY key = OpenOwn();
     CKeyInfo info;
-    ASSERT_EQ(m_pMachine->RegQueryInfoKey(key, info), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->GetRegistry().RegQueryInfoKey(key, info), ERROR_SUCCESS);
     CString name(info.m_nLongestValueName + 1, '\0');
     CString data(info.m_nLargestData, '\0');
     CRoom nameRoom{name.data(), info.m_nLongestValueName + 1};
     CRoom dataRoom{data.data(), info.m_nLargestData};
     std::uint32_t type = 0;
-    ASSERT_EQ(m_pMachine->RegEnumValue(key, 0, nameRoom, type, dataRoom), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->GetRegistry().RegEnumValue(key, 0, nameRoom, type, dataRoom), ERROR_SUCCESS);
     EXPECT_EQ(name.substr(0, nameRoom.m_nSize), Narrow(longName));
     EXPECT_EQ(data.substr(0, dataRoom.m_nSize), Narrow(longText) + '\0');
     CString subkey(info.m_nLongestSubkey + 1, '\0');
     CRoom room{subkey.data(), info.m_nLongestSubkey + 1};
-    ASSERT_EQ(m_pMachine->RegEnumKeyEx(key, 0, room), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->GetRegistry().RegEnumKeyEx(key, 0, room), ERROR_SUCCESS);
     EXPECT_EQ(subkey.substr(0, room.m_nSize), Narrow(longName));
 }
 
@@ -80,30 +80,30 @@ TEST_F(Win32Machine, AKeyThatChangesDuringTheWalkEndsNothing) {
     RegSetValueExA(m_key, "v", 0, REG_SZ, reinterpret_cast<const BYTE*>("1"), 2);
     const HKEY key = OpenOwn();
     CKeyInfo info;
-    ASSERT_EQ(m_pMachine->RegQueryInfoKey(key, info), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->GetRegistry().RegQueryInfoKey(key, info), ERROR_SUCCESS);
     RegDeleteKeyA(m_key, "a");
     RegDeleteValueA(m_key, "v");
     char bytes[8] = {};
     CRoom name{bytes, sizeof bytes};
-    ASSERT_EQ(m_pMachine->RegEnumKeyEx(key, 0, name), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->GetRegistry().RegEnumKeyEx(key, 0, name), ERROR_SUCCESS);
     EXPECT_EQ(CString(bytes, name.m_nSize), "a");
     HKEY gone = 0;
-    EXPECT_EQ(m_pMachine->RegOpenKeyEx(key, "a", gone), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(key, "a", gone), ERROR_FILE_NOT_FOUND);
     name.m_nSize = sizeof bytes;
-    ASSERT_EQ(m_pMachine->RegEnumKeyEx(key, 1, name), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->GetRegistry().RegEnumKeyEx(key, 1, name), ERROR_SUCCESS);
     EXPECT_EQ(CString(bytes, name.m_nSize), "b");
     // One that goes between its opening and the first question is an empty one.
     HKEY below = 0;
-    ASSERT_EQ(m_pMachine->RegOpenKeyEx(key, "b", below), ERROR_SUCCESS);
+    ASSERT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(key, "b", below), ERROR_SUCCESS);
     RegDeleteKeyA(m_key, "b");
-    EXPECT_EQ(m_pMachine->RegQueryInfoKey(below, info), ERROR_SUCCESS);
+    EXPECT_EQ(m_pMachine->GetRegistry().RegQueryInfoKey(below, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nValues + info.m_nSubkeys, 0U);
 }
 
 TEST_F(Win32Machine, PerformanceDataAreNoKey) {
     const HKEY perflib = Open(HKEY_LOCAL_MACHINE, {"Software", "Microsoft", "Windows NT", "CurrentVersion", "Perflib"});
     HKEY key = 0;
-    EXPECT_EQ(m_pMachine->RegOpenKeyEx(perflib, "009", key), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(perflib, "009", key), ERROR_INVALID_HANDLE);
     EXPECT_EQ(key, 0U);
 }
 
@@ -123,10 +123,10 @@ TEST_F(Win32Machine, ALinkToItsOwnAncestorIsNotOpened) {
     link(L"aside", own + L"\\real");
     const HKEY key = OpenOwn();
     HKEY opened = 0;
-    EXPECT_EQ(m_pMachine->RegOpenKeyEx(key, "up", opened), ERROR_CANT_RESOLVE_FILENAME);
-    EXPECT_EQ(m_pMachine->RegOpenKeyEx(key, "aside", opened), ERROR_SUCCESS);
+    EXPECT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(key, "up", opened), ERROR_CANT_RESOLVE_FILENAME);
+    EXPECT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(key, "aside", opened), ERROR_SUCCESS);
     CKeyInfo info;
-    EXPECT_EQ(m_pMachine->RegQueryInfoKey(opened, info), ERROR_SUCCESS);
+    EXPECT_EQ(m_pMachine->GetRegistry().RegQueryInfoKey(opened, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nSubkeys, 1U);
     // A link is deleted by its own handle; deleting it by name would go to what it leads to.
     using CDeleteKey = LONG WINAPI(HANDLE);
