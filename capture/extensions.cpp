@@ -14,15 +14,6 @@ constexpr std::size_t kSmallestRecord = 5 + 4;  // five empty strings and a word
 
 CString PathInClasses(std::string_view name) { return CString("HKCR\\").append(name); }
 
-// The text of the value that stands at that path below the node: its bytes up to the first NUL, whatever its type.
-// Null where there is no value.
-const CDelvRegValObj* FindValue(CDelvObj& node, std::string_view path) {
-    CDelvObj* const found = node.FindObject(CString(node.m_name).append(path));
-    return found != nullptr && IsExactly<CDelvRegValObj>(*found) ? static_cast<CDelvRegValObj*>(found) : nullptr;
-}
-
-std::string_view TextOf(const CDelvRegValObj& value) { return value.m_data.substr(0, value.m_data.find('\0')); }
-
 }  // namespace
 
 void CDelvExtObj::Serialize(CArchive& archive) {
@@ -49,20 +40,21 @@ bool CDelvExtObj::Compare(CDelvObj& other, CReportObj& report) {
 bool CDelvExtObj::Capture(CCaptureProgress*) {
     if (m_bCaptured) return true;
     m_bCaptured = true;
-    CArena& arena = RootOf(*this).GetArena();
-    const CDelvRegValObj* const typeName = FindValue(*m_pKey, "\\(default)");
-    if (typeName == nullptr) return true;
-    m_strFileType = arena.Copy(TextOf(*typeName));
+    // The value that stands at that path below the node: its bytes up to the first NUL, whatever its type.
+    const auto take = [this](CTextRef& text, CDelvObj& node, std::string_view path) {
+        CDelvObj* const found = node.FindObject(CString(node.m_name).append(path));
+        if (found == nullptr || !IsExactly<CDelvRegValObj>(*found)) return false;
+        const std::string_view data = static_cast<CDelvRegValObj*>(found)->m_data;
+        text = RootOf(*this).GetArena().Copy(data.substr(0, data.find('\0')));
+        return true;
+    };
+    if (!take(m_strFileType, *m_pKey, "\\(default)")) return true;
     CDelvObj* const type = RootOf(*this).FindObject(PathInClasses(m_strFileType));
     if (type == nullptr) return true;
-    if (const CDelvRegValObj* const value = FindValue(*type, "\\(default)")) m_strFileType = arena.Copy(TextOf(*value));
+    take(m_strFileType, *type, "\\(default)");
     m_bNoOpen = type->FindObject(CString(type->m_name).append("\\NoOpen")) != nullptr ? 1 : 0;
-    if (const CDelvRegValObj* const value = FindValue(*type, "\\DefaultIcon\\(default)")) {
-        m_strIcon = arena.Copy(TextOf(*value));
-    }
-    if (const CDelvRegValObj* const value = FindValue(*type, "\\shell\\open\\command\\(default)")) {
-        m_strOpenCommand = arena.Copy(TextOf(*value));
-    }
+    take(m_strIcon, *type, "\\DefaultIcon\\(default)");
+    take(m_strOpenCommand, *type, "\\shell\\open\\command\\(default)");
     return true;
 }
 

@@ -1,6 +1,4 @@
 // The command line: its tokens and its switches.
-#include <array>
-
 #include "core/app.h"
 #include "core/context.h"
 #include "core/drive_names.h"
@@ -27,18 +25,17 @@ bool HasWord(std::string_view token, std::size_t offset, std::string_view word) 
     return true;
 }
 
-struct CSwitchWord {
+struct COptionWord {
     std::string_view m_word;
     bool CRunContext::*m_option;
 };
 
-constexpr std::array<CSwitchWord, 3> kHives = {
-    {{"hklm", &CRunContext::m_bHklm}, {"hkcu", &CRunContext::m_bHkcu}, {"hkcr", &CRunContext::m_bHkcr}}};
-
-constexpr std::array<CSwitchWord, 4> kDriveKinds = {{{"hd", &CRunContext::m_bHardDrives},
-                                                     {"nd", &CRunContext::m_bNetworkDrives},
-                                                     {"rd", &CRunContext::m_bRemovableDrives},
-                                                     {"cd", &CRunContext::m_bCompactDiscs}}};
+constexpr COptionWord kOptions[] = {
+    {"ext", &CRunContext::m_bExtensions},        {"r:hklm", &CRunContext::m_bHklm},
+    {"r:hkcu", &CRunContext::m_bHkcu},           {"r:hkcr", &CRunContext::m_bHkcr},
+    {"dg:hd", &CRunContext::m_bHardDrives},      {"dg:nd", &CRunContext::m_bNetworkDrives},
+    {"dg:rd", &CRunContext::m_bRemovableDrives}, {"dg:cd", &CRunContext::m_bCompactDiscs},
+};
 
 }  // namespace
 
@@ -101,21 +98,13 @@ void CRunContext::ParseSwitch(const CString& token) {
         PassOver(token, "a directory is known by a separator behind it");
     } else if (HasWord(token, 1, "g")) {
         ParseReportFlags(token);
-    } else if (HasWord(token, 1, "ext")) {
-        ParseOption(token, 4, m_bExtensions);
-    } else if (HasWord(token, 1, "r:")) {
-        for (const CSwitchWord& hive : kHives) {
-            if (HasWord(token, 3, hive.m_word)) return ParseOption(token, 3 + hive.m_word.size(), this->*hive.m_option);
-        }
-        BadSwitch(token);
     } else if (HasWord(token, 1, "d:")) {
         ParseDrive(token);
-    } else if (HasWord(token, 1, "dg:")) {
-        for (const CSwitchWord& kind : kDriveKinds) {
-            if (HasWord(token, 4, kind.m_word)) return ParseOption(token, 4 + kind.m_word.size(), this->*kind.m_option);
-        }
-        BadSwitch(token);
     } else {
+        for (const COptionWord& option : kOptions) {
+            if (HasWord(token, 1, option.m_word))
+                return ParseOption(token, 1 + option.m_word.size(), this->*option.m_option);
+        }
         BadSwitch(token);
     }
 }

@@ -131,6 +131,10 @@ CString MakeLink(std::string_view text, std::size_t condition, std::string_view 
     return "<A HREF=\"#" + CString(anchor) + "\">" + CString(text) + "</A>";
 }
 
+void WriteCountRow(std::ostream& stream, std::string_view label, std::size_t count, std::string_view anchor) {
+    stream << "<TR><TD>" << MakeLink(label, count, anchor) << "</TD><TD>" << count << "</TD></TR>\n";
+}
+
 CString MakeAnchor(std::string_view text, std::string_view anchor) {
     return "<A NAME=\"" + CString(anchor) + "\">" + CString(text) + "</A>";
 }

@@ -104,4 +104,7 @@ CString DescribeObject(const CDelvObj& object);
 CString MakeLink(std::string_view text, std::size_t condition, std::string_view anchor);
 CString MakeAnchor(std::string_view text, std::string_view anchor);
 
+// A row of a summary: a label that links to the anchor where there is something to count.
+void WriteCountRow(std::ostream& stream, std::string_view label, std::size_t count, std::string_view anchor);
+
 }  // namespace delvane

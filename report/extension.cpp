@@ -31,15 +31,11 @@ void CExtReport::AddChanged(CDelvObj& object, CDelvObj& baseline) {
 }
 
 void CExtReport::WriteSummary(std::ostream& stream) {
-    const auto writeRow = [&stream](std::uint32_t labelId, std::size_t count, std::string_view anchor) {
-        stream << "<TR><TD>" << MakeLink(LoadResString(labelId), count, anchor) << "</TD><TD>" << count
-               << "</TD></TR>\n";
-    };
     stream << "<TABLE><TR><TH>" << LoadResString(IDS_EXTENSION_SUMMARY) << "</TH></TR>\n";
-    writeRow(IDS_EXTENSIONS_ADDED_COUNT, m_added.size(), "ExtsAdd");
-    writeRow(IDS_EXTENSIONS_DELETED_COUNT, m_deleted.size(), "ExtsDel");
-    writeRow(IDS_EXTENSIONS_CHANGED_COUNT, m_changed.size(), "ExtsChg");
-    writeRow(IDS_BAD_EXTENSIONS_COUNT, m_badExtensions.size(), "BadRef");
+    WriteCountRow(stream, LoadResString(IDS_EXTENSIONS_ADDED_COUNT), m_added.size(), "ExtsAdd");
+    WriteCountRow(stream, LoadResString(IDS_EXTENSIONS_DELETED_COUNT), m_deleted.size(), "ExtsDel");
+    WriteCountRow(stream, LoadResString(IDS_EXTENSIONS_CHANGED_COUNT), m_changed.size(), "ExtsChg");
+    WriteCountRow(stream, LoadResString(IDS_BAD_EXTENSIONS_COUNT), m_badExtensions.size(), "BadRef");
     stream << "</TABLE>\n";
 }
 

@@ -83,10 +83,6 @@ constexpr std::array<CBlock, 3> kRawData = {{
     {{}, "Files Changed", "FileChg", nullptr, &CFileReport::m_changed},
 }};
 
-void WriteRow(std::ostream& stream, std::string_view label, std::size_t count, std::string_view anchor) {
-    stream << "<TR><TD>" << MakeLink(label, count, anchor) << "</TD><TD>" << count << "</TD></TR>\n";
-}
-
 void WriteBlock(CFileReport& report, std::ostream& stream, const CBlock& block) {
     if (block.GetCount(report) == 0) return;
     stream << "<HR WIDTH=100%>\n<H4>" << MakeAnchor(block.m_title, block.m_anchor) << "</H4>\n";
@@ -102,11 +98,11 @@ void WriteBlock(CFileReport& report, std::ostream& stream, const CBlock& block) 
 void CFileReport::WriteSummary(std::ostream& stream) {
     stream << "<TABLE><TR><TH>Summary of File Changes</TH></TR>\n";
     for (const CCounter& row : kCounters) {
-        WriteRow(stream, row.m_label, this->*row.m_count, row.m_anchor);
+        WriteCountRow(stream, row.m_label, this->*row.m_count, row.m_anchor);
     }
     for (const CBlock& block : kDetails) {
         const std::size_t count = block.GetCount(*this);
-        if (count != 0) WriteRow(stream, block.m_label, count, block.m_anchor);
+        if (count != 0) WriteCountRow(stream, block.m_label, count, block.m_anchor);
     }
     stream << "</TABLE>\n";
 }

@@ -45,6 +45,7 @@ public:
     // Each stores what stands in its argument, or loads it from the file.
     void Transfer(std::uint32_t& word) { IsStoring() ? WriteU32(word) : void(word = ReadU32()); }
     void Transfer(CTextRef& text) { IsStoring() ? WriteString(text) : void(text = ReadString()); }
+    void Transfer(CString& text) { IsStoring() ? WriteString(text) : void(text = ReadString().Get()); }
     void Transfer(FILETIME& time) {  // the high word first, the reverse of their order in memory
         Transfer(time.dwHighDateTime);
         Transfer(time.dwLowDateTime);

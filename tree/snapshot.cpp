@@ -157,13 +157,8 @@ void CSnapshot::RefuseLoad(std::uint32_t textId) {
 
 void CSnapshot::SerializeIdentity(CArchive& archive) {
     CDelvObj::Serialize(archive);
-    for (CString* text : {&m_strUserName, &m_strComputerName, &m_strOsName}) {
-        if (archive.IsStoring()) {
-            archive.WriteString(*text);
-        } else {
-            *text = archive.ReadString().Get();
-        }
-    }
+    for (CString* text : {&m_strUserName, &m_strComputerName, &m_strOsName})
+        archive.Transfer(*text);
     archive.Transfer(m_ftCreated);
 }
 

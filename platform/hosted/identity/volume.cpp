@@ -97,9 +97,7 @@ protected:
         MountControlSet(AddSystemHive("SYSTEM", true));
         m_userRoot = {};
         if (m_profile.m_strHive.empty()) return;
-        CNotice problem;
-        std::unique_ptr<CHive> hive = OpenHive(m_profile.m_strHive, problem);
-        m_userRoot = AddHive(std::move(hive), problem, "HKCU stays empty");
+        m_userRoot = AddHiveFile(m_profile.m_strHive, "HKCU stays empty");
         m_pRegistry->SetRoot(HKEY_CURRENT_USER, {m_userRoot, {}});
     }
 
@@ -213,27 +211,26 @@ private:
         return profiles;
     }
 
-    std::unique_ptr<CHive> OpenHive(const std::string& hostPath, CNotice& problem) {
+    CHostedRegistry::CPlace AddHiveFile(const std::string& hostPath, const CString& loss) {
         m_pRegistry->Watch(hostPath);
         for (const std::string& log : CRegfHive::FindLogs(hostPath))
             m_pRegistry->Watch(log);
-        return CRegfHive::Open(hostPath, problem);
+        CNotice problem;
+        std::unique_ptr<CHive> hive = CRegfHive::Open(hostPath, problem);
+        return AddHive(std::move(hive), std::move(problem), loss);
     }
 
     CHostedRegistry::CPlace AddSystemHive(const char* name, bool isMachine) {
         const CString folder = "\\" + m_strWindowsFolder + "\\System32\\config";
         const auto hostPath = m_paths.Find("C:" + folder + "\\" + name);
-        CNotice problem;
-        std::unique_ptr<CHive> opened;
+        const CString loss = isMachine ? CString() : CString("HKLM\\") + name + " is left out";
+        CHostedRegistry::CPlace hive;
         if (hostPath) {
-            opened = OpenHive(*hostPath, problem);
+            hive = AddHiveFile(*hostPath, loss);
         } else {
-            problem.m_strPath = m_paths.Find("C:" + folder).value_or(m_strFolder) + "/" + name;
-            problem.m_strSentence = problem.m_strPath + " is missing";
-            problem.m_dwCode = ERROR_FILE_NOT_FOUND;
+            const std::string path = m_paths.Find("C:" + folder).value_or(m_strFolder) + "/" + name;
+            AddHive(nullptr, {path + " is missing", path, ERROR_FILE_NOT_FOUND}, loss);
         }
-        const CString loss = CString("HKLM\\") + name + " is left out";
-        const CHostedRegistry::CPlace hive = AddHive(std::move(opened), problem, isMachine ? CString() : loss);
         if (hive) m_pRegistry->Mount(m_machineRoot, name, hive);
         return hive;
     }
@@ -266,11 +263,7 @@ private:
             m_pRegistry->AddProblem({path + ": " + ErrorWords(code) + "; the user's classes are left out", path, code});
         }
         CHostedRegistry::CPlace classes;
-        if (hostPath) {
-            CNotice problem;
-            std::unique_ptr<CHive> hive = OpenHive(*hostPath, problem);
-            classes = AddHive(std::move(hive), problem, "the user's classes are left out");
-        }
+        if (hostPath) classes = AddHiveFile(*hostPath, "the user's classes are left out");
         if (!m_userRoot) return classes ? std::optional(CHostedRegistry::CLayers{classes, {}}) : std::nullopt;
         if (classes) {
             auto software = m_pRegistry->Find(HKEY_CURRENT_USER, "Software");
