@@ -50,7 +50,7 @@ bool CDelvFileObj::Compare(CDelvObj& other, CReportObj& report) {
 bool CDelvFileObj::Capture(CCaptureProgress* progress) {
     if (!m_bCaptured) {
         CFileWords& words = *this;
-        if (theContext.GetMachine().FindPath(GetFullName(), words) != ERROR_SUCCESS) return false;
+        if (theContext.GetMachine().GetSearches().FindPath(GetFullName(), words) != ERROR_SUCCESS) return false;
         m_bCaptured = true;
     }
     Count(progress, &CCaptureProgress::m_nFiles, kCodeFiles);
@@ -106,11 +106,11 @@ void CDelvDirObj::ReportDeleted(CReportObj& report) {
 // directory that cannot be searched stays in the tree with empty lists, and is a gap; the search closes on every way
 // out.
 bool CDelvDirObj::Capture(CCaptureProgress* progress) {
-    CMachine& machine = theContext.GetMachine();
+    CSearchSet& searches = theContext.GetMachine().GetSearches();
     const CString path = GetFullName();
     if (!m_bCaptured) {
         CFileWords& words = *this;
-        const std::uint32_t error = machine.FindPath(path, words);
+        const std::uint32_t error = searches.FindPath(path, words);
         if (error != ERROR_SUCCESS) {
             NoteGap(path, error);
             return false;
@@ -121,7 +121,7 @@ bool CDelvDirObj::Capture(CCaptureProgress* progress) {
     const CString& programFiles = *theContext.GetFolder(CSIDL_PROGRAM_FILES);
     CDelvAllExts* const extensions = path.starts_with(programFiles) ? nullptr : RootOf(*this).m_pExtensions;
     std::uint32_t error = ERROR_SUCCESS;
-    const std::unique_ptr<CFileSearch> search = machine.OpenSearch(path, error);
+    const std::unique_ptr<CFileSearch> search = searches.Open(path, error);
     CFindData data;
     while (search != nullptr && search->Next(data)) {
         ThrowIfCancelled(progress);

@@ -41,7 +41,8 @@ CString FallbackFolder(const CFolder& folder) {
     if (theContext.m_bWin2000) return {};
     CFileWords words;
     const CString path = profiles + theContext.m_strUserName + folder.m_tail;
-    if (theContext.m_bWinNT4 || theContext.GetMachine().FindPath(path, words) == ERROR_SUCCESS) return path;
+    if (theContext.m_bWinNT4 || theContext.GetMachine().GetSearches().FindPath(path, words) == ERROR_SUCCESS)
+        return path;
     return theContext.m_strWindowsDir + "\\" + folder.m_win9xName;
 }
 

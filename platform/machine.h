@@ -14,20 +14,12 @@
 #include <vector>
 
 #include "platform/errors.h"
+#include "platform/file_search.h"
 #include "platform/images/image.h"
+#include "platform/registry.h"
 #include "platform/text.h"
 
 namespace delvane {
-
-class CRegistry;
-
-constexpr std::uint32_t FILE_ATTRIBUTE_READONLY = 0x1;
-constexpr std::uint32_t FILE_ATTRIBUTE_HIDDEN = 0x2;
-constexpr std::uint32_t FILE_ATTRIBUTE_SYSTEM = 0x4;
-constexpr std::uint32_t FILE_ATTRIBUTE_DIRECTORY = 0x10;
-constexpr std::uint32_t FILE_ATTRIBUTE_ARCHIVE = 0x20;
-constexpr std::uint32_t FILE_ATTRIBUTE_TEMPORARY = 0x100;
-constexpr std::uint32_t FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
 
 constexpr std::uint32_t DRIVE_UNKNOWN = 0;
 constexpr std::uint32_t DRIVE_NO_ROOT_DIR = 1;
@@ -39,56 +31,6 @@ constexpr std::uint32_t DRIVE_RAMDISK = 6;
 
 constexpr std::uint32_t VER_PLATFORM_WIN32_WINDOWS = 1;
 constexpr std::uint32_t VER_PLATFORM_WIN32_NT = 2;
-
-// Directories nested deeper than this are neither walked nor loaded. Windows itself stops at 260 characters of path,
-// or at 32767 with long paths, which nobody nests one letter at a time.
-constexpr std::uint32_t kMaxTreeDepth = 1000;
-
-// 100-nanosecond ticks since 1 January 1601, UTC, in two words.
-struct FILETIME {
-    std::uint32_t dwLowDateTime = 0;
-    std::uint32_t dwHighDateTime = 0;
-
-    std::uint64_t GetTicks() const { return std::uint64_t{dwHighDateTime} << 32 | dwLowDateTime; }
-    static FILETIME FromTicks(std::uint64_t ticks) {
-        return {static_cast<std::uint32_t>(ticks), static_cast<std::uint32_t>(ticks >> 32)};
-    }
-    bool operator==(const FILETIME&) const = default;
-};
-
-// The nine words at the head of WIN32_FIND_DATA: what a directory entry says of a file.
-struct CFileWords {
-    std::uint32_t m_dwAttributes = 0;
-    FILETIME m_ftCreation;
-    FILETIME m_ftLastAccess;
-    FILETIME m_ftLastWrite;
-    std::uint32_t m_dwSizeHigh = 0;
-    std::uint32_t m_dwSizeLow = 0;
-
-    std::uint64_t GetSize() const { return std::uint64_t{m_dwSizeHigh} << 32 | m_dwSizeLow; }
-    void SetSize(std::uint64_t size) {
-        m_dwSizeHigh = static_cast<std::uint32_t>(size >> 32);
-        m_dwSizeLow = static_cast<std::uint32_t>(size);
-    }
-    bool operator==(const CFileWords&) const = default;
-};
-
-struct CFindData : CFileWords {
-    std::string_view m_name;                  // lives until the search moves on or ends
-    std::uint32_t m_dwError = ERROR_SUCCESS;  // why something of the entry cannot be read,
-    bool m_bNameOnly = false;                 // and whether that is all but its name
-};
-
-// One search over a directory. While it is open, its sub-directories are found from it without going through the
-// path again, so a walk keeps the search of each level open. The destructor closes it.
-class CFileSearch {
-public:
-    virtual ~CFileSearch() = default;
-    // The next entry, in ascending order of names (by byte); false when there is none. "." and ".." may be among them.
-    virtual bool Next(CFindData& data) = 0;
-    // Why the list breaks off; ERROR_SUCCESS where it was read to its end.
-    virtual std::uint32_t GetError() const = 0;
-};
 
 struct CVersionRecord {
     std::uint32_t m_dwPlatformId = VER_PLATFORM_WIN32_NT;
@@ -149,19 +91,8 @@ public:
 
     // Begins a walk over one hive or one drive, as they are now.
     virtual void BeginWalk() = 0;
-    // The program's own folders, which searches pass over from now on, however a walk reaches them; but not the root of
-    // a drive.
-    virtual void PassOver(const std::vector<CString>& folders) = 0;
-
-    // The file system under examination. OpenSearch lists the directory at `path`; null with an error number when it
-    // cannot be read or lies too deep, and null with ERROR_SUCCESS when it is passed over: its own ancestor through a
-    // link, or what no program of the machine may wander into. FindPath looks up the one entry at `path` and gives an
-    // error number. Both throw CInterrupted once an interruption was asked for, and CFileError when the process has run
-    // out of descriptors or memory: it must not call a directory empty then.
-    virtual std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) = 0;
-    virtual std::uint32_t FindPath(std::string_view path, CFileWords& words) = 0;
-
-    // The registry under examination, as it was when the walk began.
+    // The file system and the registry under examination.
+    virtual CSearchSet& GetSearches() = 0;
     virtual CRegistry& GetRegistry() = 0;
 
     // Executables. MapAndLoad is that of platform/images/image.h on the file at `path`; false too where it is no

@@ -215,7 +215,7 @@ bool CSnapshot::Capture(CCaptureProgress* progress) {
         m_strComputerName = theContext.m_strComputerName;
         m_strOsName = theContext.m_strOsName;
         m_ftCreated = FILETIME::FromTicks(theContext.GetSystemFileTime());
-        theContext.GetMachine().PassOver(theContext.GetOwnFolders());
+        theContext.GetMachine().GetSearches().PassOver(theContext.GetOwnFolders());
         m_pRegistry->Capture(progress);
         m_pDrives->Capture(progress);
         m_pExtensions->Sort();

@@ -38,15 +38,7 @@ public:
     std::uint32_t GetConnection(std::string_view, CString&) override { return ERROR_NOT_CONNECTED; }
 
     void BeginWalk() override;
-    void PassOver(const std::vector<CString>& folders) override { m_pSearches->PassOver(folders); }
-
-    std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) override {
-        return m_pSearches->Open(path, error);
-    }
-    std::uint32_t FindPath(std::string_view path, CFileWords& words) override {
-        return m_pSearches->FindPath(path, words);
-    }
-
+    CSearchSet& GetSearches() override { return *m_pSearches; }
     // Between two captures of one run an installation may have changed the files: they are read when it is asked for.
     CHostedRegistry& GetRegistry() override;
 

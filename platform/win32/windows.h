@@ -6,7 +6,6 @@
 #pragma once
 
 #include "platform/machine.h"
-#include "platform/registry.h"
 #include "platform/toolkit.h"
 
 #ifndef WIN32_LEAN_AND_MEAN

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <map>
 
-#include "platform/registry.h"
 #include "tests/support/contract_machine.h"
 #include "tests/support/search.h"
 
@@ -66,7 +65,7 @@ TEST_P(MachineContract, AnEntryTellsItsWords) {
             EXPECT_EQ(List(Path(data.m_name)).size(), data.m_name == "beta" ? 1U : 0U);
         }
         CFileWords found;
-        EXPECT_EQ(Machine().FindPath(Path(data.m_name), found), ERROR_SUCCESS) << data.m_name;
+        EXPECT_EQ(Machine().GetSearches().FindPath(Path(data.m_name), found), ERROR_SUCCESS) << data.m_name;
         EXPECT_EQ(found.m_dwAttributes, data.m_dwAttributes);
         EXPECT_EQ(found.GetSize(), data.GetSize());
         EXPECT_EQ(found.m_ftLastWrite, data.m_ftLastWrite);
@@ -81,9 +80,9 @@ TEST_P(MachineContract, AnEntryTellsItsWords) {
 TEST_P(MachineContract, PathsAreFoundWithoutRegardToCase) {
     CFileWords words;
     for (const char* path : {"alpha.TXT", "BETA\\INNER.TXT", "beta\\\\inner.txt", "beta/inner.txt", "éTÉ.txt"})
-        EXPECT_EQ(Machine().FindPath(Path(path), words), ERROR_SUCCESS) << path;
+        EXPECT_EQ(Machine().GetSearches().FindPath(Path(path), words), ERROR_SUCCESS) << path;
     for (const char* path : {"gamma.txt", "beta\\gamma", "*.txt", "alpha.tx?"})
-        EXPECT_NE(Machine().FindPath(Path(path), words), ERROR_SUCCESS) << path;
+        EXPECT_NE(Machine().GetSearches().FindPath(Path(path), words), ERROR_SUCCESS) << path;
     EXPECT_EQ(List(Path("BETA")), std::vector<CString>{"inner.txt"});
 }
 

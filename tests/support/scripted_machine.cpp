@@ -193,17 +193,17 @@ private:
     std::size_t m_nNext = 0;
 };
 
-std::unique_ptr<CFileSearch> CScriptedMachine::OpenSearch(std::string_view path, std::uint32_t& error) {
-    const CEntry* const directory = Find(path, true);
+std::unique_ptr<CFileSearch> CScriptedMachine::CSearches::Open(std::string_view path, std::uint32_t& error) {
+    const CEntry* const directory = m_machine.Find(path, true);
     error = directory == nullptr       ? ERROR_PATH_NOT_FOUND
             : directory->m_bUnreadable ? ERROR_ACCESS_DENIED
                                        : ERROR_SUCCESS;
     if (error != ERROR_SUCCESS) return nullptr;
-    return std::make_unique<CSearch>(*this, *directory);
+    return std::make_unique<CSearch>(m_machine, *directory);
 }
 
-std::uint32_t CScriptedMachine::FindPath(std::string_view path, CFileWords& words) {
-    const CEntry* const entry = Find(path);
+std::uint32_t CScriptedMachine::CSearches::FindPath(std::string_view path, CFileWords& words) {
+    const CEntry* const entry = m_machine.Find(path);
     if (entry == nullptr) return ERROR_FILE_NOT_FOUND;
     words = entry->m_words;
     return ERROR_SUCCESS;

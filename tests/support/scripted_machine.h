@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/file_search.h"
 #include "platform/host.h"
 #include "platform/machine.h"
 #include "tests/support/scripted_registry.h"
@@ -40,9 +41,7 @@ public:
     std::uint32_t GetVolumeLabel(std::string_view root, CString& label) override;
     std::uint32_t GetConnection(std::string_view name, CString& share) override;
     void BeginWalk() override {}
-    void PassOver(const std::vector<CString>& folders) override { m_passedOver = folders; }
-    std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) override;
-    std::uint32_t FindPath(std::string_view path, CFileWords& words) override;
+    CSearchSet& GetSearches() override { return m_searches; }
     CRegistry& GetRegistry() override { return m_registry; }
     bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
     std::unique_ptr<const CVersionInfo> GetFileVersionInfo(std::string_view path) override;
@@ -64,8 +63,19 @@ private:
     std::vector<CNotice> GetNotices() override { return m_notices; }
     struct CEntry;
     class CSearch;
+    class CSearches : public CSearchSet {
+    public:
+        explicit CSearches(CScriptedMachine& machine) : m_machine(machine) {}
+        void PassOver(const std::vector<CString>& folders) override { m_machine.m_passedOver = folders; }
+        std::unique_ptr<CFileSearch> Open(std::string_view path, std::uint32_t& error) override;
+        std::uint32_t FindPath(std::string_view path, CFileWords& words) override;
+
+    private:
+        CScriptedMachine& m_machine;
+    };
     const CEntry* Find(std::string_view path, bool wantsDirectory = false) const;
 
+    CSearches m_searches{*this};
     std::shared_ptr<CEntry> m_pRoot;  // its children are the drives
 };
 

@@ -10,7 +10,7 @@ namespace delvane {
 
 inline std::unique_ptr<CFileSearch> SearchOf(CMachine& machine, std::string_view path) {
     std::uint32_t error = ERROR_SUCCESS;
-    return machine.OpenSearch(path, error);
+    return machine.GetSearches().Open(path, error);
 }
 
 }  // namespace delvane

@@ -133,13 +133,7 @@ public:
         m_pRegistry->BeginWalk();
         m_pSearches->BeginWalk();
     }
-    void PassOver(const std::vector<CString>& folders) override { m_pSearches->PassOver(folders); }
-    std::unique_ptr<CFileSearch> OpenSearch(std::string_view path, std::uint32_t& error) override {
-        return m_pSearches->Open(path, error);
-    }
-    std::uint32_t FindPath(std::string_view path, CFileWords& words) override {
-        return m_pSearches->FindPath(path, words);
-    }
+    CSearchSet& GetSearches() override { return *m_pSearches; }
     CRegistry& GetRegistry() override { return *m_pRegistry; }
 
     // An emulated MapAndLoad sets neither flag, so the headers are looked at again: where it maps them in the memory

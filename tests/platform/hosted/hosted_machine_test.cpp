@@ -288,7 +288,7 @@ TEST_F(HostedMachine, ListsAttributesTimesAndSizesAsWineShowsThem) {
     timespec times[2] = {{-1000, 0}, {1'600'000'000, 123'456'789}};
     utimensat(AT_FDCWD, (prefix / "drive_c/t/plain.txt").c_str(), times, 0);
     CFileWords words;
-    ASSERT_EQ(machine.FindPath("C:\\t\\FILELINK", words), ERROR_SUCCESS);
+    ASSERT_EQ(machine.GetSearches().FindPath("C:\\t\\FILELINK", words), ERROR_SUCCESS);
     EXPECT_EQ(words.GetSize(), 5U);
     EXPECT_EQ(words.m_ftLastWrite.GetTicks(), kUnixEpochTicks + 16'000'000'001'234'567U) << "rounded down to a tick";
     EXPECT_EQ(words.m_ftCreation, words.m_ftLastWrite);

@@ -281,8 +281,8 @@ TEST_F(Volume, LinksOutOfItAreNotListed) {
         names.emplace_back(data.m_name);
     EXPECT_EQ(names, (std::vector<std::string>{"In", "Inside", "Users", "Windows"}));
     CFileWords words;
-    EXPECT_NE(machine.FindPath("C:\\Out\\file", words), ERROR_SUCCESS);
-    EXPECT_EQ(machine.FindPath("C:\\In\\file", words), ERROR_SUCCESS);
+    EXPECT_NE(machine.GetSearches().FindPath("C:\\Out\\file", words), ERROR_SUCCESS);
+    EXPECT_EQ(machine.GetSearches().FindPath("C:\\In\\file", words), ERROR_SUCCESS);
 }
 
 }  // namespace

@@ -159,7 +159,7 @@ TEST_F(Win32Machine, DirectoriesThatTheCallsDoNotReachAreListedAllTheSame) {
         EXPECT_EQ(data.m_name, "inside.txt");
         EXPECT_FALSE(search->Next(data));
         CFileWords words;
-        EXPECT_EQ(m_pMachine->FindPath(path + "\\inside.txt", words), ERROR_SUCCESS) << path;
+        EXPECT_EQ(m_pMachine->GetSearches().FindPath(path + "\\inside.txt", words), ERROR_SUCCESS) << path;
     }
     for (const CString& path : {deep, dotted}) {
         DeleteFileW(LongWidePath(path + "\\inside.txt").c_str());
