@@ -131,18 +131,9 @@ bool CRunContext::IsDriveSelected(std::string_view name) const {
     if ((m_dwDrivesOn & bit) != 0) return true;
     if ((m_dwDrivesOff & bit) != 0) return false;
     if (!m_bHardDrives) return false;
-    switch (DriveTypeOf(name)) {
-        case DRIVE_REMOVABLE:
-            return m_bRemovableDrives;
-        case DRIVE_FIXED:
-            return true;
-        case DRIVE_REMOTE:
-            return m_bNetworkDrives;
-        case DRIVE_CDROM:
-            return m_bCompactDiscs;
-        default:
-            return false;
-    }
+    const std::uint32_t type = DriveTypeOf(name);
+    return type == DRIVE_FIXED || (type == DRIVE_REMOVABLE && m_bRemovableDrives) ||
+           (type == DRIVE_REMOTE && m_bNetworkDrives) || (type == DRIVE_CDROM && m_bCompactDiscs);
 }
 
 bool CRunContext::IsDirAllowed(std::string_view path) const { return !HasNoCase(m_lstSkipDirs, path); }

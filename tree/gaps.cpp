@@ -57,7 +57,6 @@ CString CGapList::GetSummary() const {
 // Bytes that are no UTF-8 are written as U+FFFD, and the line says so.
 CString CGapList::GetLines(std::string_view snapshot) const {
     using CLine = nlohmann::ordered_json;
-    const auto dump = [](const CLine& line) { return line.dump(-1, ' ', false, CLine::error_handler_t::replace); };
     CString lines;
     for (const CGap& gap : m_gaps) {
         CLine line = {
@@ -66,12 +65,11 @@ CString CGapList::GetLines(std::string_view snapshot) const {
         line["code"] = gap.m_dwCode;
         line["reason"] = gap.m_strReason;
         try {
-            lines += line.dump();
+            line.dump();
         } catch (const CLine::type_error&) {
             line["lossy"] = true;
-            lines += dump(line);
         }
-        lines += '\n';
+        lines += line.dump(-1, ' ', false, CLine::error_handler_t::replace) + '\n';
     }
     return lines;
 }

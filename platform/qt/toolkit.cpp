@@ -367,16 +367,10 @@ protected:
                                    : QMessageBox::StandardButtons(QMessageBox::Ok));
         const int answer = box.exec();
         if (!m_open.empty()) m_open.back()->activateWindow();
-        switch (answer) {
-            case QMessageBox::Yes:
-                return IDYES;
-            case QMessageBox::No:
-                return IDNO;
-            case QMessageBox::Cancel:
-                return IDCANCEL;
-            default:
-                return IDOK;
-        }
+        return answer == QMessageBox::Yes      ? IDYES
+               : answer == QMessageBox::No     ? IDNO
+               : answer == QMessageBox::Cancel ? IDCANCEL
+                                               : IDOK;
     }
     void ShowWaitCursor(bool shown) override {
         shown ? QApplication::setOverrideCursor(Qt::WaitCursor) : QApplication::restoreOverrideCursor();
