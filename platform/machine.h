@@ -62,7 +62,7 @@ public:
     // Whether there is a machine to take a snapshot of. Without one the program's own files still work; everything
     // else answers as far as it can. GetProblem then says in one sentence what is wrong, or what was looked for and
     // how to name it.
-    virtual bool IsPresent() const = 0;
+    bool IsPresent() const { return GetProblem().empty(); }
     virtual CString GetProblem() const = 0;
     // What the user should be told and has not been told yet: a variable that names no machine, a damaged registry
     // file. Asked for at the start and after each capture.

@@ -21,7 +21,6 @@ class CHostedMachine : public CMachine {
 public:
     const CPathMap& GetPaths() const { return m_paths; }
 
-    bool IsPresent() const override { return GetProblem().empty(); }
     CString GetProblem() const override { return m_strRegistryProblem.empty() ? m_strProblem : m_strRegistryProblem; }
 
     CVersionRecord GetVersion() override;

@@ -42,17 +42,9 @@ CString ErrorText(std::uint32_t code) {
 }
 
 bool IsExhaustion(std::uint32_t code) {
-    switch (code) {
-        case ERROR_NOT_ENOUGH_MEMORY:
-        case ERROR_OUTOFMEMORY:
-        case ERROR_NO_SYSTEM_RESOURCES:
-        case ERROR_NOT_ENOUGH_QUOTA:
-        case ERROR_COMMITMENT_LIMIT:
-        case ERROR_TOO_MANY_OPEN_FILES:
-            return true;
-        default:
-            return false;
-    }
+    static constexpr DWORD kCodes[] = {ERROR_NOT_ENOUGH_MEMORY, ERROR_OUTOFMEMORY,      ERROR_NO_SYSTEM_RESOURCES,
+                                       ERROR_NOT_ENOUGH_QUOTA,  ERROR_COMMITMENT_LIMIT, ERROR_TOO_MANY_OPEN_FILES};
+    return std::find(std::begin(kCodes), std::end(kCodes), code) != std::end(kCodes);
 }
 
 std::wstring LongWidePath(std::string_view path) {

@@ -27,7 +27,6 @@ public:
     // The machine's disks from now on. The program's own files and the identity stay.
     void SetDisks(std::string_view text);
 
-    bool IsPresent() const override { return m_bPresent; }
     CString GetProblem() const override { return m_bPresent ? "" : "no machine here"; }
     CVersionRecord GetVersion() override { return m_version; }
     bool GetUserName(CString& name) override;

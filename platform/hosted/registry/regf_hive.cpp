@@ -105,7 +105,7 @@ std::unique_ptr<CRegfHive> CRegfHive::Open(const std::string& hostPath, CNotice&
 
 std::unique_ptr<CRegfHive> CRegfHive::Read(CFileBytes bytes, const std::vector<CFileBytes>& logs, std::string name,
                                            CNotice& problem) {
-    const EHiveState state = ReplayLogs(bytes, logs);
+    const bool isFinished = ReplayLogs(bytes, logs);
     if (bytes.m_nSize < kBaseBlock || !bytes.GetBytes().starts_with("regf")) {
         problem = {name + " is no registry hive", name, ERROR_NOT_REGISTRY_FILE};
         return nullptr;
@@ -115,7 +115,7 @@ std::unique_ptr<CRegfHive> CRegfHive::Read(CFileBytes bytes, const std::vector<C
         problem = {hive->m_strName + " is damaged: it has no root key", hive->m_strName, ERROR_REGISTRY_CORRUPT};
         return nullptr;
     }
-    hive->m_bUnfinished = state == EHiveState::kUnfinished;
+    hive->m_bUnfinished = !isFinished;
     return hive;
 }
 

@@ -172,16 +172,16 @@ std::uint64_t HashOfLog(std::string_view bytes) {
     return static_cast<std::uint64_t>(high) << 32 | low;
 }
 
-EHiveState ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs) {
-    if (hive.m_nSize < kBaseBlock) return EHiveState::kWhole;  // no hive at all, as its reader will say
+bool ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs) {
+    if (hive.m_nSize < kBaseBlock) return true;  // no hive at all, as its reader will say
     const bool hasBase = IsBaseBlock(hive.GetBytes());
-    if (hasBase && U32(hive.GetBytes(), kSequence1) == U32(hive.GetBytes(), kSequence2)) return EHiveState::kWhole;
+    if (hasBase && U32(hive.GetBytes(), kSequence1) == U32(hive.GetBytes(), kSequence2)) return true;
     std::size_t largest = hive.m_nSize;
     for (const CFileBytes& log : logs)
         largest += log.m_nSize;
     if (!hasBase) {
         const CFileBytes* const base = FindBaseBlock(logs);
-        if (base == nullptr) return EHiveState::kUnfinished;
+        if (base == nullptr) return false;
         std::memcpy(hive.m_buffer.GetData(), base->m_buffer.GetData(), kBaseHead);
     }
     bool recovered = false;
@@ -192,11 +192,11 @@ EHiveState ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs) {
     for (auto entry = entries.m_entries.lower_bound(U32(hive.GetBytes(), kSequence2)); entry != entries.m_entries.end();
          ++entry) {
         const std::optional<CChanges> changes = ChangesOf(entry->second);
-        if (!changes || !Apply(hive, *changes, largest)) return EHiveState::kUnfinished;
+        if (!changes || !Apply(hive, *changes, largest)) return false;
         lastSequence = entry->first;
         recovered = true;
     }
-    if (recovered && entries.m_nLastLost > lastSequence) return EHiveState::kUnfinished;
+    if (recovered && entries.m_nLastLost > lastSequence) return false;
     for (const CFileBytes& log : logs) {
         const std::string_view bytes = log.GetBytes();
         if (recovered || !IsBaseBlock(bytes) || IsNewForm(bytes)) continue;
@@ -206,7 +206,7 @@ EHiveState ReplayLogs(CFileBytes& hive, const std::vector<CFileBytes>& logs) {
         const std::optional<CChanges> changes = OldChangesOf(bytes);
         recovered = changes && Apply(hive, *changes, largest);
     }
-    return recovered ? EHiveState::kRecovered : EHiveState::kUnfinished;
+    return recovered;
 }
 
 }  // namespace delvane

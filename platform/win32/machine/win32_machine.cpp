@@ -59,7 +59,6 @@ private:
 
 class CWin32Machine : public CMachine {
 public:
-    bool IsPresent() const override { return true; }
     CString GetProblem() const override { return {}; }
 
     CVersionRecord GetVersion() override {
