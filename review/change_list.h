@@ -51,9 +51,10 @@ struct CChange {
     std::string_view m_path;     // of a value that of its key, of an extension its name
     std::string_view m_name;     // of a value; "(default)" is the unnamed one; empty for all else
     std::string_view m_version;  // of an executable, where one was read
-    const CDelvObj* m_pBefore =
-        nullptr;                         // CDelvFileObj, CDelvDirObj, CDelvRegKeyObj, CDelvRegValObj or CDelvExtObj, by
-    const CDelvObj* m_pAfter = nullptr;  // kind; null where there was or is nothing
+    // CDelvFileObj, CDelvDirObj, CDelvRegKeyObj, CDelvRegValObj or CDelvExtObj, by kind; null where there was or is
+    // nothing.
+    const CDelvObj* m_pBefore = nullptr;
+    const CDelvObj* m_pAfter = nullptr;
     const CAcceptEntry* m_pEntry = nullptr;  // what accepted it
 
     const CDelvObj& GetNode() const { return m_pAfter != nullptr ? *m_pAfter : *m_pBefore; }

@@ -74,7 +74,7 @@ CSide::CSide(std::string_view tag, std::string_view text, std::string_view oppos
 }
 
 CPageText& CPageText::Text(std::string_view text, EText form) {
-    AppendText(m_html, text, form);
+    AppendText(m_strHtml, text, form);
     return *this;
 }
 
@@ -86,15 +86,15 @@ CPageText& CPageText::Object(std::string_view path, std::optional<std::string_vi
 
 CPageText& CPageText::Field(std::string_view text, std::string_view tag, bool differs, EText form) {
     const std::string_view marked = differs ? tag : std::string_view();
-    AppendTag(m_html, "<", marked);
-    AppendText(m_html, text, form);
-    AppendTag(m_html, "</", marked);
+    AppendTag(m_strHtml, "<", marked);
+    AppendText(m_strHtml, text, form);
+    AppendTag(m_strHtml, "</", marked);
     return *this;
 }
 
 void CPageText::Flush() {
-    m_stream.write(m_html.data(), static_cast<std::streamsize>(m_html.size()));
-    m_html.clear();
+    m_stream.write(m_strHtml.data(), static_cast<std::streamsize>(m_strHtml.size()));
+    m_strHtml.clear();
 }
 
 // A part of a side's text, in an element that keeps its lines where it has some.
@@ -121,9 +121,9 @@ void CPageText::Rest(std::size_t size, auto write) {
         return;
     }
     *this << "<details class=\"rest\"><summary>all " << size << " bytes</summary>";
-    const std::size_t begin = m_html.size();
+    const std::size_t begin = m_strHtml.size();
     write();
-    m_nRoom -= std::min(m_nRoom, m_html.size() - begin);
+    m_nRoom -= std::min(m_nRoom, m_strHtml.size() - begin);
     Raw("</details>");
 }
 
@@ -154,13 +154,13 @@ void CPageText::DumpLines(const CSide& side, std::size_t first, std::size_t end)
         bool isOpen = false;
         for (std::size_t at = begin; at < stop; ++at) {
             const bool isDifferent = differs(at);
-            if (isOpen && !isDifferent) AppendTag(m_html, "</", side.m_tag);
-            if (at != begin) m_html += at - begin == kLineSize / 2 && !between.empty() ? "  " : between;
-            if (!isOpen && isDifferent) AppendTag(m_html, "<", side.m_tag);
+            if (isOpen && !isDifferent) AppendTag(m_strHtml, "</", side.m_tag);
+            if (at != begin) m_strHtml += at - begin == kLineSize / 2 && !between.empty() ? "  " : between;
+            if (!isOpen && isDifferent) AppendTag(m_strHtml, "<", side.m_tag);
             isOpen = isDifferent;
             append(bytes.substr(at, 1));
         }
-        if (isOpen) AppendTag(m_html, "</", side.m_tag);
+        if (isOpen) AppendTag(m_strHtml, "</", side.m_tag);
     };
     Raw("<pre class=\"hex\" tabindex=\"0\">\n");
     for (std::size_t line = first; line < end; ++line) {
@@ -168,14 +168,14 @@ void CPageText::DumpLines(const CSide& side, std::size_t first, std::size_t end)
         const std::size_t stop = std::min(begin + kLineSize, bytes.size());
         const auto offset = static_cast<unsigned long long>(begin);
         Raw(Printed(bytes.size() > 0x10000 ? "%08llx  " : "%04llx  ", offset));
-        writeRuns(begin, stop, " ", [&](std::string_view byte) { m_html += HexText(byte); });
+        writeRuns(begin, stop, " ", [&](std::string_view byte) { m_strHtml += HexText(byte); });
         const std::size_t missing = kLineSize - (stop - begin);
-        m_html.append(3 * missing + (missing >= kLineSize / 2 ? 1 : 0) + 2, ' ');
+        m_strHtml.append(3 * missing + (missing >= kLineSize / 2 ? 1 : 0) + 2, ' ');
         writeRuns(begin, stop, "", [&](std::string_view byte) {
             const bool isShown = byte[0] >= 0x20 && byte[0] < 0x7F;
-            AppendText(m_html, isShown ? byte : ".", EText::kLine);
+            AppendText(m_strHtml, isShown ? byte : ".", EText::kLine);
         });
-        m_html += '\n';
+        m_strHtml += '\n';
     }
     Raw("</pre>");
 }

@@ -52,7 +52,7 @@ public:
     CPageText& operator<<(std::string_view text) { return Text(text); }
     CPageText& operator<<(std::integral auto number) { return Raw(std::to_string(number)); }
     CPageText& Raw(std::string_view markup) {
-        m_html += markup;
+        m_strHtml += markup;
         return *this;
     }
     CPageText& Text(std::string_view text, EText form = EText::kLine);
@@ -65,7 +65,7 @@ public:
     CPageText& Dump(const CSide& side);  // 16 bytes a line: offset, bytes, characters
 
     void FlushSome() {
-        if (m_html.size() >= kPiece) Flush();
+        if (m_strHtml.size() >= kPiece) Flush();
     }
 
 private:
@@ -77,7 +77,7 @@ private:
     void Rest(std::size_t size, auto write);
 
     std::ostream& m_stream;
-    CString m_html;
+    CString m_strHtml;
     std::size_t m_nRoom = std::size_t{48} << 20;  // for whole data behind cut ones, in bytes of the page
 };
 

@@ -44,7 +44,7 @@ int main(int argumentCount, char** arguments) {
     const std::string rename = argumentCount == 5 ? arguments[4] : "=";
     const std::size_t equals = rename.find('=');
     CRegfWriter hive;
-    hive.GetRoot().m_name = "ROOT";
+    hive.GetRoot().m_strName = "ROOT";
     for (CRegistryText::CKey key; reader.NextKey(key);) {
         std::string path(key.m_path);
         if (!TakeBelow(path, arguments[3], rename.substr(0, equals), rename.substr(equals + 1))) continue;

@@ -93,10 +93,10 @@ CRegfWriter::CKey& CRegfWriter::CKey::Make(std::string_view path) {
         path.remove_prefix(std::min(path.size(), name.size() + 1));
         auto& subkeys = key->m_subkeys;
         auto found = std::find_if(subkeys.begin(), subkeys.end(),
-                                  [&](const auto& subkey) { return mbsicmp(subkey->m_name, name) == 0; });
+                                  [&](const auto& subkey) { return mbsicmp(subkey->m_strName, name) == 0; });
         if (found == subkeys.end()) {
             subkeys.push_back(std::make_unique<CKey>());
-            subkeys.back()->m_name = name;
+            subkeys.back()->m_strName = name;
             found = subkeys.end() - 1;
         }
         key = found->get();
@@ -105,7 +105,7 @@ CRegfWriter::CKey& CRegfWriter::CKey::Make(std::string_view path) {
 }
 
 void CRegfWriter::CKey::Set(std::string_view name, std::uint32_t type, std::string_view data) {
-    std::erase_if(m_values, [&](const CValue& value) { return mbsicmp(value.m_name, name) == 0; });
+    std::erase_if(m_values, [&](const CValue& value) { return mbsicmp(value.m_strName, name) == 0; });
     m_values.push_back({std::string(name), type, std::string(data)});
 }
 
@@ -123,7 +123,7 @@ std::uint32_t CRegfWriter::AddCell(std::string_view content) {
 
 std::uint32_t CRegfWriter::AddKey(const CKey& key, std::uint32_t parent) {
     bool compressed = false;
-    const std::string name = StoredName(key.m_name, compressed);
+    const std::string name = StoredName(key.m_strName, compressed);
     const bool isRoot = &key == &m_root;
     std::string content = "nk" + U16(key.m_nFlags + (compressed ? 0x20 : 0) + (isRoot ? 0xC : 0));
     content += BytesOf(0x01C4'09A2'BB01'6800, 8) + U32(0) + U32(parent);
@@ -144,8 +144,9 @@ std::uint32_t CRegfWriter::AddSubkeys(const CKey& key, std::uint32_t cell) {
     for (const auto& subkey : key.m_subkeys)
         keys.emplace_back(subkey.get(), 0);
     if (m_bSorts) {
-        std::stable_sort(keys.begin(), keys.end(),
-                         [](const auto& a, const auto& b) { return SortsBefore(a.first->m_name, b.first->m_name); });
+        std::stable_sort(keys.begin(), keys.end(), [](const auto& a, const auto& b) {
+            return SortsBefore(a.first->m_strName, b.first->m_strName);
+        });
     }
     for (auto& [subkey, place] : keys)
         place = AddKey(*subkey, cell);
@@ -158,12 +159,12 @@ std::uint32_t CRegfWriter::AddSubkeys(const CKey& key, std::uint32_t cell) {
 
 std::uint32_t CRegfWriter::AddList(const std::vector<std::pair<const CKey*, std::uint32_t>>& keys, std::size_t begin,
                                    std::size_t end) {
-    std::string kind = m_listKind;
+    std::string kind = m_strListKind;
     if (kind.empty()) kind = m_nMinorVersion >= 5 ? "lh" : m_nMinorVersion >= 3 ? "lf" : "li";
     std::string list = kind + U16(end - begin);
     for (std::size_t i = begin; i < end; ++i) {
         list += U32(keys[i].second);
-        if (kind != "li") list += U32(HintOf(keys[i].first->m_name, kind == "lh"));
+        if (kind != "li") list += U32(HintOf(keys[i].first->m_strName, kind == "lh"));
     }
     return AddCell(list);
 }
@@ -177,7 +178,7 @@ std::uint32_t CRegfWriter::AddValues(const CKey& key) {
 
 std::uint32_t CRegfWriter::AddValue(const CValue& value) {
     bool compressed = false;
-    const std::string name = StoredName(value.m_name, compressed);
+    const std::string name = StoredName(value.m_strName, compressed);
     const std::size_t size = value.m_data.size();
     std::string data;
     if (size <= 4) {

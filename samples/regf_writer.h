@@ -14,12 +14,12 @@ namespace delvane {
 class CRegfWriter {
 public:
     struct CValue {
-        std::string m_name;  // empty: the unnamed value
+        std::string m_strName;  // empty: the unnamed value
         std::uint32_t m_dwType = 0;
         std::string m_data;  // as it is stored
     };
     struct CKey {
-        std::string m_name;
+        std::string m_strName;
         std::uint16_t m_nFlags = 0;  // 0x10 a symbolic link, 0x40 a predefined key
         std::vector<CValue> m_values;
         std::vector<std::unique_ptr<CKey>> m_subkeys;
@@ -34,7 +34,7 @@ public:
     std::string Build();
 
     std::uint32_t m_nMinorVersion = 5;
-    std::string m_listKind;            // "lf", "lh" or "li"; empty: what the version has
+    std::string m_strListKind;         // "lf", "lh" or "li"; empty: what the version has
     std::size_t m_nLargestList = 507;  // longer lists are cut up below a list of lists
     bool m_bSorts = true;              // subkeys by their names, as Windows has them; else as they were made
     std::uint32_t m_nSequence1 = 1;

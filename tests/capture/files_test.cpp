@@ -9,10 +9,10 @@ namespace {
 class CWatcher : public CMessageTarget {
 public:
     void PostMessage(std::uint32_t message, std::uint32_t wParam) override {
-        m_posted += (message == kMsgEnded ? "end " : "") + std::to_string(wParam) + " ";
+        m_strPosted += (message == kMsgEnded ? "end " : "") + std::to_string(wParam) + " ";
         if (m_bHandles) m_progress.m_bUpdatePosted = false;
     }
-    CString m_posted;
+    CString m_strPosted;
     bool m_bHandles = false;
     CCaptureProgress m_progress;
 };
@@ -118,17 +118,17 @@ TEST_F(Walk, CountsAndPostsOnceUntilTheMessageIsHandled) {
     watcher.m_progress.m_pDialog = &watcher;
     CSnapshot snapshot;
     EXPECT_TRUE(snapshot.Capture(&watcher.m_progress));
-    EXPECT_EQ(watcher.m_posted, "1009 end 0 ");
+    EXPECT_EQ(watcher.m_strPosted, "1009 end 0 ");
     EXPECT_EQ(watcher.m_progress.m_nFiles, 2U);
     EXPECT_EQ(watcher.m_progress.m_nDirs, 1U);
     EXPECT_EQ(watcher.m_progress.m_nDrives, 1U);
     watcher.m_progress.m_bUpdatePosted = false;
     watcher.m_bHandles = true;
-    watcher.m_posted.clear();
+    watcher.m_strPosted.clear();
     CSnapshot second;
     second.m_pProgress = &watcher.m_progress;
     EXPECT_TRUE(second.Capture(nullptr)) << "the snapshot's own record serves";
-    EXPECT_EQ(watcher.m_posted, "1009 1010 1009 1010 1009 1010 1007 1000 1001 1002 1002 end 0 ");
+    EXPECT_EQ(watcher.m_strPosted, "1009 1010 1009 1010 1009 1010 1007 1000 1001 1002 1002 end 0 ");
 }
 
 TEST_F(Walk, ACancelEndsItAtTheNextEntryAndClosesEverySearch) {
@@ -148,7 +148,7 @@ TEST_F(Walk, ACancelEndsItAtTheNextEntryAndClosesEverySearch) {
     EXPECT_FALSE(snapshot.Capture(&watcher.m_progress));
     EXPECT_EQ(snapshot.GetError(), "");
     EXPECT_EQ(m_pMachine->m_nOpenSearches, 0U);
-    EXPECT_TRUE(watcher.m_posted.ends_with("end 1 ")) << watcher.m_posted;
+    EXPECT_TRUE(watcher.m_strPosted.ends_with("end 1 ")) << watcher.m_strPosted;
     EXPECT_EQ(ListTree(*snapshot.m_pDrives), "C:\\\nC:\\a\\\nC:\\a\\b\\\n");
 }
 

@@ -38,7 +38,7 @@ public:
     }
     bool Explains(std::string_view line) {
         for (CRule& rule : m_rules) {
-            if (!IsMatch(rule.m_text, line)) continue;
+            if (!IsMatch(rule.m_strText, line)) continue;
             ++rule.m_nUses;
             return true;
         }
@@ -46,12 +46,12 @@ public:
     }
     void PrintUses() const {
         for (const CRule& rule : m_rules)
-            std::printf("%6d expected: %s\n", rule.m_nUses, rule.m_text.c_str());
+            std::printf("%6d expected: %s\n", rule.m_nUses, rule.m_strText.c_str());
     }
 
 private:
     struct CRule {
-        CString m_text;
+        CString m_strText;
         int m_nUses;
     };
     static bool IsMatch(std::string_view rule, std::string_view line) {

@@ -258,7 +258,7 @@ TEST_P(MachineContract, TheMachineKnowsItself) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, MachineContract, testing::ValuesIn(GetContractCases()),
-                         [](const auto& test) { return test.param.m_name; });
+                         [](const auto& test) { return test.param.m_strName; });
 
 }  // namespace
 }  // namespace delvane

@@ -18,9 +18,9 @@ protected:
                     const std::string& environment = {}) {
         SCOPED_TRACE(arguments + " " + environment);
         EXPECT_EQ(Run(arguments, environment), code);
-        EXPECT_EQ(m_output, "");
-        EXPECT_EQ(Lines(m_errors), 1) << m_errors;
-        EXPECT_NE(m_errors.find(words), std::string::npos) << m_errors;
+        EXPECT_EQ(m_strOutput, "");
+        EXPECT_EQ(Lines(m_strErrors), 1) << m_strErrors;
+        EXPECT_NE(m_strErrors.find(words), std::string::npos) << m_strErrors;
         EXPECT_FALSE(m_home.Exists("Results/never.dvs"));
     }
     static std::ptrdiff_t Lines(std::string_view text) { return std::count(text.begin(), text.end(), '\n'); }
@@ -30,10 +30,10 @@ protected:
     static const std::string kSeparator;  // of a path
 
     CTemporaryFolder m_home;
-    std::string m_program = DELVANE_PROGRAM;
-    std::string m_machine;  // its folder, where there is one
-    std::string m_output;
-    std::string m_errors;
+    std::string m_strProgram = DELVANE_PROGRAM;
+    std::string m_strMachine;  // its folder, where there is one
+    std::string m_strOutput;
+    std::string m_strErrors;
 };
 
 }  // namespace delvane

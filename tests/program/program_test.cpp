@@ -17,7 +17,7 @@ TEST_F(Program, AnExistingReportIsKeptOnDemand) {
 
 TEST_F(Program, EachFailureHasItsBitAndOneSentence) {
     EXPECT_EQ(Run("/s /bc:a" + kReads), 0);
-    EXPECT_EQ(m_output + m_errors, "");
+    EXPECT_EQ(m_strOutput + m_strErrors, "");
     RunFailing("/s /g", 16, "no report was made");
     RunFailing("/s /b:none /cc:never /g", 8, "snapshot \"none\" was not loaded");
     RunFailing("/s /b:a /c:none /g", 8, "snapshot \"none\" was not loaded");
@@ -32,16 +32,16 @@ TEST_F(Program, EachFailureHasItsBitAndOneSentence) {
 
 TEST_F(Program, NamesComeThroughAsTheyWereTyped) {
     const std::string folder = m_home / "my results" + kSeparator;
-    EXPECT_EQ(Run("/s /bc:V\u00F6r \"/cc:Da nach\" \"/res:" + folder + "\"" + kReads), 0) << m_errors;
+    EXPECT_EQ(Run("/s /bc:V\u00F6r \"/cc:Da nach\" \"/res:" + folder + "\"" + kReads), 0) << m_strErrors;
     EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(folder) / u8"V\u00F6r.dvs"));
     EXPECT_TRUE(m_home.Exists("my results/Da nach.dvs"));
 }
 
 TEST_F(Program, HelpAndVersionAnswerBeforeAnythingElse) {
     EXPECT_EQ(Run("--version"), 0);
-    EXPECT_EQ(m_output, "Install Delvane " DELVANE_VERSION "\n");
+    EXPECT_EQ(m_strOutput, "Install Delvane " DELVANE_VERSION "\n");
     EXPECT_EQ(Run("--help"), 0);
-    EXPECT_NE(m_output.find("/bc:NAME"), std::string::npos);
+    EXPECT_NE(m_strOutput.find("/bc:NAME"), std::string::npos);
     EXPECT_FALSE(m_home.Exists("delvane.cfg"));
     EXPECT_EQ(Run("/s --version"), 0) << "beside another switch it is a bad switch";
     EXPECT_EQ(m_home.Read("delvane.err"), "Bad Cmdline Switch: --version" + kLineEnd);

@@ -54,10 +54,10 @@ HKCU
 )";
 
 struct CContractCase {
-    std::string m_name;
+    std::string m_strName;
     std::function<std::unique_ptr<CContractMachine>()> m_make;
 };
-inline void PrintTo(const CContractCase& test, std::ostream* to) { *to << test.m_name; }
+inline void PrintTo(const CContractCase& test, std::ostream* to) { *to << test.m_strName; }
 
 // The kinds that this build can make.
 std::vector<CContractCase> GetContractCases();

@@ -12,14 +12,14 @@
 namespace delvane {
 
 struct CScriptedMachine::CEntry {
-    CString m_name;
+    CString m_strName;
     CFileWords m_words;
     bool m_bUnreadable = false;
     bool m_bCut = false;
-    CString m_image;
-    CString m_version;
+    CString m_strImage;
+    CString m_strVersion;
     std::uint32_t m_nDriveType = 0;
-    CString m_label;
+    CString m_strLabel;
     std::vector<std::shared_ptr<CEntry>> m_children;
 };
 
@@ -67,7 +67,7 @@ void CScriptedMachine::SetDisks(std::string_view text) {
         open.resize(level + 1);
         auto entry = std::make_shared<CEntry>();
         const std::size_t nameEnd = level == 0 ? line.find(' ', indent) : line.find("  ", indent);
-        entry->m_name = line.substr(indent, nameEnd - indent);
+        entry->m_strName = line.substr(indent, nameEnd - indent);
         std::istringstream words(nameEnd == CString::npos ? CString() : line.substr(nameEnd));
         entry->m_words.m_dwAttributes = FILE_ATTRIBUTE_ARCHIVE;
         if (level == 0) {
@@ -75,9 +75,9 @@ void CScriptedMachine::SetDisks(std::string_view text) {
             words >> kind;
             entry->m_nDriveType = KindOf(kind);
             const std::size_t bracket = line.find('[');
-            if (bracket != CString::npos) entry->m_label = line.substr(bracket + 1, line.rfind(']') - bracket - 1);
-        } else if (entry->m_name.ends_with('\\')) {
-            entry->m_name.pop_back();
+            if (bracket != CString::npos) entry->m_strLabel = line.substr(bracket + 1, line.rfind(']') - bracket - 1);
+        } else if (entry->m_strName.ends_with('\\')) {
+            entry->m_strName.pop_back();
             entry->m_words.m_dwAttributes = FILE_ATTRIBUTE_DIRECTORY;
         }
         for (CString word; level > 0 && words >> word;) {
@@ -93,9 +93,9 @@ void CScriptedMachine::SetDisks(std::string_view text) {
             } else if (key == "attributes") {
                 entry->m_words.m_dwAttributes = static_cast<std::uint32_t>(std::stoul(value, nullptr, 16));
             } else if (key == "image") {
-                entry->m_image = value;
+                entry->m_strImage = value;
             } else if (key == "version") {
-                entry->m_version = value;
+                entry->m_strVersion = value;
             } else if (key == "unreadable") {
                 entry->m_bUnreadable = true;
             } else if (key == "cut") {
@@ -118,7 +118,7 @@ const CScriptedMachine::CEntry* CScriptedMachine::Find(std::string_view path, bo
         const bool last = path.empty() && !wantsDirectory;
         const auto found = std::find_if(at->m_children.begin(), at->m_children.end(), [&](const auto& child) {
             const bool holds = child->m_nDriveType != 0 || (child->m_words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY);
-            return mbsicmp(child->m_name, name) == 0 && (last || holds);
+            return mbsicmp(child->m_strName, name) == 0 && (last || holds);
         });
         if (found == at->m_children.end()) return nullptr;
         at = found->get();
@@ -148,7 +148,7 @@ CFolderFunction CScriptedMachine::LoadFolderLibrary() {
 std::uint32_t CScriptedMachine::GetLogicalDrives() {
     std::uint32_t mask = 0;
     for (const auto& drive : m_pRoot->m_children)
-        mask |= std::uint32_t{1} << (drive->m_name[0] - 'A');
+        mask |= std::uint32_t{1} << (drive->m_strName[0] - 'A');
     return mask;
 }
 
@@ -160,7 +160,7 @@ std::uint32_t CScriptedMachine::GetDriveType(std::string_view root) {
 std::uint32_t CScriptedMachine::GetVolumeLabel(std::string_view root, CString& label) {
     const CEntry* const drive = Find(root);
     if (drive == nullptr) return ERROR_PATH_NOT_FOUND;
-    label = drive->m_label;
+    label = drive->m_strLabel;
     return ERROR_SUCCESS;
 }
 
@@ -179,10 +179,10 @@ public:
         if (m_nNext == m_directory.m_children.size()) return false;
         const CEntry& entry = *m_directory.m_children[m_nNext++];
         static_cast<CFileWords&>(data) = entry.m_words;
-        data.m_name = entry.m_name;
+        data.m_name = entry.m_strName;
         data.m_bNameOnly = entry.m_bUnreadable && (entry.m_words.m_dwAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
         data.m_dwError = data.m_bNameOnly ? ERROR_ACCESS_DENIED : ERROR_SUCCESS;
-        if (m_machine.m_onEntry) m_machine.m_onEntry(entry.m_name);
+        if (m_machine.m_onEntry) m_machine.m_onEntry(entry.m_strName);
         return true;
     }
     std::uint32_t GetError() const override { return m_directory.m_bCut ? ERROR_CRC : ERROR_SUCCESS; }
@@ -213,16 +213,16 @@ bool CScriptedMachine::MapAndLoad(std::string_view path, CLoadedImage& image) {
     image = {};
     const CEntry* const entry = Find(path);
     if (entry == nullptr) return false;
-    image.fDOSImage = entry->m_image == "dos";
-    image.fSystemImage = entry->m_image == "native";
-    return !entry->m_image.empty() && !image.fDOSImage;
+    image.fDOSImage = entry->m_strImage == "dos";
+    image.fSystemImage = entry->m_strImage == "native";
+    return !entry->m_strImage.empty() && !image.fDOSImage;
 }
 
 std::unique_ptr<const CVersionInfo> CScriptedMachine::GetFileVersionInfo(std::string_view path) {
     const CEntry* const entry = Find(path);
-    if (entry == nullptr || entry->m_version.empty()) return nullptr;
+    if (entry == nullptr || entry->m_strVersion.empty()) return nullptr;
     CVersionStrings strings;
-    strings.m_strFileVersion = entry->m_version;
+    strings.m_strFileVersion = entry->m_strVersion;
     const CString bytes = MakeImage(EImageKind::Pe32, strings);
     return ReadVersionBlock(CMemorySource(bytes));
 }

@@ -51,9 +51,9 @@ CScriptedRegistry::CScriptedRegistry(std::string_view text) {
         }
         const std::size_t end = content.find("  ");
         auto key = std::make_shared<CKey>();
-        key->m_name = content.substr(0, end);
-        if (level > 0) key->m_name.pop_back();
-        if (end != CString::npos) key->m_refusal = content.substr(end + 2);
+        key->m_strName = content.substr(0, end);
+        if (level > 0) key->m_strName.pop_back();
+        if (end != CString::npos) key->m_strRefusal = content.substr(end + 2);
         open.back()->m_subkeys.push_back(key);
         open.push_back(key.get());
     }
@@ -62,12 +62,12 @@ CScriptedRegistry::CScriptedRegistry(std::string_view text) {
 CScriptedRegistry::CValue CScriptedRegistry::ParseValue(std::string_view line) {
     const std::size_t equals = line.find(" = ");
     CValue value;
-    value.m_name = line.substr(0, equals);
-    if (value.m_name == "@") value.m_name.clear();
+    value.m_strName = line.substr(0, equals);
+    if (value.m_strName == "@") value.m_strName.clear();
     std::string_view rest = line.substr(equals + 3);
     for (const std::string_view refusal : {"grows", "late", "vanishes", "denied"}) {
         if (!rest.ends_with("  " + CString(refusal))) continue;
-        value.m_refusal = refusal;
+        value.m_strRefusal = refusal;
         rest.remove_suffix(refusal.size() + 2);
     }
     std::istringstream words{CString(rest)};
@@ -103,7 +103,7 @@ CScriptedRegistry::COpenKey* CScriptedRegistry::Find(HKEY key) {
     root.Show(kEmptyHive);
     for (const auto& [name, number] : kRoots) {
         for (const auto& hive : m_top.m_subkeys) {
-            if (number == key && hive->m_name == name) root.Show(*hive);
+            if (number == key && hive->m_strName == name) root.Show(*hive);
         }
     }
     return &root;
@@ -113,9 +113,9 @@ void CScriptedRegistry::COpenKey::Show(const CKey& key) {
     m_pKey = &key;
     m_contents.Clear();
     for (const auto& subkey : key.m_subkeys)
-        m_contents.m_subkeys.push_back({m_contents.Add(subkey->m_name), 0});
+        m_contents.m_subkeys.push_back({m_contents.Add(subkey->m_strName), 0});
     for (const CValue& value : key.m_values) {
-        const CKeyContents::CSpan name = m_contents.Add(value.m_name);
+        const CKeyContents::CSpan name = m_contents.Add(value.m_strName);
         m_contents.m_values.push_back({name, value.m_dwType, m_contents.Add(value.m_data)});
     }
 }
@@ -124,14 +124,14 @@ std::uint32_t CScriptedRegistry::RegOpenKeyEx(HKEY parent, std::string_view name
     const COpenKey* const above = Find(parent);
     if (above == nullptr) return ERROR_INVALID_HANDLE;
     const auto& subkeys = above->m_pKey->m_subkeys;
-    auto found =
-        std::find_if(subkeys.begin(), subkeys.end(), [&](const auto& candidate) { return candidate->m_name == name; });
+    auto found = std::find_if(subkeys.begin(), subkeys.end(),
+                              [&](const auto& candidate) { return candidate->m_strName == name; });
     if (found == subkeys.end()) {
         found = std::find_if(subkeys.begin(), subkeys.end(),
-                             [&](const auto& candidate) { return mbsicmp(candidate->m_name, name) == 0; });
+                             [&](const auto& candidate) { return mbsicmp(candidate->m_strName, name) == 0; });
     }
     if (found == subkeys.end()) return ERROR_FILE_NOT_FOUND;
-    if ((*found)->m_refusal == "unopenable") return ERROR_ACCESS_DENIED;
+    if ((*found)->m_strRefusal == "unopenable") return ERROR_ACCESS_DENIED;
     std::unique_ptr<COpenKey> opened = m_keys.Take();
     opened->Show(**found);
     key = m_keys.Add(std::move(opened));
@@ -149,9 +149,9 @@ std::uint32_t CScriptedRegistry::RegQueryInfoKey(HKEY key, CKeyInfo& info) {
     const std::uint32_t code = CRegistry::RegQueryInfoKey(key, info);
     if (code != ERROR_SUCCESS) return code;
     const CKey& shown = *Find(key)->m_pKey;
-    if (shown.m_refusal == "shrinks") ++info.m_nValues;
+    if (shown.m_strRefusal == "shrinks") ++info.m_nValues;
     for (const CValue& value : shown.m_values) {
-        if (value.m_refusal == "grows" && value.m_data.size() == info.m_nLargestData) --info.m_nLargestData;
+        if (value.m_strRefusal == "grows" && value.m_data.size() == info.m_nLargestData) --info.m_nLargestData;
     }
     return ERROR_SUCCESS;
 }
@@ -160,7 +160,7 @@ std::uint32_t CScriptedRegistry::RegEnumValue(HKEY key, std::uint32_t index, CRo
                                               CRoom& data) {
     const std::uint32_t code = CRegistry::RegEnumValue(key, index, name, type, data);
     if (code != ERROR_SUCCESS && code != ERROR_MORE_DATA) return code;
-    const CString& refusal = Find(key)->m_pKey->m_values[index].m_refusal;
+    const CString& refusal = Find(key)->m_pKey->m_values[index].m_strRefusal;
     if (refusal == "late" || refusal == "vanishes" || refusal == "denied") data.m_nSize = 0;
     return code;
 }
@@ -169,8 +169,8 @@ std::uint32_t CScriptedRegistry::RegQueryValueEx(HKEY key, std::string_view name
     const COpenKey* const open = Find(key);
     if (open == nullptr) return ERROR_INVALID_HANDLE;
     for (const CValue& value : open->m_pKey->m_values) {
-        if (mbsicmp(value.m_name, name) != 0 || value.m_refusal == "vanishes") continue;
-        if (value.m_refusal == "denied") return ERROR_ACCESS_DENIED;
+        if (mbsicmp(value.m_strName, name) != 0 || value.m_strRefusal == "vanishes") continue;
+        if (value.m_strRefusal == "denied") return ERROR_ACCESS_DENIED;
         if (type != nullptr) *type = value.m_dwType;
         if (data.m_pBytes != nullptr) return FillRoom(data, value.m_data, false) ? ERROR_SUCCESS : ERROR_MORE_DATA;
         data.m_nSize = static_cast<std::uint32_t>(value.m_data.size());

@@ -33,14 +33,14 @@ public:
 
 private:
     struct CValue {
-        CString m_name;
+        CString m_strName;
         std::uint32_t m_dwType = REG_NONE;
         CString m_data;
-        CString m_refusal;
+        CString m_strRefusal;
     };
     struct CKey {
-        CString m_name;
-        CString m_refusal;
+        CString m_strName;
+        CString m_strRefusal;
         std::vector<CValue> m_values;
         std::vector<std::shared_ptr<CKey>> m_subkeys;
     };

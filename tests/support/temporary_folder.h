@@ -15,18 +15,19 @@ public:
     CTemporaryFolder() {
         std::random_device random;
         do {
-            m_path = (std::filesystem::temp_directory_path() / ("delvane-test-" + std::to_string(random()))).string();
-        } while (!std::filesystem::create_directory(m_path));
+            m_strPath =
+                (std::filesystem::temp_directory_path() / ("delvane-test-" + std::to_string(random()))).string();
+        } while (!std::filesystem::create_directory(m_strPath));
     }
     ~CTemporaryFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(m_path, ignored);
+        std::filesystem::remove_all(m_strPath, ignored);
     }
     CTemporaryFolder(const CTemporaryFolder&) = delete;
     CTemporaryFolder& operator=(const CTemporaryFolder&) = delete;
 
-    std::string operator/(std::string_view below) const { return m_path + "/" + std::string(below); }
-    const std::string& GetPath() const { return m_path; }
+    std::string operator/(std::string_view below) const { return m_strPath + "/" + std::string(below); }
+    const std::string& GetPath() const { return m_strPath; }
 
     // Writes a file and the folders above it; gives its path.
     std::string Write(std::string_view below, std::string_view bytes = {}) const {
@@ -46,7 +47,7 @@ public:
     bool Exists(std::string_view below) const { return std::filesystem::exists(*this / below); }
 
 private:
-    std::string m_path;
+    std::string m_strPath;
 };
 
 }  // namespace delvane

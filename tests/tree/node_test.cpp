@@ -10,10 +10,10 @@ namespace {
 // Writes the calls of a comparison down.
 class CRecorder : public CReportObj {
 public:
-    void AddAdded(CDelvObj& object) override { m_calls += "+" + CString(object.m_name) + " "; }
-    void AddDeleted(CDelvObj& object) override { m_calls += "-" + CString(object.m_name) + " "; }
-    void AddChanged(CDelvObj& object, CDelvObj&) override { m_calls += "~" + CString(object.m_name) + " "; }
-    CString m_calls;
+    void AddAdded(CDelvObj& object) override { m_strCalls += "+" + CString(object.m_name) + " "; }
+    void AddDeleted(CDelvObj& object) override { m_strCalls += "-" + CString(object.m_name) + " "; }
+    void AddChanged(CDelvObj& object, CDelvObj&) override { m_strCalls += "~" + CString(object.m_name) + " "; }
+    CString m_strCalls;
 };
 
 // Tells the report of each pair that it is compared.
@@ -44,7 +44,7 @@ protected:
     CString Merge(std::initializer_list<const char*> current, std::initializer_list<const char*> baseline) {
         CRecorder recorder;
         EXPECT_TRUE(CompareLists(List(current), List(baseline), recorder));
-        return recorder.m_calls;
+        return recorder.m_strCalls;
     }
     CArena m_arena;
 };

@@ -50,7 +50,7 @@ bool EqualNoCase(std::wstring_view a, std::wstring_view b) {
 struct COpenKey {
     ::HKEY m_key = nullptr;
     const COpenKey* m_pParent = nullptr;
-    std::wstring m_realPath;
+    std::wstring m_strRealPath;
     bool m_bBehindLink = false;
     bool m_bRead = false;
     CKeyContents m_contents;
@@ -170,14 +170,14 @@ COpenKey* CWin32Registry::Find(HKEY key) {
 // Whether the key is another one than those that it lies in. A key of its parent's path and its own name stands where
 // it seems to; any other is behind a link.
 bool CWin32Registry::MayShow(const COpenKey& parent, COpenKey& key) {
-    key.m_realPath = RealPathOf(key.m_key);
+    key.m_strRealPath = RealPathOf(key.m_key);
     key.m_bBehindLink = parent.m_bBehindLink;
-    if (key.m_realPath.empty()) return true;
-    const std::wstring_view above = std::wstring_view(key.m_realPath).substr(0, key.m_realPath.rfind(L'\\'));
-    if (!parent.m_realPath.empty() && !EqualNoCase(above, parent.m_realPath)) key.m_bBehindLink = true;
+    if (key.m_strRealPath.empty()) return true;
+    const std::wstring_view above = std::wstring_view(key.m_strRealPath).substr(0, key.m_strRealPath.rfind(L'\\'));
+    if (!parent.m_strRealPath.empty() && !EqualNoCase(above, parent.m_strRealPath)) key.m_bBehindLink = true;
     if (!key.m_bBehindLink) return true;
     for (const COpenKey* level = &parent; level != nullptr; level = level->m_pParent) {
-        if (EqualNoCase(level->m_realPath, key.m_realPath)) return false;
+        if (EqualNoCase(level->m_strRealPath, key.m_strRealPath)) return false;
     }
     if (++m_nBehindLinks <= kMostKeysBehindLinks) return true;
     if (m_problems.empty()) {

@@ -42,9 +42,9 @@ private:
 
 [Software\\Contract\\beta] 1700000000
 )"};
-    std::string m_own = m_prefix.MakeFolder("drive_c/Own");
+    std::string m_strOwn = m_prefix.MakeFolder("drive_c/Own");
     std::unique_ptr<CHostedMachine> m_pMachine = MakePrefix(m_prefix.GetPath());
-    std::unique_ptr<CHost> m_pHost = MakeHostedHost(m_pMachine->GetPaths(), m_own);
+    std::unique_ptr<CHost> m_pHost = MakeHostedHost(m_pMachine->GetPaths(), m_strOwn);
 };
 
 class CVolumeContract : public CContractMachine {

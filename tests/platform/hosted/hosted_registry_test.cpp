@@ -185,7 +185,7 @@ TEST_F(HostedRegistry, NamesThatDifferInCaseAloneAreOpenedExactly) {
     CRegfWriter writer;
     for (const char* const name : {"KEY", "Key", "key"}) {
         writer.GetRoot().m_subkeys.push_back(std::make_unique<CRegfWriter::CKey>());
-        writer.GetRoot().m_subkeys.back()->m_name = name;
+        writer.GetRoot().m_subkeys.back()->m_strName = name;
         writer.GetRoot().m_subkeys.back()->Set("is", REG_BINARY, name);
     }
     CNotice problem;

@@ -57,7 +57,7 @@ std::string U32Bytes(std::uint64_t number, std::size_t size = 4) {
 // A small hive: \Apps\{Alpha,Beta}, two values each.
 CRegfWriter MakeSmall() {
     CRegfWriter writer;
-    writer.GetRoot().m_name = "ROOT";
+    writer.GetRoot().m_strName = "ROOT";
     for (const char* const name : {"Alpha", "Beta"}) {
         CRegfWriter::CKey& key = writer.GetRoot().Make("Apps\\"s + name);
         key.Set("First", REG_BINARY, "123456");
@@ -106,7 +106,7 @@ TEST(RegfHive, EveryVersionAndKindOfListSaysTheSame) {
         for (const char* const kind : {"li", "lf", "lh"}) {
             for (const std::size_t largest : {2U, 507U}) {
                 writer.m_nMinorVersion = version;
-                writer.m_listKind = kind;
+                writer.m_strListKind = kind;
                 writer.m_nLargestList = largest;
                 EXPECT_EQ(ListAll(writer.Build()), expected) << version << " " << kind << " " << largest;
             }
@@ -120,7 +120,7 @@ TEST(RegfHive, NamesThatDifferStayApart) {
     const Lines names = {"a", "a\0b"s, "caf\u00E9", "\u65E5\u672C", "\U0001F600", "\xED\xA0\xBD", "\xED\xB8\x80"};
     for (const std::string& name : names) {
         writer.GetRoot().m_subkeys.push_back(std::make_unique<CRegfWriter::CKey>());
-        writer.GetRoot().m_subkeys.back()->m_name = name;
+        writer.GetRoot().m_subkeys.back()->m_strName = name;
         writer.GetRoot().Set(name, REG_SZ, ToUtf16(name + '\0'));
     }
     const auto hive = Open(writer.Build());

@@ -18,7 +18,7 @@ const std::string kStart = "WINE REGISTRY Version 2\n;; All keys relative to REG
 struct CReading {
     std::vector<std::string> m_lines;
     std::size_t m_nProblems = 0;
-    std::string m_problem;
+    std::string m_strProblem;
     bool m_bCut = false;
 };
 
@@ -42,7 +42,7 @@ CReading Read(std::string_view text) {
         }
     }
     reading.m_nProblems = reader.GetProblemCount();
-    reading.m_problem = reader.GetProblem();
+    reading.m_strProblem = reader.GetProblem();
     reading.m_bCut = reader.IsCut();
     return reading;
 }
@@ -51,7 +51,7 @@ CReading Read(std::string_view text) {
 TEST(RegistryText, ValuesAreGivenAsTheAnsiCallsGiveThem) {
     struct {
         std::string_view m_line;
-        std::string m_name;
+        std::string m_strName;
         std::uint32_t m_dwType;
         std::string m_data;
     } const cases[] = {
@@ -107,7 +107,7 @@ TEST(RegistryText, ValuesAreGivenAsTheAnsiCallsGiveThem) {
             CRegistryText::CValue value;
             ASSERT_TRUE(reader.NextKey(key));
             ASSERT_TRUE(reader.NextValue(value));
-            EXPECT_EQ(value.m_name, test.m_name);
+            EXPECT_EQ(value.m_name, test.m_strName);
             EXPECT_EQ(value.m_dwType, test.m_dwType);
             EXPECT_EQ(value.m_data, test.m_data);
             ASSERT_TRUE(reader.NextValue(value));
@@ -158,7 +158,7 @@ TEST(RegistryText, KeysComeWithTheirPathAndLink) {
         SCOPED_TRACE(test.m_section);
         const CReading reading = Read(kStart + std::string(test.m_section) + "\n\n[Next]\n");
         EXPECT_EQ(reading.m_lines, (std::vector<std::string>{std::string(test.m_expected), "[Next]"}));
-        EXPECT_EQ(reading.m_problem, "");
+        EXPECT_EQ(reading.m_strProblem, "");
     }
 }
 
@@ -233,7 +233,7 @@ TEST(RegistryText, OtherFilesAreRefused) {
 // The line goes, its neighbours stay, and the first such line is named.
 TEST(RegistryText, ALineThatCannotBeReadIsNotedAndSkipped) {
     struct {
-        std::string m_line;
+        std::string m_strLine;
         std::string_view m_problem;
     } const cases[] = {
         {"\"bad\"=\"text", "line 8: a value without a closing quotation mark"},
@@ -258,14 +258,14 @@ TEST(RegistryText, ALineThatCannotBeReadIsNotedAndSkipped) {
         {"[bad\n\"lost\"=\"with its key\"\n[Key]", "line 8: a key without a closing bracket"},
     };
     for (const auto& test : cases) {
-        SCOPED_TRACE(test.m_line);
+        SCOPED_TRACE(test.m_strLine);
         const CReading reading =
-            Read(kStart + "[Key]\n\"before\"=\"1\"\n" + test.m_line + "\n\"after\"=\"2\"\n[Next]\n");
+            Read(kStart + "[Key]\n\"before\"=\"1\"\n" + test.m_strLine + "\n\"after\"=\"2\"\n[Next]\n");
         std::vector<std::string> lines = reading.m_lines;
         if (lines.size() == 5) lines.erase(lines.begin() + 2);  // where the key line is doubled
         EXPECT_EQ(lines, (std::vector<std::string>{"[Key]", "Key: before (1) 1~", "Key: after (1) 2~", "[Next]"}));
         EXPECT_EQ(reading.m_nProblems, 1U);
-        EXPECT_EQ(reading.m_problem, test.m_problem);
+        EXPECT_EQ(reading.m_strProblem, test.m_problem);
         EXPECT_FALSE(reading.m_bCut);
     }
 }
@@ -275,7 +275,7 @@ TEST(RegistryText, WhatIsTooMuchIsNotedAndTheRestGiven) {
     const CReading reading = Read("WINE REGISTRY Version 2\n\"early\"=hex:01,\\\n  02\n[Key] 1x\n\"a\"=\"b\"\"c\"\n");
     EXPECT_EQ(reading.m_lines, (std::vector<std::string>{"[Key]", "Key: a (1) b~"}));
     EXPECT_EQ(reading.m_nProblems, 3U);
-    EXPECT_EQ(reading.m_problem, "line 2: a value in front of the first key");
+    EXPECT_EQ(reading.m_strProblem, "line 2: a value in front of the first key");
 }
 
 // One of everything; no two lines are equal. Each element is a line, with those that its bytes go on in.
@@ -334,11 +334,11 @@ TEST(RegistryText, EveryCutIsNoticed) {
             EXPECT_TRUE(all[i].starts_with(lines[i])) << lines[i];
         }
     }
-    EXPECT_EQ(Read(kStart + "[Key]\n\"a\"=hex:01,02").m_problem, "line 7: the text ends inside a value");
-    EXPECT_EQ(Read(kStart + "[Key]\n\"a\"=hex:01,\\\n").m_problem, "line 7: the text ends inside a value");
-    EXPECT_EQ(Read(kStart + "[Key]\n\"a\"=dword:0000").m_problem, "line 7: the text ends inside a value");
-    EXPECT_EQ(Read(kStart + "[Key").m_problem, "line 6: the text ends inside a key line");
-    EXPECT_EQ(Read(kStart + "[Key] 12").m_problem, "line 6: the last line has no end");
+    EXPECT_EQ(Read(kStart + "[Key]\n\"a\"=hex:01,02").m_strProblem, "line 7: the text ends inside a value");
+    EXPECT_EQ(Read(kStart + "[Key]\n\"a\"=hex:01,\\\n").m_strProblem, "line 7: the text ends inside a value");
+    EXPECT_EQ(Read(kStart + "[Key]\n\"a\"=dword:0000").m_strProblem, "line 7: the text ends inside a value");
+    EXPECT_EQ(Read(kStart + "[Key").m_strProblem, "line 6: the text ends inside a key line");
+    EXPECT_EQ(Read(kStart + "[Key] 12").m_strProblem, "line 6: the last line has no end");
 }
 
 // Any byte of any line may be replaced: the values of all other lines come through unchanged.
@@ -390,7 +390,7 @@ TEST(RegistryText, RandomDamageIsNeverACrash) {
         }
         const CReading reading = Read(text);
         EXPECT_LE(reading.m_lines.size() + reading.m_nProblems, text.size());
-        EXPECT_EQ(reading.m_nProblems == 0, reading.m_problem.empty());
+        EXPECT_EQ(reading.m_nProblems == 0, reading.m_strProblem.empty());
     }
 }
 

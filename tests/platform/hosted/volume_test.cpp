@@ -16,23 +16,23 @@ using Lines = std::vector<CString>;
 
 // A volume with the folders of that Windows, and one account, Anna.
 struct CLayout {
-    std::string m_windows = "Windows";
-    std::string m_users = "Users";
-    std::string m_config = "System32/config";
-    std::string m_userHive = "NTUSER.DAT";
+    std::string m_strWindows = "Windows";
+    std::string m_strUsers = "Users";
+    std::string m_strConfig = "System32/config";
+    std::string m_strUserHive = "NTUSER.DAT";
 };
 
 class CVolume : public CTemporaryFolder {
 public:
     explicit CVolume(CLayout layout = {}) : m_layout(std::move(layout)) {
         auto& version = m_software.GetRoot().Make("Microsoft\\Windows NT\\CurrentVersion");
-        SetText(version, "SystemRoot", "C:\\" + m_layout.m_windows);
+        SetText(version, "SystemRoot", "C:\\" + m_layout.m_strWindows);
         SetText(version, "CurrentVersion", "5.0");
         SetText(version, "CurrentBuildNumber", "2195");
         auto& profiles = version.Make("ProfileList");
-        SetText(profiles, "ProfilesDirectory", "%SystemDrive%\\" + m_layout.m_users);
+        SetText(profiles, "ProfilesDirectory", "%SystemDrive%\\" + m_layout.m_strUsers);
         SetText(profiles, "AllUsersProfile", "All Users");
-        SetText(profiles.Make("S-1-5-21-1-2-3-1001"), "ProfileImagePath", "C:\\" + m_layout.m_users + "\\Anna");
+        SetText(profiles.Make("S-1-5-21-1-2-3-1001"), "ProfileImagePath", "C:\\" + m_layout.m_strUsers + "\\Anna");
         SetText(m_software.GetRoot().Make("Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders"),
                 "Common AppData", "%ALLUSERSPROFILE%\\Application Data");
         SetText(m_software.GetRoot().Make("Classes\\.a"), "", "machine");
@@ -58,13 +58,13 @@ public:
         Write(Config("SYSTEM"), m_system.Build());
         Write(Config("SAM"), CRegfWriter().Build());
         Write(Config("SECURITY"), CRegfWriter().Build());
-        Write(Account() + "/" + m_layout.m_userHive, m_user.Build());
+        Write(Account() + "/" + m_layout.m_strUserHive, m_user.Build());
         Write(Account() + "/AppData/Local/Microsoft/Windows/UsrClass.dat", m_classes.Build());
     }
     std::string Config(const std::string& name) const {
-        return m_layout.m_windows + "/" + m_layout.m_config + "/" + name;
+        return m_layout.m_strWindows + "/" + m_layout.m_strConfig + "/" + name;
     }
-    std::string Account() const { return m_layout.m_users + "/Anna"; }
+    std::string Account() const { return m_layout.m_strUsers + "/Anna"; }
 
     CLayout m_layout;
     CRegfWriter m_software;
@@ -135,21 +135,21 @@ TEST_F(Volume, IsFoundInEverySpelling) {
         {"WINDOWS", "USERS", "SYSTEM32/CONFIG", "ntuser.DAT"},
     };
     for (const CLayout& layout : kLayouts) {
-        SCOPED_TRACE(layout.m_users);
+        SCOPED_TRACE(layout.m_strUsers);
         const CVolume volume(layout);
         CHostedMachine& machine = Open(volume);
         EXPECT_TRUE(machine.IsPresent());
-        std::string users = layout.m_users;
+        std::string users = layout.m_strUsers;
         std::replace(users.begin(), users.end(), '/', '\\');
         EXPECT_EQ(User(), "Anna");
-        EXPECT_EQ(machine.GetWindowsDirectory(), "C:\\" + layout.m_windows);
-        EXPECT_EQ(machine.GetSystemDirectory(), "C:\\" + layout.m_windows + "\\System32");
+        EXPECT_EQ(machine.GetWindowsDirectory(), "C:\\" + layout.m_strWindows);
+        EXPECT_EQ(machine.GetSystemDirectory(), "C:\\" + layout.m_strWindows + "\\System32");
         EXPECT_EQ(machine.GetTempPath(), "C:\\" + users + "\\Anna\\Temp\\");
         EXPECT_EQ(ComputerName(), "BENCH") << "of the control set in use";
         EXPECT_EQ(machine.GetVersion().m_dwMajorVersion, 5U);
         EXPECT_EQ(machine.GetVersion().m_dwBuildNumber, 2195U);
         EXPECT_EQ(Folder(5), "C:\\" + users + "\\Anna\\Papers");
-        EXPECT_EQ(Folder(35), "C:\\" + layout.m_users + "\\All Users\\Application Data");
+        EXPECT_EQ(Folder(35), "C:\\" + layout.m_strUsers + "\\All Users\\Application Data");
         EXPECT_EQ(machine.GetLogicalDrives(), 4U) << "the whole volume is drive C:";
         EXPECT_TRUE(machine.TakeNotices().empty());
     }

@@ -32,9 +32,9 @@ public:
         const ::FILETIME time{static_cast<DWORD>(kContractTime), static_cast<DWORD>(kContractTime >> 32)};
         SetFileTime(alpha, nullptr, nullptr, &time);
         CloseHandle(alpha);
-        RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_key.c_str());
+        RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_strKey.c_str());
         ::HKEY key = nullptr;
-        RegCreateKeyExW(SystemKey(HKEY_CURRENT_USER), m_key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+        RegCreateKeyExW(SystemKey(HKEY_CURRENT_USER), m_strKey.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
                         nullptr);
         SetText(key, L"", REG_SZ, L"unnamed");
         RegSetValueExA(key, "Binary", 0, REG_BINARY, reinterpret_cast<const BYTE*>("\0\1\xFF"), 3);
@@ -51,20 +51,20 @@ public:
         RegCloseKey(below);
         RegCloseKey(key);
     }
-    ~CWin32Contract() override { RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_key.c_str()); }
+    ~CWin32Contract() override { RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), m_strKey.c_str()); }
 
     CMachine& Get() override { return *m_pMachine; }
     CHost& GetHost() override { return *m_pHost; }
     CString GetFolder() const override { return Slashed("files"); }
     CString GetOwnFolder() const override { return Slashed("own"); }
     CString GetLineEnd() const override { return "\r\n"; }
-    CString GetKeyName() const override { return Narrow(m_key.substr(m_key.rfind(L'\\') + 1)); }
+    CString GetKeyName() const override { return Narrow(m_strKey.substr(m_strKey.rfind(L'\\') + 1)); }
 
 private:
     CString Slashed(std::string_view below) const { return m_folder.GetPath() + "\\" + CString(below); }
 
     // Several tests run at a time, and there is one registry.
-    std::wstring m_key = L"Software\\Contract " + std::to_wstring(GetCurrentProcessId());
+    std::wstring m_strKey = L"Software\\Contract " + std::to_wstring(GetCurrentProcessId());
     CTemporaryFolder m_folder;
     const std::unique_ptr<CMachine> m_pMachine = MakeMachine();
     const std::unique_ptr<CHost> m_pHost = MakeHost(Slashed("own"));

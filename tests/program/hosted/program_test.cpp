@@ -19,13 +19,13 @@ const std::string CProgramTest::kSeparator = "/";
 
 int CProgramTest::Run(const std::string& arguments, const std::string& environment) {
     const CPrefix prefix;  // of a test that has none of its own
-    const std::string command = "cd " + m_home.GetPath() +
-                                " || exit; env -u WINEPREFIX DELVANE_HOME=" + m_home.GetPath() +
-                                " DELVANE_MACHINE=" + (m_machine.empty() ? prefix.GetPath() : m_machine) + " TZ=UTC " +
-                                environment + " '" + m_program + "' " + arguments + " >stdout 2>stderr </dev/null";
+    const std::string command =
+        "cd " + m_home.GetPath() + " || exit; env -u WINEPREFIX DELVANE_HOME=" + m_home.GetPath() +
+        " DELVANE_MACHINE=" + (m_strMachine.empty() ? prefix.GetPath() : m_strMachine) + " TZ=UTC " + environment +
+        " '" + m_strProgram + "' " + arguments + " >stdout 2>stderr </dev/null";
     const int status = std::system(command.c_str());
-    m_output = m_home.Read("stdout");
-    m_errors = m_home.Read("stderr");
+    m_strOutput = m_home.Read("stdout");
+    m_strErrors = m_home.Read("stderr");
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
@@ -35,19 +35,19 @@ namespace fs = std::filesystem;
 
 class HostedProgram : public CProgramTest {
 protected:
-    HostedProgram() { m_machine = m_prefix.GetPath(); }
+    HostedProgram() { m_strMachine = m_prefix.GetPath(); }
 
     CPrefix m_prefix;
 };
 
 TEST_F(HostedProgram, SnapshotInstallSnapshotReport) {
     EXPECT_EQ(Run("/s /bc:Before"), 0);
-    EXPECT_EQ(m_output + m_errors, "");
+    EXPECT_EQ(m_strOutput + m_strErrors, "");
     m_prefix.Write("drive_c/Program Files/App/app.exe", MakeImage(EImageKind::Pe64, {{}, "1.2"}));
     m_prefix.Write("drive_c/windows/old.dll", MakeImage(EImageKind::Ne));
     m_prefix.Write("drive_c/CONFIG.SYS", "x");
     EXPECT_EQ(Run("/s /b:Before /cc:After /g"), 1);
-    EXPECT_EQ(m_output + m_errors, "");
+    EXPECT_EQ(m_strOutput + m_strErrors, "");
     const std::string page = m_home.Read("Results/After - Before.htm");
     for (const char* part : {"<TR><TD><A HREF=\"#FileAdd\">Files Added:</A></TD><TD>3</TD></TR>", "app.exe</TD>",
                              " - 32-bit</TD><TD> - v.1.2<", "16-bit Executable Installed",
@@ -84,10 +84,10 @@ TEST_F(HostedProgram, NoFailedCallIsSilent) {
                                        " FAIL_WITH=5 FAIL_AT=" + std::to_string(at));
             if (!fs::exists(told)) break;
             ++faults;
-            SCOPED_TRACE(std::string(call) + " " + std::to_string(at) + ": " + m_errors);
+            SCOPED_TRACE(std::string(call) + " " + std::to_string(at) + ": " + m_strErrors);
             EXPECT_TRUE(code == 0 || code == 4 || code == 64) << code;
             EXPECT_TRUE(code == 0 || m_home.Read("Results/Snap.dvs") == "earlier");
-            EXPECT_TRUE(!m_errors.empty() || contents("Snap") == whole);
+            EXPECT_TRUE(!m_strErrors.empty() || contents("Snap") == whole);
             for (const auto& entry : fs::directory_iterator(m_home / "Results"))
                 EXPECT_NE(entry.path().extension(), ".tmp");
             fs::remove(m_home / "Results/Snap.gaps.jsonl");
@@ -130,14 +130,14 @@ TEST_F(HostedProgram, RunningOutOfDescriptorsIsAFailedCapture) {
     const std::string good = m_home.Read("Results/a.dvs");
     m_prefix.MakeFolder("drive_c/1/2/3/4/5/6/7/8/9/10/11/12/13/14/15/16/17/18/19/20");
     EXPECT_EQ(Run("/s /bc:a", "prlimit --nofile=16"), 4);
-    EXPECT_EQ(Lines(m_errors), 1) << m_errors;
+    EXPECT_EQ(Lines(m_strErrors), 1) << m_strErrors;
     EXPECT_EQ(m_home.Read("Results/a.dvs"), good);
 }
 
 TEST_F(HostedProgram, EachVariableChoosesThePrefix) {
-    EXPECT_EQ(Run("/s /bc:a", "DELVANE_MACHINE= WINEPREFIX=" + m_prefix.GetPath()), 0) << m_errors;
+    EXPECT_EQ(Run("/s /bc:a", "DELVANE_MACHINE= WINEPREFIX=" + m_prefix.GetPath()), 0) << m_strErrors;
     fs::create_directory_symlink(m_prefix.GetPath(), m_home / ".wine");
-    EXPECT_EQ(Run("/s /cc:b", "DELVANE_MACHINE= HOME=" + m_home.GetPath()), 0) << m_errors;
+    EXPECT_EQ(Run("/s /cc:b", "DELVANE_MACHINE= HOME=" + m_home.GetPath()), 0) << m_strErrors;
     EXPECT_EQ(Run("/s /b:a /c:b /g"), 1);
     const std::string page = m_home.Read("Results/b - a.htm");
     EXPECT_NE(page.find("<TR><TD>Files Changed:</TD><TD>0</TD></TR>"), std::string::npos) << "the same machine";
@@ -179,7 +179,7 @@ TEST_F(HostedProgram, NestedClaimsTakeNoMemory) {
     rusage usage{};
     getrusage(RUSAGE_CHILDREN, &usage);
     EXPECT_LT(usage.ru_maxrss, 400 * 1024) << "kilobytes; with every claim believed it would take two gigabytes";
-    EXPECT_NE(m_errors.find("cut off at byte"), std::string::npos) << m_errors;
+    EXPECT_NE(m_strErrors.find("cut off at byte"), std::string::npos) << m_strErrors;
 }
 
 TEST_F(HostedProgram, TheDeepestWalkCanBeLoadedAgain) {
@@ -190,8 +190,8 @@ TEST_F(HostedProgram, TheDeepestWalkCanBeLoadedAgain) {
         fs::current_path("d");
     }
     fs::current_path(before);
-    EXPECT_EQ(Run("/s /bc:deep"), 0) << m_errors;
-    EXPECT_EQ(Run("/s /b:deep"), 0) << m_errors;
+    EXPECT_EQ(Run("/s /bc:deep"), 0) << m_strErrors;
+    EXPECT_EQ(Run("/s /b:deep"), 0) << m_strErrors;
 }
 
 TEST_F(HostedProgram, WithoutAMachineTwoSnapshotsStillCompare) {
@@ -199,7 +199,7 @@ TEST_F(HostedProgram, WithoutAMachineTwoSnapshotsStillCompare) {
     m_prefix.Write("drive_c/new.txt", "x");
     ASSERT_EQ(Run("/s /cc:b"), 0);
     EXPECT_EQ(Run("/s /b:a /c:b /g", "DELVANE_MACHINE= HOME=/nowhere"), 3);
-    EXPECT_EQ(m_errors, "");
+    EXPECT_EQ(m_strErrors, "");
     EXPECT_NE(m_home.Read("Results/b - a.htm").find("new.txt"), std::string::npos);
 }
 
@@ -219,8 +219,8 @@ TEST_F(HostedProgram, ResultsMayStandInAnyFolderOfTheHost) {
 // Even where its bin can be written to, as it can for root.
 TEST_F(HostedProgram, AnInstallationKeepsNothingBesideTheProgram) {
     m_home.MakeFolder("usr/bin");
-    m_program = m_home / "usr/bin/delvane";
-    fs::copy_file(DELVANE_PROGRAM, m_program);
+    m_strProgram = m_home / "usr/bin/delvane";
+    fs::copy_file(DELVANE_PROGRAM, m_strProgram);
     const std::string ownFiles = "DELVANE_HOME= XDG_DATA_HOME=" + m_home.GetPath() + "/data";
     EXPECT_EQ(Run("/s /bc:a", ownFiles), 0);
     EXPECT_TRUE(m_home.Exists("usr/bin/Results/a.dvs")) << "a program by itself keeps its files together";
@@ -234,14 +234,14 @@ TEST_F(HostedProgram, AnInstallationKeepsNothingBesideTheProgram) {
 
 TEST_F(HostedProgram, AModuleThatCannotBeLoadedIsToldAndNotTheOneThatIsNotThere) {
     m_home.MakeFolder("usr/bin");
-    m_program = m_home / "usr/bin/delvane";
-    fs::copy_file(DELVANE_PROGRAM, m_program);
+    m_strProgram = m_home / "usr/bin/delvane";
+    fs::copy_file(DELVANE_PROGRAM, m_strProgram);
     EXPECT_EQ(Run("", "QT_QPA_PLATFORM=offscreen"), 32);
-    EXPECT_NE(m_errors.find("delvane-qt.so is missing beside the program"), std::string::npos) << m_errors;
+    EXPECT_NE(m_strErrors.find("delvane-qt.so is missing beside the program"), std::string::npos) << m_strErrors;
     m_home.Write("usr/lib/delvane/delvane-qt.so", "no module");
     EXPECT_EQ(Run("", "QT_QPA_PLATFORM=offscreen"), 32);
-    EXPECT_NE(m_errors.find("lib/delvane/delvane-qt.so: file too short"), std::string::npos) << m_errors;
-    EXPECT_EQ(Lines(m_errors), 1) << m_errors;
+    EXPECT_NE(m_strErrors.find("lib/delvane/delvane-qt.so: file too short"), std::string::npos) << m_strErrors;
+    EXPECT_EQ(Lines(m_strErrors), 1) << m_strErrors;
 }
 
 }  // namespace

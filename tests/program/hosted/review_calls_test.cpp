@@ -10,7 +10,7 @@ namespace fs = std::filesystem;
 class ReviewCalls : public CProgramTest {
 protected:
     ReviewCalls() {
-        m_machine = m_prefix.GetPath();
+        m_strMachine = m_prefix.GetPath();
         EXPECT_EQ(Run("/s /bc:Before"), 0);
         m_prefix.Write("drive_c/new.txt", "x");
         EXPECT_EQ(Run("/s /cc:After"), 0);
@@ -25,16 +25,16 @@ TEST_F(ReviewCalls, AReviewWritesItsFilesAndGatesByItsExitCode) {
          {".review.html", ".review.jsonl", ".sarif", ".junit.xml", ".review.md", ".undo.reg", ".redo.reg"}) {
         EXPECT_TRUE(m_home.Exists(std::string("new/out/After - Before") + ending)) << ending;
     }
-    EXPECT_NE(m_output.find("wrote " + m_home.GetPath() + "/new/out/After - Before.redo.reg\n"), std::string::npos);
-    EXPECT_EQ(m_errors, "");
+    EXPECT_NE(m_strOutput.find("wrote " + m_home.GetPath() + "/new/out/After - Before.redo.reg\n"), std::string::npos);
+    EXPECT_EQ(m_strErrors, "");
     EXPECT_EQ(Run("review Before After --write none --draft draft.toml --quiet"), 1);
-    EXPECT_EQ(m_output + m_errors, "");
+    EXPECT_EQ(m_strOutput + m_strErrors, "");
     std::string draft = m_home.Read("draft.toml");
     for (std::size_t at = 0; (at = draft.find("\"\"\n", at)) != std::string::npos;)
         draft.replace(at, 2, "\"r\"");
     m_home.Write("filled.toml", draft + "[[accept]]\npath = 'C:\\never'\nreason = 'r'\n");
     EXPECT_EQ(Run("review Before After --write none --fail-on change --accept filled.toml --quiet"), 0);
-    EXPECT_TRUE(m_errors.ends_with(": C:\\never: fits nothing\n")) << m_errors;
+    EXPECT_TRUE(m_strErrors.ends_with(": C:\\never: fits nothing\n")) << m_strErrors;
 }
 
 TEST_F(ReviewCalls, AWrongCallWritesNothing) {
@@ -56,8 +56,8 @@ TEST_F(ReviewCalls, AWrongCallWritesNothing) {
     };
     for (const auto& [arguments, sentence] : kCases) {
         EXPECT_EQ(Run(arguments), 2) << arguments;
-        EXPECT_EQ(m_errors.substr(0, std::string(sentence).size()), sentence);
-        EXPECT_EQ(m_output, "");
+        EXPECT_EQ(m_strErrors.substr(0, std::string(sentence).size()), sentence);
+        EXPECT_EQ(m_strOutput, "");
     }
     for (const char* const made : {"Results", "out", "delvane.cfg"})
         EXPECT_FALSE(m_home.Exists(made)) << made;
@@ -79,8 +79,8 @@ TEST_F(ReviewCalls, WhatCannotBeReadOrWrittenIsToldInOneSentence) {
     };
     for (const auto& [arguments, sentence] : kCases) {
         EXPECT_EQ(Run(arguments), 3) << arguments;
-        EXPECT_EQ(m_errors.substr(0, sentence.size() + 9), "delvane: " + sentence);
-        EXPECT_EQ(std::count(m_errors.begin(), m_errors.end(), '\n'), 1);
+        EXPECT_EQ(m_strErrors.substr(0, sentence.size() + 9), "delvane: " + sentence);
+        EXPECT_EQ(std::count(m_strErrors.begin(), m_strErrors.end(), '\n'), 1);
     }
     EXPECT_FALSE(m_home.Exists("nowhere"));
 }
@@ -88,11 +88,11 @@ TEST_F(ReviewCalls, WhatCannotBeReadOrWrittenIsToldInOneSentence) {
 TEST_F(ReviewCalls, SnapshotsAreListedAndExported) {
     m_home.Write("Results/Other.dvs", "no snapshot");
     EXPECT_EQ(Run("list"), 0);
-    EXPECT_EQ(std::count(m_output.begin(), m_output.end(), '\n'), 3) << m_output;
-    EXPECT_NE(m_errors.find("Other.dvs: this is no snapshot file"), std::string::npos);
+    EXPECT_EQ(std::count(m_strOutput.begin(), m_strOutput.end(), '\n'), 3) << m_strOutput;
+    EXPECT_NE(m_strErrors.find("Other.dvs: this is no snapshot file"), std::string::npos);
     EXPECT_EQ(Run("export After"), 0);
-    EXPECT_TRUE(m_output.starts_with("{\"record\":\"snapshot\",\"version\":1,"));
-    EXPECT_NE(m_output.find("\n{\"record\":\"end\",\"drive\":1,"), std::string::npos);
+    EXPECT_TRUE(m_strOutput.starts_with("{\"record\":\"snapshot\",\"version\":1,"));
+    EXPECT_NE(m_strOutput.find("\n{\"record\":\"end\",\"drive\":1,"), std::string::npos);
 }
 
 }  // namespace

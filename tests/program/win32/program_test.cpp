@@ -24,7 +24,7 @@ int CProgramTest::Run(const std::string& arguments, const std::string&) {
     startup.hStdOutput = output.get();
     startup.hStdError = errors.get();
     PROCESS_INFORMATION process{};
-    std::string command = "\"" + m_program + "\" " + arguments;
+    std::string command = "\"" + m_strProgram + "\" " + arguments;
     SetVariable("DELVANE_HOME", m_home.GetPath().c_str());
     const BOOL started =
         CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &process);
@@ -35,8 +35,8 @@ int CProgramTest::Run(const std::string& arguments, const std::string&) {
     WaitForSingleObject(running.get(), INFINITE);
     DWORD code = 0;
     GetExitCodeProcess(running.get(), &code);
-    m_output = m_home.Read("stdout");
-    m_errors = m_home.Read("stderr");
+    m_strOutput = m_home.Read("stdout");
+    m_strErrors = m_home.Read("stderr");
     return static_cast<int>(code);
 }
 
@@ -47,8 +47,8 @@ using Win32Program = CProgramTest;
 TEST_F(Win32Program, SnapshotChangeSnapshotReport) {
     // Drives and the large hives have tests of their own.
     const std::string reads = " /dg:HD- /r:hklm- /r:hkcr-";
-    EXPECT_EQ(Run("/s /bc:Before" + reads), 0) << m_errors;
-    EXPECT_EQ(m_output + m_errors, "");
+    EXPECT_EQ(Run("/s /bc:Before" + reads), 0) << m_strErrors;
+    EXPECT_EQ(m_strOutput + m_strErrors, "");
     const ::HKEY user = SystemKey(HKEY_CURRENT_USER);
     ::HKEY key = nullptr;
     // Several tests run at a time, and there is one registry.
@@ -56,9 +56,9 @@ TEST_F(Win32Program, SnapshotChangeSnapshotReport) {
     RegCreateKeyExA(user, name.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
     RegSetValueExA(key, "Path", 0, REG_SZ, reinterpret_cast<const BYTE*>("C:\\New"), 7);
     RegCloseKey(key);
-    EXPECT_EQ(Run("/s /b:Before \"/cc:After it\"" + reads + " /g"), 1) << m_errors;
+    EXPECT_EQ(Run("/s /b:Before \"/cc:After it\"" + reads + " /g"), 1) << m_strErrors;
     RegDeleteTreeA(user, name.c_str());
-    EXPECT_EQ(m_output + m_errors, "");
+    EXPECT_EQ(m_strOutput + m_strErrors, "");
     const std::string page = m_home.Read("Results/After it - Before.htm");
     EXPECT_NE(page.find(name), std::string::npos);
     EXPECT_EQ(m_home.Read("delvane.cfg").size(), 40U);
@@ -69,7 +69,7 @@ TEST_F(Win32Program, ANameThatTheSystemRefusesIsNamed) { RunFailing("/s \"/bc:a?
 
 TEST_F(Win32Program, AFileIsNoFolderOfResults) {
     EXPECT_EQ(Run("/s /bc:a /res:C:\\windows\\win.ini" + kReads), 0);
-    EXPECT_EQ(Lines(m_errors), 1) << m_errors;
+    EXPECT_EQ(Lines(m_strErrors), 1) << m_strErrors;
     EXPECT_TRUE(m_home.Exists("a.dvs"));
 }
 
