@@ -30,8 +30,6 @@ static_assert(sizeof(CDelvFileObj) <= 72,
 class CDelvDirObj : public CDelvFileObj {
 public:
     CDelvDirObj(CDelvObj* parent, CArena& arena) : CDelvFileObj(parent), m_subdirs(arena), m_files(arena) {}
-    CDelvDirObj(CDelvObj* parent, CArena& arena, CTextRef name)
-        : CDelvFileObj(parent, name), m_subdirs(arena), m_files(arena) {}
     CDelvDirObj(CDelvObj* parent, CArena& arena, CTextRef name, const CFileWords& words)
         : CDelvFileObj(parent, name, words), m_subdirs(arena), m_files(arena) {}
 

@@ -136,15 +136,15 @@ public:
     virtual ~CRegistry() = default;
 
     // Begins a walk over one hive.
-    virtual void BeginWalk() = 0;
+    virtual void BeginWalk() { m_nBehindLinks = 0; }
     // What was found wrong so far.
     virtual std::vector<CNotice> GetProblems() const = 0;
 
-    // Each but RegCloseKey gives a Win32 error number. Text is in the code page, data
-    // of the types REG_SZ, REG_EXPAND_SZ and REG_MULTI_SZ too. A key is opened by the name of one level, no path. A
-    // name's room needs a byte more for a NUL. A key that stands for something else than itself (performance data)
-    // cannot be opened. ERROR_MORE_DATA where a room is too small; RegQueryValueEx takes a null room for a question
-    // after the size alone, and gives the size either way.
+    // Each but RegCloseKey gives a Win32 error number. Text is in the code page, data of the types REG_SZ,
+    // REG_EXPAND_SZ and REG_MULTI_SZ too. A key is opened by the name of one level, no path. A name's room needs a byte
+    // more for a NUL. A key that stands for something else than itself (performance data) cannot be opened.
+    // ERROR_MORE_DATA where a room is too small; RegQueryValueEx takes a null room for a question after the size alone,
+    // and gives the size either way.
     virtual std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) = 0;
     virtual void RegCloseKey(HKEY key) = 0;
     virtual std::uint32_t RegQueryInfoKey(HKEY key, CKeyInfo& info);
@@ -153,6 +153,11 @@ public:
     virtual std::uint32_t RegQueryValueEx(HKEY key, std::string_view name, std::uint32_t* type, CRoom& data) = 0;
 
 protected:
+    // Links that fan out show the same keys again and again, exponentially at worst. Real machines have some ten
+    // thousand keys behind links, and show their hives once or twice.
+    static constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 19;
+    std::size_t m_nBehindLinks = 0;  // keys that this walk has opened behind links
+
     // What an open key holds, read in one go when it is first asked for, and `anew` if that is wanted. An error number.
     virtual std::uint32_t ReadKey(HKEY key, bool anew, CKeyContents*& contents) = 0;
 };

@@ -21,7 +21,6 @@ class CScriptedRegistry : public CRegistry {
 public:
     explicit CScriptedRegistry(std::string_view text = {});
 
-    void BeginWalk() override {}
     std::vector<CNotice> GetProblems() const override { return {}; }
     std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override;
     void RegCloseKey(HKEY key) override { m_keys.Close(key); }

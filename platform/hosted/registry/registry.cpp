@@ -27,9 +27,7 @@ namespace {
 // A path may lead through links, and these through others, but one look-up comes to an end.
 constexpr unsigned kMostLinks = 32;
 
-// Links that fan out show the same keys again and again, exponentially at worst. Real registries have some thousand
-// keys behind links, and show their hives once or twice.
-constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 19;
+// How often what links show may hold all that the hives hold.
 constexpr std::uint64_t kMostTimesBehindLinks = 8;
 constexpr std::uint64_t kBytesBehindLinksAnyway = 16 << 20;
 

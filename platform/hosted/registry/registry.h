@@ -64,7 +64,10 @@ public:
     std::vector<CString> ListSubkeys(HKEY root, std::string_view path);
     std::size_t GetOpenCount() const { return m_open.GetCount(); }
 
-    void BeginWalk() override { m_nBehindLinks = m_nBytesBehindLinks = 0; }
+    void BeginWalk() override {
+        CRegistry::BeginWalk();
+        m_nBytesBehindLinks = 0;
+    }
     std::vector<CNotice> GetProblems() const override;
     std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override;
     void RegCloseKey(HKEY key) override;
@@ -109,8 +112,7 @@ private:
     COpenKeys<COpenKey> m_open;
     std::map<HKEY, std::unique_ptr<COpenKey>> m_roots;  // open at all times
     CKeyContents m_scratch;
-    std::size_t m_nBehindLinks = 0;         // keys that this walk has opened behind links,
-    std::uint64_t m_nBytesBehindLinks = 0;  // and what they hold
+    std::uint64_t m_nBytesBehindLinks = 0;  // what the keys behind links hold
 };
 
 }  // namespace delvane

@@ -14,10 +14,6 @@
 namespace delvane {
 namespace {
 
-// Links that fan out show the same keys again and again, exponentially at worst. A real machine has some ten thousand
-// keys behind links.
-constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 19;
-
 // The rooms that RegQueryInfoKey asks for count UTF-16 units on some systems, and a character of the code page may take
 // three bytes where UTF-16 has one unit of two.
 constexpr std::uint32_t kBytesOfUnit = 3;
@@ -140,7 +136,6 @@ void COpenKey::ReadEntries(DWORD count, const Take& take, const Grow& grow) {
 
 class CWin32Registry : public CRegistry {
 public:
-    void BeginWalk() override { m_nBehindLinks = 0; }
     std::vector<CNotice> GetProblems() const override { return m_problems; }
     std::uint32_t RegOpenKeyEx(HKEY parent, std::string_view name, HKEY& key) override;
     void RegCloseKey(HKEY key) override;
@@ -153,7 +148,6 @@ private:
 
     COpenKeys<COpenKey> m_keys;
     std::map<HKEY, std::unique_ptr<COpenKey>> m_predefined;  // open at all times
-    std::size_t m_nBehindLinks = 0;                          // keys behind links, in this walk
     std::vector<CNotice> m_problems;
 };
 
