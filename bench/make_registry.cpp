@@ -51,7 +51,7 @@ private:
     }
     static CRegfWriter::CKey& AddKey(CRegfWriter::CKey& parent, std::string name) {
         parent.m_subkeys.push_back(std::make_unique<CRegfWriter::CKey>());
-        parent.m_subkeys.back()->m_name = std::move(name);
+        parent.m_subkeys.back()->m_strName = std::move(name);
         return *parent.m_subkeys.back();
     }
     void AddValues(CRegfWriter::CKey& key, std::uint64_t count) {
@@ -105,7 +105,7 @@ void WriteText(const CRegfWriter::CKey& key, const std::string& path, std::ostre
     if (!key.m_values.empty() || key.m_subkeys.empty()) {
         out << '[' << path << "] 1700000000\n#time=1da1c0a7bd41a00\n";
         for (const CRegfWriter::CValue& value : key.m_values) {
-            out << (value.m_name.empty() ? "@" : '"' + Escaped(value.m_name, '"') + '"') << '=';
+            out << (value.m_strName.empty() ? "@" : '"' + Escaped(value.m_strName, '"') + '"') << '=';
             const std::string text = value.m_data.substr(0, value.m_data.size() - 1);
             char number[16];
             if (value.m_dwType == 1) {
@@ -132,12 +132,12 @@ void WriteText(const CRegfWriter::CKey& key, const std::string& path, std::ostre
         out << '\n';
     }
     for (const auto& subkey : key.m_subkeys)
-        WriteText(*subkey, (path.empty() ? "" : path + "\\\\") + Escaped(subkey->m_name, ']'), out);
+        WriteText(*subkey, (path.empty() ? "" : path + "\\\\") + Escaped(subkey->m_strName, ']'), out);
 }
 
 void SortAll(CRegfWriter::CKey& key) {
     std::sort(key.m_subkeys.begin(), key.m_subkeys.end(),
-              [](const auto& a, const auto& b) { return a->m_name < b->m_name; });
+              [](const auto& a, const auto& b) { return a->m_strName < b->m_strName; });
     for (const auto& subkey : key.m_subkeys)
         SortAll(*subkey);
 }
@@ -189,7 +189,7 @@ int main(int argumentCount, char** arguments) {
         CRegfWriter::CKey& flat = software.GetRoot().Make("Flat");
         for (std::uint64_t i = 0; i < count; ++i) {
             flat.m_subkeys.push_back(std::make_unique<CRegfWriter::CKey>());
-            flat.m_subkeys.back()->m_name = "Key" + std::to_string(1'000'000 + i * 7919 % count);
+            flat.m_subkeys.back()->m_strName = "Key" + std::to_string(1'000'000 + i * 7919 % count);
             flat.m_subkeys.back()->m_values.push_back({"Number", 4, std::string(4, '\1')});
         }
     } else {
