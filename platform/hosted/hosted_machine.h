@@ -38,7 +38,7 @@ public:
 
     void BeginWalk() override;
     CSearchSet& GetSearches() override { return *m_pSearches; }
-    // Between two captures of one run an installation may have changed the files: they are read when it is asked for.
+    // Its files are read anew for a walk where an installation has changed them since the one before.
     CHostedRegistry& GetRegistry() override;
 
     bool MapAndLoad(std::string_view path, CLoadedImage& image) override;
