@@ -10,8 +10,8 @@ namespace delvane {
 
 class CProgramTest : public testing::Test {
 protected:
-    // Runs the program on the machine of this test; its exit code, with what it wrote in m_output and m_errors. The
-    // environment is a shell's, and for a build that a shell runs.
+    // Runs the program on the machine of this test; its exit code, with what it wrote in m_strOutput and m_strErrors.
+    // The environment is a shell's, and for a build that a shell runs.
     int Run(const std::string& arguments, const std::string& environment = {});
     // Runs it where it fails: its exit code, no output, one sentence with these words, no snapshot "never".
     void RunFailing(const std::string& arguments, int code, std::string_view words,
