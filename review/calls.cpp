@@ -142,6 +142,11 @@ void TellIdleEntries(const CAcceptList& list) {
     }
 }
 
+void FlushOutput(const CString& problem = "it could not be written to its end") {
+    std::cout << std::flush;
+    if (!std::cout.good()) throw CCallError(kReviewNoFile, "standard output: write: " + problem);
+}
+
 int RunReview(const CReviewOptions& options) {
     // What can be wrong with a call is found before anything is opened or made.
     const std::vector<CFormat> formats = FormatsOf(options.m_strFormats);
@@ -185,9 +190,7 @@ int RunReview(const CReviewOptions& options) {
         WriteVerdict(review, std::cout);
         for (const CString& path : written)
             std::cout << "wrote " << VisibleText(path) << "\n";
-        std::cout << std::flush;
-        if (!std::cout.good())
-            throw CCallError(kReviewNoFile, "standard output: write: the verdict could not be written");
+        FlushOutput("the verdict could not be written");
     }
     return review.m_nExit;
 }
@@ -198,9 +201,7 @@ int RunExport(const CString& name, const CString& results) {
     CString file;
     const std::unique_ptr<CSnapshot> snapshot = LoadSnapshot(name, file);
     ExportSnapshot(*snapshot, file, std::cout);
-    std::cout << std::flush;
-    if (!std::cout.good())
-        throw CCallError(kReviewNoFile, "standard output: write: it could not be written to its end");
+    FlushOutput();
     return 0;
 }
 
@@ -235,15 +236,16 @@ int RunWord(const CString& word, std::vector<CString> arguments) {
         if (error.get_exit_code() != 0) {
             throw CCallError(kReviewBadCall, CString(error.what()) + "; delvane " + word + " --help lists the options");
         }
-        std::cout << app.help() << std::flush;
-        return std::cout.good() ? 0 : kReviewNoFile;
+        std::cout << app.help();
+        FlushOutput();
+        return 0;
     }
     if (word == "review") return RunReview(options);
     if (word == "export") return RunExport(options.m_strCurrent, options.m_strResults);
     PrepareContext();
     ListSnapshots(options.m_strResults, std::cout);
-    std::cout << std::flush;
-    return std::cout.good() ? 0 : kReviewNoFile;
+    FlushOutput();
+    return 0;
 }
 
 }  // namespace

@@ -83,6 +83,10 @@ TEST_F(ReviewCalls, WhatCannotBeReadOrWrittenIsToldInOneSentence) {
         EXPECT_EQ(std::count(m_strErrors.begin(), m_strErrors.end(), '\n'), 1);
     }
     EXPECT_FALSE(m_home.Exists("nowhere"));
+    for (const std::string call : {"list", "review --help", "export After", "review Before After --write none"}) {
+        EXPECT_EQ(Run(call + " >/dev/full 2>told; exit; :"), 3) << call;
+        EXPECT_TRUE(m_home.Read("told").starts_with("delvane: standard output: write: ")) << call;
+    }
 }
 
 TEST_F(ReviewCalls, SnapshotsAreListedAndExported) {
