@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/win32/system.h"
+#include "tests/support/key_view.h"
 #include "tests/support/search.h"
 #include "tests/support/temporary_folder.h"
 
@@ -76,21 +77,14 @@ TEST_F(CodePage1252, KeysWithoutAFormDoNotEndAWalk) {
         RegCloseKey(key);
     }
     const std::unique_ptr<CMachine> machine = MakeMachine();
-    HKEY software = 0;
-    HKEY page = 0;
-    CKeyInfo info;
-    ASSERT_EQ(machine->GetRegistry().RegOpenKeyEx(HKEY_CURRENT_USER, "Software", software), ERROR_SUCCESS);
-    ASSERT_EQ(machine->GetRegistry().RegOpenKeyEx(software, "Page", page), ERROR_SUCCESS);
-    ASSERT_EQ(machine->GetRegistry().RegQueryInfoKey(page, info), ERROR_SUCCESS);
-    ASSERT_EQ(info.m_nSubkeys, 2U);
+    CRegistry& registry = machine->GetRegistry();
+    const HKEY page = OpenPath(registry, HKEY_CURRENT_USER, "Software\\Page");
+    const std::vector<CString> names = ViewKey(registry, page).m_subkeys;
+    EXPECT_EQ(names.size(), 2U);
     std::vector<CString> opened;
-    for (std::uint32_t i = 0; i < info.m_nSubkeys; ++i) {
-        CString name(info.m_nLongestSubkey + 1, '\0');
-        CRoom room{name.data(), info.m_nLongestSubkey + 1};
-        ASSERT_EQ(machine->GetRegistry().RegEnumKeyEx(page, i, room), ERROR_SUCCESS);
-        name.resize(room.m_nSize);
+    for (const CString& name : names) {
         HKEY key = 0;
-        if (machine->GetRegistry().RegOpenKeyEx(page, name, key) == ERROR_SUCCESS) opened.push_back(name);
+        if (registry.RegOpenKeyEx(page, name, key) == ERROR_SUCCESS) opened.push_back(name);
     }
     EXPECT_EQ(opened, std::vector<CString>{"after"});
     RegDeleteTreeW(user, L"Software\\Page");

@@ -1,10 +1,8 @@
 // Any bytes as registry text: as a hive, and as a registry that links make a graph of.
-#include <cstdlib>
-#include <set>
-
 #include "platform/hosted/registry/registry.h"
 #include "platform/hosted/registry/text_hive.h"
 #include "tests/fuzz/hive_checks.h"
+#include "tests/support/key_view.h"
 
 namespace {
 
@@ -12,21 +10,9 @@ using namespace delvane;
 
 // Opens what can be opened, as a walk does, until it has seen enough.
 void Walk(CHostedRegistry& registry, HKEY key, std::size_t& opened) {
-    CKeyInfo info;
-    Expect(registry.RegQueryInfoKey(key, info) == ERROR_SUCCESS);
-    std::vector<char> name(std::max(info.m_nLongestSubkey, info.m_nLongestValueName) + std::size_t{1});
-    std::vector<char> data(info.m_nLargestData + std::size_t{1});
-    for (std::uint32_t i = 0; i < info.m_nValues; ++i) {
-        CRoom nameRoom{name.data(), info.m_nLongestValueName + 1};
-        CRoom dataRoom{data.data(), info.m_nLargestData};
-        std::uint32_t type = 0;
-        Expect(registry.RegEnumValue(key, i, nameRoom, type, dataRoom) == ERROR_SUCCESS);
-    }
-    for (std::uint32_t i = 0; i < info.m_nSubkeys && opened < 5000; ++i) {
-        CRoom room{name.data(), info.m_nLongestSubkey + 1};
-        Expect(registry.RegEnumKeyEx(key, i, room) == ERROR_SUCCESS);
+    for (const CString& name : ViewKey(registry, key).m_subkeys) {
         HKEY below = 0;
-        if (registry.RegOpenKeyEx(key, {name.data(), room.m_nSize}, below) != ERROR_SUCCESS) continue;
+        if (opened >= 5000 || registry.RegOpenKeyEx(key, name, below) != ERROR_SUCCESS) continue;
         ++opened;
         Walk(registry, below, opened);
         registry.RegCloseKey(below);

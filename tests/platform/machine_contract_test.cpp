@@ -3,6 +3,7 @@
 #include <map>
 
 #include "tests/support/contract_machine.h"
+#include "tests/support/key_view.h"
 #include "tests/support/search.h"
 
 namespace delvane {
@@ -24,16 +25,8 @@ protected:
         }
         return names;
     }
-    // The keys of the path stay open to the end of the test.
-    HKEY Open(const std::vector<CString>& path) {
-        HKEY key = HKEY_CURRENT_USER;
-        for (const CString& name : path) {
-            HKEY below = 0;
-            EXPECT_EQ(Machine().GetRegistry().RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
-            key = below;
-        }
-        return key;
-    }
+    CRegistry& Registry() { return Machine().GetRegistry(); }
+    HKEY Open(const CString& path) { return OpenPath(Registry(), HKEY_CURRENT_USER, path); }
     void WriteOwn(const CString& path, std::string_view bytes) {
         const auto file = Host().CreateFile(path);
         file->Write(bytes);
@@ -113,21 +106,7 @@ TEST_P(MachineContract, VersionsAreFoundByTheirPath) {
 
 // A walk asks for the sizes first; rooms of those sizes hold everything.
 TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
-    const HKEY key = Open({"Software", m_pContract->GetKeyName()});
-    CKeyInfo info;
-    ASSERT_EQ(Machine().GetRegistry().RegQueryInfoKey(key, info), ERROR_SUCCESS);
-    ASSERT_EQ(info.m_nValues, 7U);
-    ASSERT_EQ(info.m_nSubkeys, 2U);
-    std::vector<char> name(info.m_nLongestValueName + 1);
-    std::vector<char> data(info.m_nLargestData);
-    std::map<CString, std::pair<std::uint32_t, CString>> values;
-    for (std::uint32_t i = 0; i < info.m_nValues; ++i) {
-        CRoom nameRoom{name.data(), static_cast<std::uint32_t>(name.size())};
-        CRoom dataRoom{data.data(), static_cast<std::uint32_t>(data.size())};
-        std::uint32_t type = 0;
-        ASSERT_EQ(Machine().GetRegistry().RegEnumValue(key, i, nameRoom, type, dataRoom), ERROR_SUCCESS);
-        values[CString(name.data(), nameRoom.m_nSize)] = {type, CString(data.data(), dataRoom.m_nSize)};
-    }
+    const HKEY key = Open("Software\\" + m_pContract->GetKeyName());
     using namespace std::string_literals;
     const std::map<CString, std::pair<std::uint32_t, CString>> expected = {
         {"", {REG_SZ, "unnamed\0"s}},
@@ -138,50 +117,39 @@ TEST_P(MachineContract, AKeyIsEnumeratedInRoomsOfTheSizesThatItTells) {
         {"Text", {REG_SZ, "abc\0"s}},
         {"Ünï", {REG_SZ, "Ü€\0"s}},
     };
-    EXPECT_EQ(values, expected);
-    std::vector<CString> subkeys;
-    std::vector<char> subkey(info.m_nLongestSubkey + 1);
-    for (std::uint32_t i = 0; i < info.m_nSubkeys; ++i) {
-        CRoom room{subkey.data(), static_cast<std::uint32_t>(subkey.size())};
-        ASSERT_EQ(Machine().GetRegistry().RegEnumKeyEx(key, i, room), ERROR_SUCCESS);
-        subkeys.emplace_back(subkey.data(), room.m_nSize);
-    }
-    EXPECT_EQ(subkeys, (std::vector<CString>{"Alpha", "beta"}));
-    CRoom room{subkey.data(), static_cast<std::uint32_t>(subkey.size())};
-    CRoom none;
-    std::uint32_t type = 0;
-    EXPECT_EQ(Machine().GetRegistry().RegEnumKeyEx(key, info.m_nSubkeys, room), ERROR_NO_MORE_ITEMS);
-    EXPECT_EQ(Machine().GetRegistry().RegEnumValue(key, info.m_nValues, room, type, none), ERROR_NO_MORE_ITEMS);
+    const CKeyView view = ViewKey(Registry(), key);
+    EXPECT_EQ(std::map(view.m_values.begin(), view.m_values.end()), expected);
+    EXPECT_EQ(view.m_subkeys, (std::vector<CString>{"Alpha", "beta"}));
     char small[4];
     CRoom tooSmall{small, sizeof small};
-    EXPECT_EQ(Machine().GetRegistry().RegEnumKeyEx(key, 0, tooSmall), ERROR_MORE_DATA);
-    Machine().GetRegistry().RegCloseKey(key);
+    EXPECT_EQ(Registry().RegEnumKeyEx(key, 0, tooSmall), ERROR_MORE_DATA);
+    Registry().RegCloseKey(key);
 }
 
 TEST_P(MachineContract, KeysAndValuesAreFoundWithoutRegardToCase) {
-    const HKEY key = Open({"SOFTWARE", MakeLower(m_pContract->GetKeyName())});
+    const HKEY key = Open("SOFTWARE\\" + MakeLower(m_pContract->GetKeyName()));
     CRoom size;
-    EXPECT_EQ(Machine().GetRegistry().RegQueryValueEx(key, "TEXT", nullptr, size), ERROR_SUCCESS);
+    EXPECT_EQ(Registry().RegQueryValueEx(key, "TEXT", nullptr, size), ERROR_SUCCESS);
     EXPECT_EQ(size.m_nSize, 4U);
     char bytes[8] = {};
     CRoom room{bytes, sizeof bytes};
     std::uint32_t type = 0;
-    EXPECT_EQ(Machine().GetRegistry().RegQueryValueEx(key, "ünÏ", &type, room), ERROR_SUCCESS);
+    EXPECT_EQ(Registry().RegQueryValueEx(key, "ünÏ", &type, room), ERROR_SUCCESS);
     EXPECT_EQ(type, REG_SZ);
     EXPECT_EQ(CString(bytes, room.m_nSize), CString("Ü€", 6));
     CRoom small{bytes, 2};
-    EXPECT_EQ(Machine().GetRegistry().RegQueryValueEx(key, "Text", &type, small), ERROR_MORE_DATA);
-    EXPECT_EQ(Machine().GetRegistry().RegQueryValueEx(key, "none", &type, room), ERROR_FILE_NOT_FOUND);
-    const HKEY deep = Open({"Software", m_pContract->GetKeyName(), "ALPHA", "deep"});
+    EXPECT_EQ(Registry().RegQueryValueEx(key, "Text", &type, small), ERROR_MORE_DATA);
+    EXPECT_EQ(Registry().RegQueryValueEx(key, "none", &type, room), ERROR_FILE_NOT_FOUND);
+    const HKEY deep = Open("Software\\" + m_pContract->GetKeyName() + "\\ALPHA\\deep");
     CKeyInfo info;
-    EXPECT_EQ(Machine().GetRegistry().RegQueryInfoKey(deep, info), ERROR_SUCCESS);
+    EXPECT_EQ(Registry().RegQueryInfoKey(deep, info), ERROR_SUCCESS);
     EXPECT_EQ(info.m_nValues, 1U);
     HKEY none = 0;
-    EXPECT_EQ(Machine().GetRegistry().RegOpenKeyEx(key, "Gamma", none), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(Registry().RegOpenKeyEx(key, "Gamma", none), ERROR_FILE_NOT_FOUND);
     EXPECT_EQ(none, 0U);
-    Machine().GetRegistry().RegCloseKey(deep);
-    EXPECT_NE(Machine().GetRegistry().RegQueryInfoKey(deep, info), ERROR_SUCCESS) << "it is closed";
-    Machine().GetRegistry().RegCloseKey(0);
+    Registry().RegCloseKey(deep);
+    EXPECT_NE(Registry().RegQueryInfoKey(deep, info), ERROR_SUCCESS) << "it is closed";
+    Registry().RegCloseKey(0);
 }
 
 // Whatever stood in a file's place stays whole until the new one is.

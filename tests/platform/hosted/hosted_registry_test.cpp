@@ -7,6 +7,7 @@
 #include "platform/hosted/registry/text_hive.h"
 #include "samples/regf_writer.h"
 #include "tests/support/hive_lines.h"
+#include "tests/support/key_view.h"
 
 namespace delvane {
 namespace {
@@ -28,38 +29,22 @@ protected:
         }
         return line.substr(0, line.size() - 1) + "\n";
     }
-    // What the calls show below a key, as a walk asks for it. Keys that cannot be opened have the error behind them.
-    // Each value is asked for by its name as well.
+    // What the calls show below a key. Keys that cannot be opened have the error behind them. Each value is asked for
+    // by its name as well.
     void Walk(HKEY key, const std::string& path, Lines& lines) {
-        CKeyInfo info;
-        ASSERT_EQ(m_registry.RegQueryInfoKey(key, info), ERROR_SUCCESS);
-        std::string name(info.m_nLongestValueName + 1, '?');
-        std::string data(info.m_nLargestData + 1, '?');
-        for (std::uint32_t i = 0; i <= info.m_nValues; ++i) {
-            CRoom nameRoom{name.data(), info.m_nLongestValueName + 1};
-            CRoom dataRoom{data.data(), info.m_nLargestData};
-            std::uint32_t type = 0;
-            const std::uint32_t error = m_registry.RegEnumValue(key, i, nameRoom, type, dataRoom);
-            ASSERT_EQ(error, i < info.m_nValues ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
-            if (error != ERROR_SUCCESS) break;
+        const CKeyView view = ViewKey(m_registry, key);
+        for (const auto& [name, value] : view.m_values) {
             CRoom none;
-            EXPECT_EQ(m_registry.RegQueryValueEx(key, {name.data(), nameRoom.m_nSize}, nullptr, none), ERROR_SUCCESS);
-            EXPECT_EQ(none.m_nSize, dataRoom.m_nSize);
-            lines.push_back(path + ": " + name.c_str() + "=" + data.substr(0, dataRoom.m_nSize).c_str());
+            EXPECT_EQ(m_registry.RegQueryValueEx(key, name, nullptr, none), ERROR_SUCCESS);
+            EXPECT_EQ(none.m_nSize, value.second.size());
+            lines.push_back(path + ": " + name + "=" + value.second.c_str());
         }
-        std::string subkey(info.m_nLongestSubkey + 1, '?');
-        for (std::uint32_t i = 0; i <= info.m_nSubkeys; ++i) {
-            CRoom room{subkey.data(), info.m_nLongestSubkey + 1};
-            const std::uint32_t error = m_registry.RegEnumKeyEx(key, i, room);
-            ASSERT_EQ(error, i < info.m_nSubkeys ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS);
-            if (error != ERROR_SUCCESS) break;
+        for (const CString& name : view.m_subkeys) {
             HKEY below = 0;
-            const std::string name2 = path + "\\" + subkey.c_str();
-            const std::uint32_t opened =
-                m_registry.RegOpenKeyEx(key, std::string_view(subkey.data(), room.m_nSize), below);
-            lines.push_back(opened == ERROR_SUCCESS ? name2 : name2 + " !" + std::to_string(opened));
+            const std::uint32_t opened = m_registry.RegOpenKeyEx(key, name, below);
+            lines.push_back(path + "\\" + name + (opened == ERROR_SUCCESS ? "" : " !" + std::to_string(opened)));
             if (opened != ERROR_SUCCESS) continue;
-            Walk(below, name2, lines);
+            Walk(below, path + "\\" + name, lines);
             m_registry.RegCloseKey(below);
         }
     }

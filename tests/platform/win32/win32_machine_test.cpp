@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/win32/system.h"
+#include "tests/support/key_view.h"
 #include "tests/support/search.h"
 #include "tests/support/temporary_folder.h"
 
@@ -28,16 +29,7 @@ protected:
     }
     static void Remove() { RegDeleteTreeW(SystemKey(HKEY_CURRENT_USER), kKey.c_str()); }
 
-    HKEY Open(HKEY root, const std::vector<CString>& path) {
-        HKEY key = root;
-        for (const CString& name : path) {
-            HKEY below = 0;
-            EXPECT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(key, name, below), ERROR_SUCCESS) << name;
-            key = below;
-        }
-        return key;
-    }
-    HKEY OpenOwn() { return Open(HKEY_CURRENT_USER, {"Software", Narrow(kKey.substr(kKey.rfind(L'\\') + 1))}); }
+    HKEY OpenOwn() { return OpenPath(m_pMachine->GetRegistry(), HKEY_CURRENT_USER, Narrow(kKey)); }
 
     static const std::wstring kKey;
     CTemporaryFolder m_folder;
@@ -56,21 +48,10 @@ TEST_F(Win32Machine, RoomsSufficeForTextsThatGrowInTheCodePage) {
     RegCloseKey(Create(longName));
     RegSetValueExW(m_key, longName.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(longText.c_str()),
                    static_cast<DWORD>((longText.size() + 1) * sizeof(wchar_t)));
-    const HKEY key = OpenOwn();
-    CKeyInfo info;
-    ASSERT_EQ(m_pMachine->GetRegistry().RegQueryInfoKey(key, info), ERROR_SUCCESS);
-    CString name(info.m_nLongestValueName + 1, '\0');
-    CString data(info.m_nLargestData, '\0');
-    CRoom nameRoom{name.data(), info.m_nLongestValueName + 1};
-    CRoom dataRoom{data.data(), info.m_nLargestData};
-    std::uint32_t type = 0;
-    ASSERT_EQ(m_pMachine->GetRegistry().RegEnumValue(key, 0, nameRoom, type, dataRoom), ERROR_SUCCESS);
-    EXPECT_EQ(name.substr(0, nameRoom.m_nSize), Narrow(longName));
-    EXPECT_EQ(data.substr(0, dataRoom.m_nSize), Narrow(longText) + '\0');
-    CString subkey(info.m_nLongestSubkey + 1, '\0');
-    CRoom room{subkey.data(), info.m_nLongestSubkey + 1};
-    ASSERT_EQ(m_pMachine->GetRegistry().RegEnumKeyEx(key, 0, room), ERROR_SUCCESS);
-    EXPECT_EQ(subkey.substr(0, room.m_nSize), Narrow(longName));
+    const CKeyView view = ViewKey(m_pMachine->GetRegistry(), OpenOwn());
+    EXPECT_EQ(view.m_values.at(0).first, Narrow(longName));
+    EXPECT_EQ(view.m_values.at(0).second.second, Narrow(longText) + '\0');
+    EXPECT_EQ(view.m_subkeys, std::vector<CString>{Narrow(longName)});
 }
 
 // What a walk enumerates is what was there when it asked for the sizes.
@@ -101,7 +82,8 @@ TEST_F(Win32Machine, AKeyThatChangesDuringTheWalkEndsNothing) {
 }
 
 TEST_F(Win32Machine, PerformanceDataAreNoKey) {
-    const HKEY perflib = Open(HKEY_LOCAL_MACHINE, {"Software", "Microsoft", "Windows NT", "CurrentVersion", "Perflib"});
+    const HKEY perflib = OpenPath(m_pMachine->GetRegistry(), HKEY_LOCAL_MACHINE,
+                                  "Software\\Microsoft\\Windows NT\\CurrentVersion\\Perflib");
     HKEY key = 0;
     EXPECT_EQ(m_pMachine->GetRegistry().RegOpenKeyEx(perflib, "009", key), ERROR_INVALID_HANDLE);
     EXPECT_EQ(key, 0U);
