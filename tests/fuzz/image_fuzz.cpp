@@ -1,4 +1,5 @@
-// Any bytes as an executable image: which kind it is, and what its version block answers.
+// Any bytes as an executable image: which kind it is, and what its version block answers. Little is read, and an answer
+// is no longer than what the block could hold.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -15,12 +16,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (image.fSystemImage && !mapped) std::abort();
 
     const auto block = delvane::ReadVersionBlock(file);
+    if (file.m_nAskedFor > 2048 + size * 8) std::abort();
     if (!block) return 0;
     for (const char* const path :
          {"\\StringFileInfo\\040904E4\\ProductVersion", "\\StringFileInfo\\040904B0\\FileVersion",
           "\\VarFileInfo\\Translation", "\\", "a\\\\b"}) {
         const auto text = block->Query(path);
-        if (text && text->find('\0') != std::string::npos) std::abort();
+        if (text && (text->find('\0') != std::string::npos || text->size() > size * 3 / 2)) std::abort();
     }
     return 0;
 }

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -279,27 +278,6 @@ TEST(VersionBlock, EveryTruncationGivesTheWholeAnswerOrNone) {
             ASSERT_TRUE(shrunk == "(no block)" || (shrunk == "7.5.0.12" && found)) << shrunk;
         }
         EXPECT_TRUE(found);
-    }
-}
-
-// Damage in any place may cost the answer, and never memory or time: little is read, and an answer is no longer than
-// what the block could hold.
-TEST(VersionBlock, RandomDamageNeverLeadsAstray) {
-    std::mt19937 random(20010203);
-    for (const EImageKind kind : {EImageKind::Pe32, EImageKind::Pe64, EImageKind::Ne}) {
-        const std::string whole = MakeImage(kind, SampleStrings());
-        for (int round = 0; round < 5000; ++round) {
-            std::string damaged = whole;
-            for (auto hits = random() % 6 + 1; hits > 0; --hits) {
-                const std::size_t at = random() % damaged.size();
-                damaged[at] = static_cast<char>(round % 2 ? random() : random() % 3 - 1);
-            }
-            const CMemorySource source(damaged);
-            for (const char* const path : {kFileE4, kProductB0, "\\VarFileInfo\\Translation"}) {
-                ASSERT_LE(Query(source, path).size(), damaged.size() * 3 / 2);
-            }
-            ASSERT_LE(source.m_nAskedFor, 3 * (damaged.size() * 8));
-        }
     }
 }
 

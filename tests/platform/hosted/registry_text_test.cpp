@@ -1,7 +1,6 @@
 #include "platform/hosted/registry/registry_text.h"
 
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -364,33 +363,6 @@ TEST(RegistryText, DamageStaysInItsLine) {
             }
         }
         ++index;
-    }
-}
-
-// Sanitizers watch this one; the numbers are bounds that hold for any text.
-TEST(RegistryText, RandomDamageIsNeverACrash) {
-    std::mt19937 random(1);
-    const std::string whole = Join(kSample);
-    constexpr std::string_view kSpice = "[]\"\\@#;=:,\n\r x0d8hexstr(7)\0\xff";
-    for (int round = 0; round < 20000; ++round) {
-        std::string text = whole;
-        for (auto changes = random() % 8 + 1; changes > 0; --changes) {
-            const std::size_t at = 24 + random() % (text.size() - 24);
-            switch (random() % 3) {
-                case 0:
-                    text[at] = kSpice[random() % kSpice.size()];
-                    break;
-                case 1:
-                    text.erase(at, random() % 9);
-                    break;
-                default:
-                    text.insert(at, text, 24 + random() % (text.size() - 24), random() % 40);
-                    break;
-            }
-        }
-        const CReading reading = Read(text);
-        EXPECT_LE(reading.m_lines.size() + reading.m_nProblems, text.size());
-        EXPECT_EQ(reading.m_nProblems == 0, reading.m_strProblem.empty());
     }
 }
 
