@@ -146,6 +146,22 @@ TEST_F(HostedRegistry, LinksThatFanOutComeToAnEnd) {
     EXPECT_EQ(m_registry.GetProblems().size(), 1U) << "told once";
 }
 
+// Once what links show has more bytes than a walk may take, no link is followed any more, not even to a small key.
+TEST_F(HostedRegistry, LargeKeysBehindLinksComeToAnEnd) {
+    const std::string large = "[Large] 1\n\"v\"=\"" + std::string(4 << 20, 'x') + "\"\n[Small] 1\n";
+    m_registry.SetRoot(HKEY_LOCAL_MACHINE, {Add(large + Link("ToLarge", "\\Registry\\Machine\\Large") +
+                                                Link("ToSmall", "\\Registry\\Machine\\Small")),
+                                            {}});
+    HKEY key = 0;
+    std::size_t opened = 0;
+    for (; m_registry.RegOpenKeyEx(HKEY_LOCAL_MACHINE, "ToLarge", key) == ERROR_SUCCESS && opened < 100; ++opened)
+        m_registry.RegCloseKey(key);
+    EXPECT_EQ(opened, 12U) << "eight times the hive, and 16 MB";
+    EXPECT_EQ(m_registry.RegOpenKeyEx(HKEY_LOCAL_MACHINE, "ToSmall", key), ERROR_CANT_RESOLVE_FILENAME);
+    m_registry.BeginWalk();
+    EXPECT_EQ(m_registry.RegOpenKeyEx(HKEY_LOCAL_MACHINE, "ToSmall", key), ERROR_SUCCESS);
+}
+
 TEST_F(HostedRegistry, LinksInPathsOfLinksComeToAnEnd) {
     std::string text = "[X] 1\n";
     for (int i = 0; i < 40; ++i) {
