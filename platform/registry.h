@@ -83,6 +83,7 @@ public:
         m_bytes.insert(m_bytes.end(), bytes.begin(), bytes.end());
         return span;
     }
+
     std::vector<char> m_bytes;  // what the spans point into
     std::vector<CSubkey> m_subkeys;
     std::vector<CValue> m_values;
@@ -158,7 +159,8 @@ protected:
     static constexpr std::size_t kMostKeysBehindLinks = std::size_t{1} << 19;
     std::size_t m_nBehindLinks = 0;  // keys that this walk has opened behind links
 
-    // What an open key holds, read in one go when it is first asked for, and `anew` if that is wanted. An error number.
+    // What an open key holds, read in one go when it is first asked for; `anew` begins another walk over it, and a
+    // registry that lives is read again. Gives an error number.
     virtual std::uint32_t ReadKey(HKEY key, bool anew, CKeyContents*& contents) = 0;
 };
 

@@ -53,6 +53,11 @@ bool IsPrefixNoCase(std::string_view prefix, std::string_view text) {
     return mbsicmp(prefix, text.substr(0, prefix.size())) == 0;
 }
 
+bool IsSuffixNoCase(std::string_view suffix, std::string_view text) {
+    if (suffix.empty() || text.size() < suffix.size()) return false;
+    return mbsicmp(suffix, text.substr(text.size() - suffix.size())) == 0;
+}
+
 std::size_t CountCharacters(std::string_view text) {
     const auto isTail = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
     return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, isTail));

@@ -46,6 +46,8 @@ CString FoldCase(std::string_view text);
 // True if `text` begins with `prefix` without regard to case; false for an empty prefix. As many bytes of the text
 // are compared as the prefix has (_mbsnbicmp), so it knows nothing of path separators.
 bool IsPrefixNoCase(std::string_view prefix, std::string_view text);
+// True if `text` ends with `suffix` in the same way.
+bool IsSuffixNoCase(std::string_view suffix, std::string_view text);
 
 // The characters of a text in UTF-8.
 std::size_t CountCharacters(std::string_view text);

@@ -12,12 +12,10 @@
 namespace delvane {
 namespace {
 
-constexpr std::string_view kEnding = ".dvs";
 constexpr std::uint64_t kLargestGapList = std::uint64_t{256} << 20;
 
 bool HasEnding(const CString& name) {
-    return name.size() > kEnding.size() &&
-           mbsicmp(std::string_view(name).substr(name.size() - kEnding.size()), kEnding) == 0;
+    return name.size() > kSnapshotEnding.size() && IsSuffixNoCase(kSnapshotEnding, name);
 }
 
 bool IsPath(const CString& name) { return name.find_first_of("\\/") != CString::npos || HasEnding(name); }
@@ -29,7 +27,7 @@ CString StemOf(const CString& name) {
         return results + (results.ends_with('\\') ? "" : "\\") + name;
     }
     const CString path = MakeOwnPath(name);
-    return HasEnding(path) ? path.substr(0, path.size() - kEnding.size()) : path;
+    return HasEnding(path) ? path.substr(0, path.size() - kSnapshotEnding.size()) : path;
 }
 
 void MakeFolder(const CString& path) {
@@ -107,7 +105,7 @@ void ListSnapshots(const CString& folder, std::ostream& stream) {
     std::sort(names.begin(), names.end());
     std::vector<CRow> rows = {{"NAME", "TAKEN", "MACHINE", "USER", "SYSTEM", "SIZE"}};
     for (const CString& name : names) {
-        if (mbsicmp(ExtensionOf(name), kEnding) != 0) continue;
+        if (!IsSuffixNoCase(kSnapshotEnding, name)) continue;
         try {
             CString file;
             const std::unique_ptr<CSnapshot> snapshot =
@@ -124,7 +122,7 @@ void ListSnapshots(const CString& folder, std::ostream& stream) {
 
 void LoadGaps(const CString& name, std::vector<CReviewGap>& gaps) {
     CHost& host = theContext.GetHost();
-    const CString path = GapsPathOf(StemOf(name) + CString(kEnding));
+    const CString path = GapsPathOf(StemOf(name) + CString(kSnapshotEnding));
     if (!host.FileExists(path)) return;
     CString problem;
     try {

@@ -7,8 +7,6 @@
 namespace delvane {
 namespace {
 
-constexpr std::string_view kEnding = ".dvs";
-
 // Whether one letter more, less or other makes the one of the other. Of short names nearly all do so.
 bool DifferByOneLetter(std::string_view a, std::string_view b) {
     constexpr std::size_t kShortest = 3;
@@ -28,7 +26,7 @@ CString SuggestionFor(std::string_view name) {
     for (const CString& other : ListSnapshots()) {
         if (other == name) continue;
         const CString folded = FoldCase(other);
-        if (wanted == folded + CString(kEnding) || DifferByOneLetter(wanted, folded)) {
+        if (wanted == folded + CString(kSnapshotEnding) || DifferByOneLetter(wanted, folded)) {
             return "; did you mean \"" + other + "\"?";
         }
     }
@@ -91,7 +89,8 @@ void ShowDocument(const CString& path) {
 std::vector<CString> ListSnapshots() {
     std::vector<CString> names;
     for (const CString& name : theContext.GetHost().ListFiles(theContext.GetResultsDir())) {
-        if (mbsicmp(ExtensionOf(name), kEnding) == 0) names.push_back(name.substr(0, name.size() - kEnding.size()));
+        if (IsSuffixNoCase(kSnapshotEnding, name))
+            names.push_back(name.substr(0, name.size() - kSnapshotEnding.size()));
     }
     std::sort(names.begin(), names.end(), [](const CString& a, const CString& b) {
         const int order = mbsicmp(a, b);

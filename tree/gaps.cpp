@@ -75,10 +75,8 @@ CString CGapList::GetLines(std::string_view snapshot) const {
 }
 
 CString GapsPathOf(std::string_view snapshotPath) {
-    constexpr std::string_view kExtension = ".dvs";
-    const std::size_t stem = snapshotPath.size() < kExtension.size() ? 0 : snapshotPath.size() - kExtension.size();
-    const bool isUsual = mbsicmp(snapshotPath.substr(stem), kExtension) == 0;
-    return CString(snapshotPath.substr(0, isUsual ? stem : snapshotPath.size())) + ".gaps.jsonl";
+    if (IsSuffixNoCase(kSnapshotEnding, snapshotPath)) snapshotPath.remove_suffix(kSnapshotEnding.size());
+    return CString(snapshotPath) + ".gaps.jsonl";
 }
 
 }  // namespace delvane

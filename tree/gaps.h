@@ -44,6 +44,9 @@ private:
     std::vector<CGap> m_gaps;
 };
 
+// What the name of a snapshot's file ends in.
+inline constexpr std::string_view kSnapshotEnding = ".dvs";
+
 // Where the list of a snapshot stands: NAME.gaps.jsonl for NAME.dvs.
 CString GapsPathOf(std::string_view snapshotPath);
 

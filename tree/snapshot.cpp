@@ -17,15 +17,10 @@ constexpr std::uint32_t kVersion = 0x00020001;
 constexpr std::size_t kHeadSize = 8;  // the two of them
 constexpr std::uint32_t kVersion11 = 0x00010001;
 constexpr std::uint32_t kVersion13 = 0x00010003;
-constexpr std::string_view kExtension = ".dvs";
 
 // Far above any machine's snapshot (a million files and as many values take 300 MB), far below what would take a
 // machine's memory away.
 constexpr std::uint64_t kLargestFile = std::uint64_t{4} << 30;
-
-bool EndsWithNoCase(std::string_view text, std::string_view end) {
-    return text.size() >= end.size() && mbsicmp(text.substr(text.size() - end.size()), end) == 0;
-}
 
 }  // namespace
 
@@ -53,11 +48,13 @@ CString CSnapshot::GetSavePath() const {
     CString path(m_fullName);
     if (!path.ends_with('\\')) path += '\\';
     path += m_name;
-    if (!EndsWithNoCase(m_name, kExtension)) path += kExtension;
+    if (!IsSuffixNoCase(kSnapshotEnding, m_name)) path += kSnapshotEnding;
     return path;
 }
 
-CString CSnapshot::GetLoadPath() const { return CString(m_fullName) + '\\' + CString(m_name) + CString(kExtension); }
+CString CSnapshot::GetLoadPath() const {
+    return CString(m_fullName) + '\\' + CString(m_name) + CString(kSnapshotEnding);
+}
 
 bool CSnapshot::Save() {
     std::unique_ptr<CFileWriter> file;
