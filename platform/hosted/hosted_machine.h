@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/file_search.h"
 #include "platform/host.h"
 #include "platform/hosted/choice.h"
 #include "platform/hosted/files/path_map.h"

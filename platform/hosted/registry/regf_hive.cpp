@@ -17,9 +17,9 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "platform/file_search.h"
 #include "platform/hosted/files/host_file.h"
 #include "platform/hosted/registry/regf.h"
-#include "platform/machine.h"
 #include "platform/own_file.h"
 #include "platform/utf.h"
 

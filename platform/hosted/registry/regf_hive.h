@@ -8,7 +8,6 @@
 
 #include "platform/host.h"
 #include "platform/hosted/registry/hive.h"
-#include "platform/registry.h"
 
 namespace delvane {
 

@@ -17,9 +17,9 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "platform/file_search.h"
 #include "platform/host.h"
 #include "platform/little_endian.h"
-#include "platform/machine.h"
 
 namespace delvane {
 namespace {

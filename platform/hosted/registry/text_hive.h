@@ -10,7 +10,6 @@
 #include "platform/host.h"
 #include "platform/hosted/registry/hive.h"
 #include "platform/hosted/registry/registry_text.h"
-#include "platform/registry.h"
 
 namespace delvane {
 
